@@ -1,0 +1,16 @@
+# salvor_box(NAME FOLDER [PUBLIC deps...] [PRIVATE deps...])
+# One static library, salvor_NAME, from the sources that lie directly in FOLDER. A box without
+# sources becomes an interface library, so that the rooms above can already name it.
+function(salvor_box name folder)
+    cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    if(sources)
+        add_library(salvor_${name} STATIC ${sources})
+        target_include_directories(salvor_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})
+        target_link_libraries(salvor_${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} salvor_options)
+    else()
+        add_library(salvor_${name} INTERFACE)
+        target_include_directories(salvor_${name} INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})
+        target_link_libraries(salvor_${name} INTERFACE ${ARG_PUBLIC})
+    endif()
+endfunction()

@@ -1,0 +1,20 @@
+# One interface target carries the warnings and sanitizers of the whole project.
+add_library(salvor_options INTERFACE)
+target_compile_options(salvor_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+    -Wold-style-cast -Wcast-align -Woverloaded-virtual -Wnull-dereference -Wformat=2)
+if(SALVOR_WERROR)
+    target_compile_options(salvor_options INTERFACE -Werror)
+endif()
+target_compile_definitions(salvor_options INTERFACE
+    $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+if(SALVOR_SANITIZERS)
+    # GCC's null-dereference analysis misfires on instrumented code.
+    target_compile_options(salvor_options INTERFACE
+        -fsanitize=${SALVOR_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        -Wno-null-dereference -Wno-maybe-uninitialized)
+    target_link_options(salvor_options INTERFACE -fsanitize=${SALVOR_SANITIZERS})
+endif()
+if(SALVOR_FUZZ)
+    target_compile_options(salvor_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+namespace salvor {
+
+/// What a front end learns of a running scan. Every method may be called from any thread of the
+/// scan and must return quickly; without an observer a scan runs as well.
+class ScanObserver {
+  public:
+    virtual ~ScanObserver() = default;
+    /// `code` is 0 while a category runs, 2 to clear, 3 for a result or a long-running step.
+    virtual void onStatus(int code, const std::string& text) {
+        (void)code;
+        (void)text;
+    }
+    /// New deleted records stand in the lists.
+    virtual void onRecoveredData() {}
+    /// A view has to be drawn anew.
+    virtual void onMainView(int view) { (void)view; }
+    virtual void onTabButtons() {}
+    /// 2 is the progress screen, 3 the main screen.
+    virtual void onScreen(int screen) { (void)screen; }
+    /// Anything a person should know that is no status: a file that could not be read, a limit.
+    virtual void onWarning(const std::string& text) { (void)text; }
+};
+
+}  // namespace salvor

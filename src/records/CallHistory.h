@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "records/CallLog.h"
+#include "records/Contact.h"
+#include "records/baseRecoveryObject.h"
+
+namespace salvor {
+
+class RecordContext;
+
+/// One call row. `Duration` is in seconds, `Flags` the call type code of the database.
+struct CallHistory : baseRecoveryObject {
+    bool isChecked = false;
+    std::int64_t ContactRowId = 0;
+    std::shared_ptr<Contact> contact;
+    salvor::Text Address;
+    salvor::Text Date;
+    double OriginalDate = 0;
+    std::int64_t Duration = 0;
+    std::int32_t Flags = 0;
+    bool Read = false;
+    std::int64_t ZFaceTimeData = 0;
+    bool ZOriginated = false;
+    salvor::Text MobileCountryCode;
+    salvor::Text MobileNetworkCode;
+    salvor::Text FaceTimeDataUrl;
+
+    std::shared_ptr<CallLog> generateCallLogObject(const RecordContext& context) const;
+    std::string convertCallTypeFlagtoCallTypeString() const;
+    std::string convertCallTypeFlagtoCallModeString() const;
+    /// The full name of the matched contact, "" without one.
+    salvor::Text Fullname() const;
+    /// The name of the contact one of whose first three numbers equals `number`, live contacts
+    /// before carved ones; "" without a hit.
+    static salvor::Text getContactNamefromNumber(const salvor::Text& number,
+                                                 const RecordContext& context);
+    /// Nickname, else first name, else last name; never a combination.
+    static salvor::Text getContactName(const Contact& contact);
+    /// `number` with a no-break space at index 5 when it has six characters or more.
+    static std::string splittedTelNumber(const std::string& number);
+    /// Equal `Address` and `Date`.
+    bool IsEqual(const CallHistory& other) const;
+
+    static constexpr auto fields() {
+        return std::tuple_cat(
+            baseRecoveryObject::fields(),
+            std::make_tuple(field("isChecked", &CallHistory::isChecked),
+                            field("ContactRowId", &CallHistory::ContactRowId),
+                            field("contact", &CallHistory::contact),
+                            field("Address", &CallHistory::Address),
+                            field("Date", &CallHistory::Date),
+                            field("OriginalDate", &CallHistory::OriginalDate),
+                            field("Duration", &CallHistory::Duration),
+                            field("Flags", &CallHistory::Flags), field("Read", &CallHistory::Read),
+                            field("ZFaceTimeData", &CallHistory::ZFaceTimeData),
+                            field("ZOriginated", &CallHistory::ZOriginated),
+                            field("MobileCountryCode", &CallHistory::MobileCountryCode),
+                            field("MobileNetworkCode", &CallHistory::MobileNetworkCode),
+                            field("FaceTimeDataUrl", &CallHistory::FaceTimeDataUrl)));
+    }
+};
+
+}  // namespace salvor

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "records/Field.h"
+#include "records/RecordOrigin.h"
+#include "util/Text.h"
+
+namespace salvor {
+
+/// Base of every source record, that is of a record which mirrors one row of a device database.
+/// `Recovered` and `isRecovered` are two independent flags on purpose: carvers set the first, list
+/// rows and the recovery driver the second, and a record can carry either.
+struct baseRecoveryObject {
+    baseRecoveryObject() = default;
+    baseRecoveryObject(const baseRecoveryObject&) = default;
+    baseRecoveryObject& operator=(const baseRecoveryObject&) = default;
+    virtual ~baseRecoveryObject() = default;
+
+    bool Recovered = false;    ///< carved from free space
+    bool isRecovered = false;  ///< the second, independent flag
+    std::int64_t RowId = 0;    ///< ROWID or Z_PK of the row
+    std::int64_t ChatId = 0;
+    std::int64_t MessageId = 0;
+    salvor::Text Text;
+    salvor::Text Country;
+    salvor::Text Service;
+    salvor::Text Account;
+    salvor::Text Value;                  ///< free slot for carvers
+    std::optional<RecordOrigin> Origin;  ///< where the record was carved; absent for live rows
+
+    /// The negation of `isRecovered`, not of `Recovered`: deliberate.
+    bool NotRecovered() const { return !isRecovered; }
+
+    static constexpr auto fields() {
+        return std::make_tuple(field("Recovered", &baseRecoveryObject::Recovered),
+                               field("isRecovered", &baseRecoveryObject::isRecovered),
+                               field("RowId", &baseRecoveryObject::RowId),
+                               field("ChatId", &baseRecoveryObject::ChatId),
+                               field("MessageId", &baseRecoveryObject::MessageId),
+                               field("Text", &baseRecoveryObject::Text),
+                               field("Country", &baseRecoveryObject::Country),
+                               field("Service", &baseRecoveryObject::Service),
+                               field("Account", &baseRecoveryObject::Account),
+                               field("Value", &baseRecoveryObject::Value));
+    }
+};
+
+}  // namespace salvor

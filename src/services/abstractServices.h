@@ -1,0 +1,53 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+#include "app/state/ScanState.h"
+#include "records/List.h"
+#include "records/baseRecoveryObject.h"
+#include "services/database/FMDBUtils.h"
+
+namespace salvor {
+
+/// Base of every category service: finds its database in the backup, reads what exists, carves
+/// the rest and merges. Lives for one scan; runs on the thread that calls it.
+class abstractServices {
+  public:
+    abstractServices(ScanState& state, std::string sqliteDbName);
+    abstractServices(const abstractServices&) = delete;
+    abstractServices& operator=(const abstractServices&) = delete;
+    virtual ~abstractServices();
+
+    const std::string& SqliteDbName() const { return SqliteDbName_; }
+    std::int32_t retrieved() const { return retrieved_; }
+    std::int32_t recovered() const { return recovered_; }
+    const List<baseRecoveryObject>& model() const { return model_; }
+
+    /// The device's `fullPath` when it has one, else the backup folder joined with the stored name.
+    std::filesystem::path ConnectionFileFullPath(const DeviceInfo& device) const;
+    std::filesystem::path ConnectionStringfromDevice(const DeviceInfo& device) const;
+    /// As above, but nothing when no file lies there.
+    std::optional<std::filesystem::path> ConnectionString(const DeviceInfo& device) const;
+
+    void RecoverFromDevice(const DeviceInfo& device) { RecoverFromIOSBackup(device); }
+    /// The category's whole run: live rows, carving, merge.
+    virtual void RecoverFromIOSBackup(const DeviceInfo& device) = 0;
+
+    /// Cancels the carvers and statements of this service.
+    void setStopToken(std::stop_token token) { cancelled_ = std::move(token); }
+
+  protected:
+    ScanState& state_;
+    std::string SqliteDbName_;
+    std::shared_ptr<FMDBUtils> dbUtils_;
+    std::int32_t retrieved_ = 0;
+    std::int32_t recovered_ = 0;
+    List<baseRecoveryObject> model_;
+    std::stop_token cancelled_;
+};
+
+}  // namespace salvor
