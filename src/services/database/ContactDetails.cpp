@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "services/database/DAOs.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -92,7 +93,7 @@ class DetailFiller {
         auto made = std::make_shared<Detail>();
         made->identifier = value.identifier;
         if (const auto label = labels_.find(value.label); label != labels_.end()) {
-            made->Label = label->second;
+            made->Label = StringUtils::FormatAbMultiValueLabel(label->second);
         }
         list.push_back(made);
         return made;

@@ -34,8 +34,7 @@ bool DAOs::hasRow(const std::string& storedName, const std::string& statement,
     return open(storedName)->executeQuery(statement, parameters).next();
 }
 
-std::vector<std::int64_t> DAOs::rowIds(const std::string& storedName,
-                                       const char* statement) const {
+std::vector<std::int64_t> DAOs::rowIds(const std::string& storedName, const char* statement) const {
     std::vector<std::int64_t> ids;
     auto rows = open(storedName)->executeQuery(statement);
     while (rows.next()) ids.push_back(rows.longLongIntForColumn("ROWID"));

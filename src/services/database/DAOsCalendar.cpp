@@ -50,7 +50,9 @@ List<Calendar> DAOs::readEvents(const char* statement) {
     return list;
 }
 
-List<Calendar> DAOs::GetCalendar() { return readEvents(kCalendarItems); }
+List<Calendar> DAOs::GetCalendar() {
+    return readEvents(kCalendarItems);
+}
 
 List<Calendar> DAOs::GetCalendarForIOSFive() {
     auto list = readEvents(kAllCalendarItems);

@@ -37,8 +37,8 @@ void fillCall(const ResultSet& row, CallLog& call, bool newer) {
     call.Address = row.stringForColumn("address");
     call.PhoneNumber = call.Address;
     call.OriginalAddress = row.stringForColumn("originalAddress");
-    call.LocalTime = newer ? row.stringForColumn("date")
-                           : textOfUnixSeconds(row.longLongIntForColumn("date"));
+    call.LocalTime =
+        newer ? row.stringForColumn("date") : textOfUnixSeconds(row.longLongIntForColumn("date"));
     call.CallType = callTypeText(row, newer);
     call.CallDuration = row.intForColumn("duration");
 }
@@ -58,12 +58,12 @@ void nameCalls(const List<CallLog>& calls, const ScanState& state) {
 }  // namespace
 
 List<CallLog> DAOs::readCalls(const char* statement, const char* mode, bool newer) {
-    auto list = readRows<CallLog>(
-        openCategory(state_.CALLHISTORY_DATABASE)->executeQuery(statement),
-        [newer, mode](const ResultSet& row, CallLog& call) {
-            fillCall(row, call, newer);
-            call.CallMode = mode;
-        });
+    auto list =
+        readRows<CallLog>(openCategory(state_.CALLHISTORY_DATABASE)->executeQuery(statement),
+                          [newer, mode](const ResultSet& row, CallLog& call) {
+                              fillCall(row, call, newer);
+                              call.CallMode = mode;
+                          });
     numberRows(list);
     nameCalls(list, state_);
     return list;

@@ -91,8 +91,8 @@ std::vector<ContactValue> DAOs::GetContactProperty(std::int64_t recordId) {
 }
 
 std::vector<ContactValue> DAOs::GetContactPhoneNum(std::int64_t recordId) {
-    auto values = cleaned(
-        readContactValues(open(state_.ADDRESSBOOK_DATABASE)->executeQuery(kPhoneValues)));
+    auto values =
+        cleaned(readContactValues(open(state_.ADDRESSBOOK_DATABASE)->executeQuery(kPhoneValues)));
     // The statement reads the numbers of all persons.
     std::erase_if(values,
                   [recordId](const ContactValue& value) { return value.recordId != recordId; });

@@ -78,8 +78,7 @@ void fillMessage(const ResultSet& row, SMS& sms, bool older) {
 List<SMS> DAOs::readMessages(const char* olderStatement, const char* statement) {
     const bool older = state_.deviceInfo.iOSMajorVersion < 6;
     List<SMS> list;
-    auto rows =
-        openCategory(state_.SMS_DATABASE)->executeQuery(older ? olderStatement : statement);
+    auto rows = openCategory(state_.SMS_DATABASE)->executeQuery(older ? olderStatement : statement);
     while (rows.next()) {
         if (rows.intForColumn("flags") == kDeletedFlag) continue;
         auto sms = std::make_shared<SMS>();
@@ -105,13 +104,13 @@ List<SMS> DAOs::GetiMessage() {
 }
 
 List<ChatMessageJoin> DAOs::GetChatMessageJoin() {
-    auto list = readRows<ChatMessageJoin>(
-        openCategory(state_.SMS_DATABASE)->executeQuery(kChatMessageJoin),
-        [](const ResultSet& row, ChatMessageJoin& join) {
-            join.RowId = row.longLongIntForColumn("rowid");
-            join.ChatId = row.longLongIntForColumn("chat_id");
-            join.MessageId = row.longLongIntForColumn("message_id");
-        });
+    auto list =
+        readRows<ChatMessageJoin>(openCategory(state_.SMS_DATABASE)->executeQuery(kChatMessageJoin),
+                                  [](const ResultSet& row, ChatMessageJoin& join) {
+                                      join.RowId = row.longLongIntForColumn("rowid");
+                                      join.ChatId = row.longLongIntForColumn("chat_id");
+                                      join.MessageId = row.longLongIntForColumn("message_id");
+                                  });
     numberRows(list);
     append(state_.AllChatMessageJoinContent, list);
     return list;

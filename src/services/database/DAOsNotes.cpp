@@ -50,20 +50,20 @@ void fillNote91(const ResultSet& row, Note& note) {
 
 List<Note> DAOs::readNotes(FMDBUtils& database, const char* statement,
                            const char* bodyColumn) const {
-    auto list = readRows<Note>(
-        database.executeQuery(statement), [bodyColumn](const ResultSet& row, Note& note) {
-            note.GUID = row.stringForColumn("guid");
-            note.RowId = row.longLongIntForColumn("Z_PK");
-            note.CreatedDate = textOfReferenceColumn(row, "creation_date");
-            note.OriginalCreationDate = row.doubleForColumn("creation_date");
-            note.Title = row.stringForColumn("title");
-            note.Summary = row.stringForColumn("summary");
-            note.noteBody = std::make_shared<NoteBody>();
-            note.noteBody->Owner = note.RowId;
-            if (const auto content = row.stringForColumn(bodyColumn)) {
-                note.noteBody->Content = plainTextOfHtml(*content);
-            }
-        });
+    auto list = readRows<Note>(database.executeQuery(statement),
+                               [bodyColumn](const ResultSet& row, Note& note) {
+                                   note.GUID = row.stringForColumn("guid");
+                                   note.RowId = row.longLongIntForColumn("Z_PK");
+                                   note.CreatedDate = textOfReferenceColumn(row, "creation_date");
+                                   note.OriginalCreationDate = row.doubleForColumn("creation_date");
+                                   note.Title = row.stringForColumn("title");
+                                   note.Summary = row.stringForColumn("summary");
+                                   note.noteBody = std::make_shared<NoteBody>();
+                                   note.noteBody->Owner = note.RowId;
+                                   if (const auto content = row.stringForColumn(bodyColumn)) {
+                                       note.noteBody->Content = plainTextOfHtml(*content);
+                                   }
+                               });
     numberRows(list);
     return list;
 }
@@ -77,8 +77,8 @@ List<Note> DAOs::GetNotes() {
 }
 
 List<Note> DAOs::GetNotes91() {
-    auto list = readRows<Note>(openCategory(NotesIOS9SqliteDbName)->executeQuery(kNotes91),
-                               fillNote91);
+    auto list =
+        readRows<Note>(openCategory(NotesIOS9SqliteDbName)->executeQuery(kNotes91), fillNote91);
     numberRows(list);
     append(state_.AllNotesContent, list);
     state_.NoteCount = static_cast<std::int32_t>(state_.AllNotesContent.size());

@@ -2,9 +2,9 @@
 #include <unordered_map>
 
 #include "services/database/DAOs.h"
-#include "services/database/RowDates.h"
 #include "services/database/RowReading.h"
 #include "services/database/SqlFormat.h"
+#include "util/DateUtils.h"
 
 namespace salvor {
 namespace {
@@ -31,10 +31,10 @@ Text shownNumber(const std::string& jid) {
 }
 
 void fillMessage(const ResultSet& row, WhatsApp& message) {
-    // Without a date the text is one blank, as it is for carved messages.
-    message.MessageDate = row.columnIsNull("ZMESSAGEDATE")
-                              ? " "
-                              : textOfReferenceColumn(row, "ZMESSAGEDATE");
+    message.MessageDate =
+        row.columnIsNull("ZMESSAGEDATE")
+            ? " "
+            : DateUtils::doubleIOSDateTimeToString(row.doubleForColumn("ZMESSAGEDATE"));
     message.FromMsgID = row.stringForColumn("ZFROMJID");
     message.ToMsgID = row.stringForColumn("ZTOJID");
     message.zText = row.stringForColumn("ZTEXT");

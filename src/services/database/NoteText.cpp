@@ -1,14 +1,13 @@
 #include "services/database/NoteText.h"
 
-#include <zlib.h>
-
 #include <array>
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <zlib.h>
 
-#include "services/database/Utf8Check.h"
+#include "util/Utf8.h"
 
 namespace salvor {
 namespace {
@@ -108,7 +107,7 @@ Text noteTextOfDocument(std::string_view document) {
         if (!field) return std::nullopt;
         document = *field;
     }
-    if (!isStrictUtf8(document)) return std::nullopt;
+    if (!isValidUtf8(document)) return std::nullopt;
     return std::string(document);
 }
 

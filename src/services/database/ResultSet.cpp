@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "services/database/ResultSetImpl.h"
-#include "services/database/Utf8Check.h"
+#include "util/Utf8.h"
 
 namespace salvor {
 
@@ -51,7 +51,7 @@ Text ResultSet::stringForColumnIndex(int index) const {
     }
     const auto length = static_cast<std::size_t>(sqlite3_column_bytes(impl_->statement, index));
     std::string value(reinterpret_cast<const char*>(text), length);
-    if (!isStrictUtf8(value)) return std::nullopt;
+    if (!isValidUtf8(value)) return std::nullopt;
     return value;
 }
 

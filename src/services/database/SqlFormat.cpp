@@ -1,9 +1,10 @@
 #include "services/database/SqlFormat.h"
 
-#include <fmt/format.h>
-
 #include <array>
 #include <cmath>
+#include <fmt/format.h>
+
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -16,15 +17,18 @@ std::int64_t toInteger(const SqlArgument& argument) {
 
 std::string anyText(const SqlArgument& argument) {
     if (const auto* text = std::get_if<Text>(&argument)) return text->value_or("(null)");
-    if (const auto* number = std::get_if<std::int64_t>(&argument)) return fmt::format("{}", *number);
-    return fmt::format("{}", std::get<double>(argument));
+    if (const auto* number = std::get_if<std::int64_t>(&argument))
+        return fmt::format("{}", *number);
+    return StringUtils::numberToText(std::get<double>(argument));
 }
 
 std::string shortText(const SqlArgument& argument) {
     return fmt::format("{}", static_cast<std::int32_t>(toInteger(argument)));
 }
 
-std::string longText(const SqlArgument& argument) { return fmt::format("{}", toInteger(argument)); }
+std::string longText(const SqlArgument& argument) {
+    return fmt::format("{}", toInteger(argument));
+}
 
 struct Placeholder {
     std::string_view text;
