@@ -1,1 +1,5 @@
-int main() { return 0; }
+#include "cli/Program.h"
+
+int main(int argc, char** argv) {
+    return salvor::cli::runProgram(argc, argv);
+}

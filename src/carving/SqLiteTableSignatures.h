@@ -22,6 +22,8 @@ class SQLiteSignature {
 
     /// The patterns that support exactly this version, in file order.
     salvor::TablePatterns FindPatternsByVersion(const std::string& version) const;
+    /// A new empty pattern; selects nothing.
+    std::shared_ptr<TablePattern> FindByNumberOfColumns() const;
 };
 
 /// The table signatures of the application, in file order.
@@ -33,6 +35,12 @@ class SqLiteTableSignatures {
     /// Reads the signatures file at `path`; a missing or broken file leaves what was completed
     /// before. Always sets `loaded`. Returns what was wrong with the file, or nothing.
     std::string loadSignatures(const std::filesystem::path& path);
+    /// Nothing is fetched from anywhere: false.
+    bool LoadRemoteSignaturesFile() { return false; }
+    /// Reads the file; returns what was wrong with it, or nothing.
+    std::string LoadLocalSignaturesFile(const std::filesystem::path& path);
+    /// No network connection is ever opened, so the answer is no.
+    static bool connected() { return false; }
     /// The first signature equal in all three, or null.
     std::shared_ptr<SQLiteSignature> Find(const std::string& domain, const std::string& database,
                                           const std::string& table) const;

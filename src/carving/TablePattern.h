@@ -29,15 +29,11 @@ class TablePattern {
 
     /// Exact comparison with each supported version.
     bool CheckIfVersionSupported(const std::string& version) const;
-    /// The decoded header; decoded once and kept.
-    const HeaderPattern& Header() const;
+    /// The header decoded anew from its text, so that threads may share a pattern; a carver
+    /// decodes each of its patterns once.
+    HeaderPattern Header() const;
     /// The first mapping of this column, or null.
     const salvor::AttributesMapping* mappingForColumn(std::int64_t column) const;
-
-  private:
-    mutable HeaderPattern decoded_;
-    mutable std::string decodedFrom_;
-    mutable bool isDecoded_ = false;
 };
 
 }  // namespace salvor

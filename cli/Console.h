@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+#include <ostream>
+#include <string_view>
+
+namespace salvor::cli {
+
+/// Where a command writes: data on `out`, everything else on `err`. The defaults are those of
+/// plain streams, so that tests run commands in-process; `systemConsole` knows the terminal.
+struct Console {
+    std::ostream& out;
+    std::ostream& err;
+    bool redraws = false;  ///< `err` is a terminal on which a line can be redrawn
+    bool coloured = false;
+    std::function<int()> width = [] { return 80; };  ///< columns of the terminal, asked anew
+    /// True when writing to `out` failed because its reader has gone.
+    std::function<bool()> readerGone = [] { return false; };
+
+    void error(std::string_view text) const;
+    void warning(std::string_view text) const;
+};
+
+}  // namespace salvor::cli

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace salvor::cli {
+
+/// The exit statuses of the program, one per cause. Scripts depend on the numbers.
+enum class ExitStatus {
+    Done = 0,
+    BadArguments = 2,
+    SourceUnusable = 3,  ///< no such folder or file, unreadable, property lists missing
+    Encrypted = 4,       ///< the manifest marks the backup as encrypted
+    NotWritten = 5,      ///< work folder, export folder, JSON file or standard output
+    Cancelled = 130,
+};
+
+}  // namespace salvor::cli

@@ -1,0 +1,36 @@
+#include "cli/Inputs.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "cli/Failure.h"
+
+namespace salvor::cli {
+
+namespace fs = std::filesystem;
+
+void requireReadableFile(const fs::path& path) {
+    const auto refuse = [&path](const std::string& cause) {
+        throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", path.string(), cause));
+    };
+    std::error_code failed;
+    const auto status = fs::status(path, failed);
+    if (fs::is_directory(status)) refuse("is a folder, not a file");
+    if (fs::exists(status) && !fs::is_regular_file(status)) refuse("is not a regular file");
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) refuse(std::generic_category().message(errno));
+    ::close(fd);
+}
+
+SqLiteTableSignatures readSignatures(const fs::path& path, const Console& console) {
+    requireReadableFile(path);
+    SqLiteTableSignatures signatures;
+    const auto wrong = signatures.loadSignatures(path);
+    if (!wrong.empty()) console.warning(fmt::format("{}: {}", path.string(), wrong));
+    return signatures;
+}
+
+}  // namespace salvor::cli

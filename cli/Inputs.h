@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+#include "carving/SqLiteTableSignatures.h"
+#include "cli/Console.h"
+
+namespace salvor::cli {
+
+/// Throws `Failure` (source unusable) unless a regular file lies at `path` and can be read.
+void requireReadableFile(const std::filesystem::path& path);
+
+/// The signatures at `path`. Throws `Failure` when the file cannot be read; when it is broken
+/// further on, warns and keeps what stands before.
+SqLiteTableSignatures readSignatures(const std::filesystem::path& path, const Console& console);
+
+}  // namespace salvor::cli

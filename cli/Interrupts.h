@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace salvor::cli {
+
+/// While it lives, the first SIGINT or SIGTERM calls `cancel` on a thread of its own and the second
+/// ends the program at once with status 130. One object at a time.
+class Interrupts {
+  public:
+    explicit Interrupts(std::function<void()> cancel);
+    Interrupts(const Interrupts&) = delete;
+    Interrupts& operator=(const Interrupts&) = delete;
+    ~Interrupts();
+
+    bool happened() const { return happened_; }
+
+  private:
+    void wait();
+
+    std::function<void()> cancel_;
+    std::atomic<bool> happened_{false};
+    std::array<int, 2> pipe_{-1, -1};
+    std::thread watcher_;
+};
+
+}  // namespace salvor::cli

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace salvor::cli {
+
+/// How far a scan is at one moment.
+struct ProgressSnapshot {
+    std::string step;  ///< what is being done, in words
+    std::uint64_t bytesDone = 0;
+    std::uint64_t bytesTotal = 0;  ///< 0 while it is not known
+    std::uint64_t recordsFound = 0;
+    std::chrono::seconds elapsed{0};
+};
+
+/// The progress in one line of at most `width` columns: what does not fit is left out, the bar
+/// first, then bytes, time and step.
+std::string progressLine(const ProgressSnapshot& progress, std::size_t width);
+
+/// 12345678 as "12.3 MB".
+std::string shownBytes(std::uint64_t bytes);
+/// 1234567 as "1,234,567".
+std::string shownCount(std::uint64_t count);
+
+}  // namespace salvor::cli

@@ -1,0 +1,91 @@
+#include "cli/ScanDisplay.h"
+
+#include <algorithm>
+#include <spdlog/logger.h>
+
+#include "cli/DisplayText.h"
+#include "cli/ProgressLine.h"
+
+namespace salvor::cli {
+namespace {
+
+constexpr auto kFrame = std::chrono::milliseconds(100);
+constexpr int kStatusClear = 2;
+constexpr int kStatusRunning = 0;
+
+}  // namespace
+
+ScanDisplay::ScanDisplay(Console& console, const ScanProgress& progress, Wanted wanted)
+    : console_(console), progress_(progress), wanted_(wanted) {
+    if (wanted_.line && console_.redraws)
+        drawer_ = std::jthread([this](std::stop_token ended) { draw(std::move(ended)); });
+}
+
+ScanDisplay::~ScanDisplay() {
+    finish();
+}
+
+void ScanDisplay::onStatus(int code, const std::string& text) {
+    if (log_ != nullptr) log_->debug("status {} \"{}\" after {} ms", code, text, elapsed().count());
+    if (code == kStatusClear || text.empty()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        step_ = text;
+    }
+    // What only names the step stands in the progress line already.
+    const bool shownInLine = drawer_.joinable() && code == kStatusRunning;
+    if (wanted_.texts && !shownInLine) writeLine(text);
+}
+
+void ScanDisplay::onWarning(const std::string& text) {
+    if (log_ != nullptr) log_->warn("{}", printable(text));
+}
+
+void ScanDisplay::writeLine(std::string_view line) {
+    const std::lock_guard lock(mutex_);
+    eraseLine();
+    console_.err << printable(line) << '\n' << std::flush;
+}
+
+void ScanDisplay::finish() {
+    if (!drawer_.joinable()) return;
+    drawer_.request_stop();
+    drawer_.join();
+    const std::lock_guard lock(mutex_);
+    eraseLine();
+    console_.err.flush();
+}
+
+std::chrono::milliseconds ScanDisplay::elapsed() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                 begin_);
+}
+
+void ScanDisplay::draw(std::stop_token ended) {
+    std::unique_lock lock(mutex_);
+    while (!wake_.wait_for(lock, ended, kFrame, [&ended] { return ended.stop_requested(); }))
+        drawOnce();
+}
+
+void ScanDisplay::drawOnce() {
+    ProgressSnapshot now;
+    now.step = step_;
+    now.bytesDone = progress_.bytesDone;
+    now.bytesTotal = progress_.bytesTotal;
+    now.recordsFound = progress_.recordsFound;
+    now.elapsed = std::chrono::duration_cast<std::chrono::seconds>(elapsed());
+    // The last column stays free: writing into it would move some terminals to the next line.
+    const auto columns = static_cast<std::size_t>(std::max(console_.width(), 2) - 1);
+    auto line = progressLine(now, columns);
+    if (line == drawn_) return;
+    console_.err << '\r' << line << "\x1b[K" << std::flush;
+    drawn_ = std::move(line);
+}
+
+void ScanDisplay::eraseLine() {
+    if (drawn_.empty()) return;
+    console_.err << "\r\x1b[K";
+    drawn_.clear();
+}
+
+}  // namespace salvor::cli

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "app/state/ScanObserver.h"
+#include "app/state/ScanState.h"
+#include "cli/Console.h"
+
+namespace spdlog {
+class logger;
+}
+
+namespace salvor::cli {
+
+/// Shows a running scan on the console's error stream: status texts as lines and, where a line can
+/// be redrawn, the progress below them. A thread of its own draws about ten times a second from
+/// the scan's counters; the scan's threads only leave texts here.
+class ScanDisplay : public ScanObserver {
+  public:
+    struct Wanted {
+        bool texts = true;  ///< status texts
+        bool line = true;   ///< the progress line, where it can be redrawn
+    };
+
+    ScanDisplay(Console& console, const ScanProgress& progress, Wanted wanted);
+    ~ScanDisplay() override;
+
+    void onStatus(int code, const std::string& text) override;
+    void onWarning(const std::string& text) override;
+
+    /// Writes a line of its own above the progress line.
+    void writeLine(std::string_view line);
+    /// Ends the drawing and removes the progress line; what comes later is written plainly.
+    void finish();
+    /// Warnings and log lines go here.
+    void setLog(std::shared_ptr<spdlog::logger> log) { log_ = std::move(log); }
+
+    std::chrono::milliseconds elapsed() const;
+
+  private:
+    void draw(std::stop_token ended);
+    void drawOnce();
+    void eraseLine();
+
+    Console& console_;
+    const ScanProgress& progress_;
+    const Wanted wanted_;
+    const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+    std::shared_ptr<spdlog::logger> log_;
+    std::mutex mutex_;  ///< guards the console and what follows
+    std::condition_variable_any wake_;
+    std::string step_;
+    std::string drawn_;
+    std::jthread drawer_;
+};
+
+}  // namespace salvor::cli

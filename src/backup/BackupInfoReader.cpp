@@ -1,0 +1,171 @@
+#include "backup/BackupInfoReader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string_view>
+
+#include "backup/BackupPaths.h"
+#include "backup/PropertyList.h"
+#include "util/FileUtils.h"
+
+namespace salvor {
+namespace {
+
+bool isEmpty(const Text& text) {
+    return !text || text->empty();
+}
+
+// An absent text is not blank.
+bool isBlank(const Text& text) {
+    return text && text->find_first_not_of(" \t\n\v\f\r") == std::string::npos;
+}
+
+DeviceInfo resetDescription(const std::filesystem::path& folder) {
+    DeviceInfo device;
+    for (auto* field : {&device.ProductVersion, &device.IMSI, &device.IMEI, &device.ICICD,
+                        &device.DeviceName, &device.DisplayName, &device.PhoneNumber}) {
+        field->emplace();
+    }
+    device.AssignSize = FileUtils::getDirectorySizeAsStringfromPath(folder);
+    device.BackupDate = "N/A";
+    return device;
+}
+
+void readEncryption(DeviceInfo& device, const PropertyList& manifest) {
+    const auto encrypted = manifest.boolean("IsEncrypted");
+    device.knownIfEncrypted = encrypted.has_value();
+    if (encrypted) device.isEncrypted = *encrypted;
+}
+
+void readFromInfo(DeviceInfo& device, const PropertyList& info) {
+    device.DeviceName = info.text("Device Name");
+    device.DisplayName = info.text("Display Name");
+    device.SerialNumber = info.text("Serial Number");
+    device.ProductType = info.text("Product Type");
+    device.UniqueDeviceID = info.text("Unique Identifier");
+    device.ProductVersion = info.text("Product Version");
+    device.PhoneNumber = info.text("Phone Number");
+}
+
+// Deliberate: the manifest's top-level version replaces the one of Info.plist even when it is
+// absent, as in most manifests; such a backup has no version.
+void overwriteVersion(DeviceInfo& device, const PropertyList& manifest) {
+    device.ProductVersion = manifest.text("ProductVersion");
+    if (isEmpty(device.ProductVersion)) readEncryption(device, manifest);
+}
+
+void readFromManifest(DeviceInfo& device, const PropertyList& manifest) {
+    device.ProductVersion = manifest.text("ProductVersion");
+    if (isEmpty(device.ProductVersion)) {
+        const PropertyList lockdown = manifest.dictionary("Lockdown");
+        device.ProductVersion = lockdown.text("ProductVersion");
+        device.DeviceName = lockdown.text("DeviceName");
+        device.ProductType = lockdown.text("ProductType");
+        device.UniqueDeviceID = lockdown.text("UniqueDeviceID");
+        device.SerialNumber = lockdown.text("SerialNumber");
+        if (Text card = lockdown.text("IntegratedCircuitCardIdentity")) device.ICICD = card;
+    }
+    readEncryption(device, manifest);
+}
+
+void readPropertyLists(DeviceInfo& device, const std::filesystem::path& folder) {
+    const auto infoPath = findIgnoringCase(folder, "Info.plist");
+    const auto manifestPath = findIgnoringCase(folder, "Manifest.plist");
+    const PropertyList info = infoPath ? PropertyList::read(*infoPath) : PropertyList();
+    const PropertyList manifest = manifestPath ? PropertyList::read(*manifestPath) : PropertyList();
+    if (info.has("Device Name")) {
+        readFromInfo(device, info);
+        if (manifestPath) overwriteVersion(device, manifest);
+    } else if (manifestPath) {
+        readFromManifest(device, manifest);
+        if (!infoPath) device.DisplayName = device.DeviceName;
+    }
+}
+
+// Leading blanks, a sign, digits; what follows is ignored, and a number too large for the field
+// is cut to its bound.
+std::int32_t integerValue(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) text.remove_prefix(1);
+    std::uint32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    constexpr auto kMax = std::numeric_limits<std::int32_t>::max();
+    if (error == std::errc::invalid_argument) return 0;
+    const bool tooLarge = error != std::errc() || value > static_cast<std::uint32_t>(kMax);
+    const std::int32_t number = tooLarge ? kMax : static_cast<std::int32_t>(value);
+    return negative ? -number : number;
+}
+
+bool resultOf(const DeviceInfo& device) {
+    // Deliberate asymmetry: with a name an absent version will do, without one only a blank
+    // version does.
+    return device.DeviceName ? !isBlank(device.ProductVersion) : isBlank(device.ProductVersion);
+}
+
+bool namesVersion(const Text& version) {
+    DeviceInfo device;
+    device.ProductVersion = version;
+    splitProductVersion(device);
+    return device.iOSMajorVersion != 0 || device.iOSMinorVersion != 0;
+}
+
+}  // namespace
+
+void splitProductVersion(DeviceInfo& device) {
+    const std::string_view version = device.ProductVersion ? *device.ProductVersion : "";
+    const auto dot = version.find('.');
+    const std::int32_t major = integerValue(version.substr(0, dot));
+    if (major != 0) device.iOSMajorVersion = major;
+    if (dot == std::string_view::npos) return;
+    const auto rest = version.substr(dot + 1);
+    device.iOSMinorVersion = integerValue(rest.substr(0, rest.find('.')));
+}
+
+BackupInfo readBackupInfo(const std::filesystem::path& folder) {
+    BackupInfo info;
+    info.device = resetDescription(folder);
+    readPropertyLists(info.device, folder);
+    auto& identifier = info.device.UniqueDeviceID;
+    if (identifier) identifier = lowerCase(*identifier);
+    splitProductVersion(info.device);
+    info.device.BackupLocation = folder.string();
+    info.complete = resultOf(info.device);
+    return info;
+}
+
+bool getInfoFromBackup(ScanState& state) {
+    BackupInfo info = readBackupInfo(state.BACKUP_DIRECTORY);
+    state.deviceInfo = std::move(info.device);
+    if (state.deviceInfo.DeviceName) {
+        auto last = std::make_shared<DeviceInfo>();
+        last->DeviceName = state.deviceInfo.DeviceName;
+        last->UniqueDeviceID = state.deviceInfo.UniqueDeviceID;
+        state._deviceInfoBackup = std::move(last);
+    }
+    return info.complete;
+}
+
+Text VersionFacts::best() const {
+    for (const auto* version : {&infoPlist, &lockdown}) {
+        if (namesVersion(*version)) return *version;
+    }
+    return std::nullopt;
+}
+
+VersionFacts readVersionFacts(const std::filesystem::path& folder) {
+    VersionFacts facts;
+    if (const auto path = findIgnoringCase(folder, "Info.plist")) {
+        facts.infoPlist = PropertyList::read(*path).text("Product Version");
+    }
+    if (const auto path = findIgnoringCase(folder, "Manifest.plist")) {
+        const auto manifest = PropertyList::read(*path);
+        facts.manifestTop = manifest.text("ProductVersion");
+        facts.lockdown = manifest.dictionary("Lockdown").text("ProductVersion");
+        facts.manifestSaysEncrypted = manifest.boolean("IsEncrypted").value_or(false);
+    }
+    return facts;
+}
+
+}  // namespace salvor

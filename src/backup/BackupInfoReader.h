@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+
+#include "app/state/DeviceInfo.h"
+#include "app/state/ScanState.h"
+#include "util/Text.h"
+
+namespace salvor {
+
+/// What the property lists of a backup folder say of its device.
+struct BackupInfo {
+    DeviceInfo device;
+    /// Whether a scan goes on without asking; false calls for the missing-property-list question.
+    bool complete = false;
+};
+
+/// Describes the device from Info.plist and Manifest.plist of `folder` (names found without regard
+/// to case). A property list that cannot be read yields no values. Finds the folder's size, which
+/// visits every file of it.
+BackupInfo readBackupInfo(const std::filesystem::path& folder);
+
+/// Fills `deviceInfo` (and `_deviceInfoBackup`) of `state` from its `BACKUP_DIRECTORY`; returns
+/// `BackupInfo::complete`.
+bool getInfoFromBackup(ScanState& state);
+
+/// Sets both version numbers from `ProductVersion`: "10.3.1" gives 10 and 3. A missing or
+/// non-numeric part gives 0; a major of 0 leaves `iOSMajorVersion` as it was.
+void splitProductVersion(DeviceInfo& device);
+
+/// The versions that the property lists name, each absent or as written, and what the manifest
+/// says of encryption whichever way the description was read.
+struct VersionFacts {
+    Text infoPlist;    ///< Info.plist, "Product Version"
+    Text manifestTop;  ///< Manifest.plist, "ProductVersion"
+    Text lockdown;     ///< Manifest.plist, "Lockdown", "ProductVersion"
+    bool manifestSaysEncrypted = false;
+
+    /// The version that `--ios auto` falls back on: Info.plist's, else Lockdown's, whichever is
+    /// not 0.0 first; absent when there is none.
+    Text best() const;
+};
+
+VersionFacts readVersionFacts(const std::filesystem::path& folder);
+
+}  // namespace salvor

@@ -1,0 +1,110 @@
+#include "backup/BackupStore.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "backup/BackupInfoReader.h"
+#include "backup/BackupPaths.h"
+#include "util/FileUtils.h"
+
+namespace salvor {
+namespace {
+
+constexpr std::array kTellTales{"Info.plist", "Manifest.plist", "Manifest.mbdb", "Manifest.db"};
+
+std::filesystem::path fromEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? std::filesystem::path(value) : std::filesystem::path();
+}
+
+std::filesystem::path homeFolder() {
+    auto home = fromEnvironment("HOME");
+    if (!home.empty()) return home;
+    const passwd* user = ::getpwuid(::getuid());
+    return user != nullptr ? std::filesystem::path(user->pw_dir) : std::filesystem::path("/");
+}
+
+std::int64_t modifiedAt(const std::filesystem::path& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 ? static_cast<std::int64_t>(info.st_mtime) : 0;
+}
+
+std::int64_t lastModified(const std::filesystem::path& folder) {
+    std::int64_t newest = modifiedAt(folder);
+    for (const char* name : {"Info.plist", "Manifest.plist", "Status.plist"}) {
+        newest = std::max(newest, modifiedAt(folder / name));
+    }
+    return newest;
+}
+
+BackupEntry describe(const std::filesystem::path& folder) {
+    return {folder, readBackupInfo(folder).device, FileUtils::directorySize(folder),
+            lastModified(folder)};
+}
+
+bool isPropertyList(const std::filesystem::path& file) {
+    return lowerCase(file.extension().string()) == ".plist";
+}
+
+}  // namespace
+
+std::filesystem::path BackupStore::standardLocation() {
+    return homeFolder() / "Library/Application Support/MobileSync/Backup/";
+}
+
+std::vector<std::filesystem::path> BackupStore::usualLocations() {
+    std::vector<std::filesystem::path> locations{standardLocation()};
+    if (const auto roaming = fromEnvironment("APPDATA"); !roaming.empty()) {
+        locations.push_back(roaming / "Apple Computer/MobileSync/Backup");
+    }
+    if (const auto profile = fromEnvironment("USERPROFILE"); !profile.empty()) {
+        locations.push_back(profile / "Apple/MobileSync/Backup");
+    }
+    return locations;
+}
+
+std::filesystem::path BackupStore::folderOfDevice(const std::string& uniqueDeviceID) {
+    return standardLocation() / lowerCase(uniqueDeviceID);
+}
+
+bool BackupStore::looksLikeBackup(const std::filesystem::path& folder) {
+    return std::any_of(kTellTales.begin(), kTellTales.end(), [&](const char* name) {
+        return findIgnoringCase(folder, name).has_value();
+    });
+}
+
+std::vector<BackupEntry> BackupStore::listBackups(const std::filesystem::path& root) {
+    if (looksLikeBackup(root)) return {describe(root)};
+    std::vector<BackupEntry> found;
+    for (const auto& entry : FileUtils::entriesOf(root)) {
+        if (entry.isFile) continue;
+        if (looksLikeBackup(root / entry.name)) found.push_back(describe(root / entry.name));
+    }
+    return found;
+}
+
+std::optional<std::filesystem::path> BackupStore::resolve(const std::filesystem::path& named) {
+    std::error_code ignored;
+    auto folder = named;
+    if (std::filesystem::is_regular_file(named, ignored) && isPropertyList(named)) {
+        folder = named.has_parent_path() ? named.parent_path() : std::filesystem::path(".");
+    }
+    if (!isReadableFolder(folder)) return std::nullopt;
+    return folder;
+}
+
+std::optional<std::filesystem::path> BackupStore::resolveIndex(const std::filesystem::path& named) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(named, ignored)) {
+        return findIgnoringCase(named, "Manifest.mbdb");
+    }
+    if (!std::filesystem::is_regular_file(named, ignored)) return std::nullopt;
+    return named;
+}
+
+}  // namespace salvor

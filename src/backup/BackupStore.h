@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/state/DeviceInfo.h"
+
+namespace salvor {
+
+/// One backup folder that was found.
+struct BackupEntry {
+    std::filesystem::path path;
+    DeviceInfo device;
+    std::uint64_t sizeInBytes = 0;
+    std::int64_t lastModified = 0;  ///< Unix seconds; newest of the folder and its property lists
+};
+
+/// Where backups are looked for, and what lies there.
+class BackupStore {
+  public:
+    /// "Library/Application Support/MobileSync/Backup/" below the user's home.
+    static std::filesystem::path standardLocation();
+    /// The standard location and those of the synchronisation software on other systems; a
+    /// location need not exist.
+    static std::vector<std::filesystem::path> usualLocations();
+    /// A device's own backup folder: the standard location joined with its identifier in lower
+    /// case.
+    static std::filesystem::path folderOfDevice(const std::string& uniqueDeviceID);
+
+    /// `root` itself when it is a backup, else the backups directly below it, by name. A folder
+    /// counts as a backup when it holds one of the property lists or an index.
+    static std::vector<BackupEntry> listBackups(const std::filesystem::path& root);
+    static bool looksLikeBackup(const std::filesystem::path& folder);
+
+    /// The backup folder that a person named: a readable folder, or the folder of a property-list
+    /// file. Nothing for anything else.
+    static std::optional<std::filesystem::path> resolve(const std::filesystem::path& named);
+    /// The index file that a person named: a file, or the index of a backup folder.
+    static std::optional<std::filesystem::path> resolveIndex(const std::filesystem::path& named);
+};
+
+}  // namespace salvor

@@ -1,0 +1,102 @@
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <limits>
+#include <sys/stat.h>
+
+#include "util/FileUtils.h"
+#include "util/dataUtils.h"
+
+namespace salvor {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Files : public testing::Test {
+  protected:
+    Files() {
+        std::string pattern = (fs::temp_directory_path() / "salvor-files-XXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
+    }
+    ~Files() override { fs::remove_all(folder_); }
+
+    void write(const fs::path& name, const std::string& content) const {
+        fs::create_directories((folder_ / name).parent_path());
+        std::ofstream(folder_ / name, std::ios::binary) << content;
+    }
+    std::string read(const fs::path& name) const {
+        std::ifstream in(folder_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(Files, SizeCountsRegularFilesOnly) {
+    write("a", std::string(700, 'x'));
+    write("sub/deep/b", std::string(800, 'x'));
+    fs::create_directory_symlink(folder_, folder_ / "sub/loop");
+    fs::create_symlink(folder_ / "a", folder_ / "link");
+    EXPECT_EQ(FileUtils::directorySize(folder_), 1500U);
+    EXPECT_EQ(FileUtils::getDirectorySizeAsStringfromPath(folder_), "1.5 KB");
+    EXPECT_EQ(FileUtils::getDirectorySizeAsStringfromPath(folder_ / "missing"), "0 bytes");
+}
+
+TEST_F(Files, SizesAreWrittenForPeople) {
+    const std::pair<std::uint64_t, const char*> cases[] = {
+        {1, "1 byte"},      {999, "999 bytes"},
+        {1000, "1.0 KB"},   {1234567, "1.2 MB"},
+        {999950, "1.0 MB"}, {std::numeric_limits<std::uint64_t>::max(), "18.4 EB"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(FileUtils::sizeText(bytes), text);
+}
+
+TEST_F(Files, AtomicWritesReplaceWholeFilesAndLeaveNothingAside) {
+    write("old", "previous");
+    fs::create_symlink(folder_ / "old", folder_ / "link");
+    EXPECT_EQ(FileUtils::writeAtomically(folder_ / "new", "fresh"), "");
+    EXPECT_EQ(FileUtils::writeAtomically(folder_ / "link", "next"), "");
+    EXPECT_EQ(read("new"), "fresh");
+    EXPECT_EQ(read("old"), "next");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
+    EXPECT_NE(FileUtils::writeAtomically(folder_ / "missing/file", "x"), "");
+    EXPECT_NE(FileUtils::writeAtomically(folder_, "x"), "");
+    EXPECT_EQ(FileUtils::writeAtomically("/dev/null", "x"), "");
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_NE(FileUtils::writeAtomically("/dev/full", "x"), "");
+    EXPECT_EQ(FileUtils::entriesOf(folder_).size(), 3U);
+}
+
+TEST_F(Files, NamesAreSafe) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"", "_"},
+        {".", "_"},
+        {"..", "__"},
+        {"...", "..."},
+        {"../../etc", ".._.._etc"},
+        {std::string("a\0\n\x7F", 4), "a___"},
+        {"a\u0085b", "a_b"},
+        {"\u00E9\u00A0", "\u00E9\u00A0"},
+    };
+    for (const auto& [name, safe] : cases) EXPECT_EQ(FileUtils::safeFileName(name), safe);
+    EXPECT_EQ(FileUtils::safeFileName("ab\u20AC", 4), "ab");
+}
+
+TEST(dataUtils, ReadsBigEndianInsideTheBufferOnly) {
+    const std::uint8_t bytes[] = {0xFF, 0xFE, 0x40, 0x09, 0x21, 0xFB, 0x54, 0x44, 0x2D, 0x18};
+    const Bytes data(bytes);
+    EXPECT_EQ(dataUtils::convertToint16(data, 0), -2);
+    EXPECT_EQ(dataUtils::convertToint16(data, 8), 0x2D18);
+    EXPECT_FALSE(dataUtils::convertToint16(data, 9));
+    EXPECT_FALSE(dataUtils::convertToint16(data, std::numeric_limits<std::size_t>::max()));
+    EXPECT_EQ(dataUtils::getByte(data, 9), 0x18);
+    EXPECT_FALSE(dataUtils::getByte(data, 10));
+    EXPECT_DOUBLE_EQ(*dataUtils::ConvertNSDataToDouble(data.subspan(2)), 3.141592653589793);
+    EXPECT_FALSE(dataUtils::ConvertNSDataToDouble(data.first(7)));
+    EXPECT_EQ(dataUtils::indexOfCharinData(data, 0x40), 2);
+    EXPECT_EQ(dataUtils::indexOfCharinData(data, 0), -1);
+    EXPECT_EQ(dataUtils::indexOfCharinData({}, 0), -1);
+}
+
+}  // namespace
+}  // namespace salvor
