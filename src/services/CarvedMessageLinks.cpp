@@ -1,0 +1,81 @@
+#include "services/CarvedMessageLinks.h"
+
+#include "util/StringUtils.h"
+
+namespace salvor {
+namespace {
+
+template <class Link, class Add>
+void forEachLink(const List<baseRecoveryObject>& records, Add&& add) {
+    for (const auto& record : records)
+        if (const auto* link = dynamic_cast<const Link*>(record.get())) add(*link);
+}
+
+// A carved record without a row id of its own has the row id 1, so 1 says nothing.
+std::int64_t rowIdOf(const Message& message) {
+    if (message.MessageId > 0) return message.MessageId;
+    return message.RowId > 1 ? message.RowId : 0;
+}
+
+}  // namespace
+
+void CarvedMessageLinks::addGuids(const List<baseRecoveryObject>& records) {
+    forEachLink<MessageGuidRowId>(records, [this](const auto& link) {
+        if (link.Guid) messageOfGuid_.emplace(*link.Guid, link.RowId);
+    });
+}
+
+void CarvedMessageLinks::addChatGuids(const List<baseRecoveryObject>& records) {
+    forEachLink<MessageChatGuidAndChatIdHandleConnection>(records, [this](const auto& link) {
+        if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, *link.Id);
+    });
+}
+
+void CarvedMessageLinks::addChatMessages(const List<baseRecoveryObject>& records) {
+    forEachLink<ChatMessageJoin>(
+        records, [this](const auto& link) { chatOfMessage_.emplace(link.MessageId, link.ChatId); });
+}
+
+void CarvedMessageLinks::addChatHandles(const List<baseRecoveryObject>& records,
+                                        const ConversationLookup& known) {
+    forEachLink<ChatHandleJoin>(records, [&](const auto& link) {
+        if (!link.HandleId || conversationOfChat_.contains(link.ChatId)) return;
+        auto conversation = known.FindConversationContactFromHandleId(*link.HandleId);
+        if (conversation != nullptr)
+            conversationOfChat_.emplace(link.ChatId, std::move(conversation));
+    });
+}
+
+std::vector<std::int64_t> CarvedMessageLinks::chatsOf(const Message& message) const {
+    std::vector<std::int64_t> chats;
+    const auto addChatOf = [&](std::int64_t messageId) {
+        const auto chat = chatOfMessage_.find(messageId);
+        if (chat != chatOfMessage_.end()) chats.push_back(chat->second);
+    };
+    addChatOf(rowIdOf(message));
+    if (message.Guid) {
+        const auto row = messageOfGuid_.find(*message.Guid);
+        if (row != messageOfGuid_.end()) addChatOf(row->second);
+    }
+    return chats;
+}
+
+std::shared_ptr<ConversationContact> CarvedMessageLinks::conversationOf(
+    const Message& message, const ConversationLookup& known) const {
+    for (const auto chat : chatsOf(message)) {
+        if (auto conversation = known.findByChatId(chat)) return conversation;
+        const auto byHandle = conversationOfChat_.find(chat);
+        if (byHandle != conversationOfChat_.end()) return byHandle->second;
+    }
+    return nullptr;
+}
+
+Text CarvedMessageLinks::counterpartOf(const Message& message) const {
+    for (const auto chat : chatsOf(message)) {
+        const auto counterpart = counterpartOfChat_.find(chat);
+        if (counterpart != counterpartOfChat_.end()) return counterpart->second;
+    }
+    return std::nullopt;
+}
+
+}  // namespace salvor

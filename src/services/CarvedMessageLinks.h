@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "records/ChatRecords.h"
+#include "records/ConversationContact.h"
+#include "records/List.h"
+#include "records/Message.h"
+#include "records/baseRecoveryObject.h"
+#include "services/ConversationLookup.h"
+
+namespace salvor {
+
+/// The carved links of a message database, hashed: GUID to message row id, message to chat, chat to
+/// handle, chat to counterpart. Where several links of one kind match, the one carved first wins.
+class CarvedMessageLinks {
+  public:
+    void addGuids(const List<baseRecoveryObject>& records);
+    void addChatGuids(const List<baseRecoveryObject>& records);
+    void addChatMessages(const List<baseRecoveryObject>& records);
+    /// Links a chat to the first conversation that `known` finds by one of its handles.
+    void addChatHandles(const List<baseRecoveryObject>& records, const ConversationLookup& known);
+
+    /// The conversation of a carved message: by its own row id and then by that of its GUID, each
+    /// through the chat, which is known to `known` itself or through one of its handles. Null when
+    /// no link leads to one.
+    std::shared_ptr<ConversationContact> conversationOf(const Message& message,
+                                                        const ConversationLookup& known) const;
+    /// The counterpart named by the carved GUID of the message's chat; absent without one.
+    Text counterpartOf(const Message& message) const;
+
+  private:
+    std::vector<std::int64_t> chatsOf(const Message& message) const;
+
+    std::unordered_map<std::string, std::int64_t> messageOfGuid_;
+    std::unordered_map<std::int64_t, std::int64_t> chatOfMessage_;
+    std::unordered_map<std::int64_t, std::string> counterpartOfChat_;
+    std::unordered_map<std::int64_t, std::shared_ptr<ConversationContact>> conversationOfChat_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "util/Text.h"
+
+namespace salvor {
+
+/// Finds the first of many phone numbers that equals a given one by `iPhoneNumberUtils::AreEqual`,
+/// asked in both directions, so that a short number equals only itself on either side. Equal
+/// numbers end alike, so only those with the same last characters are compared.
+class PhoneIndex {
+  public:
+    /// Positions are added in growing order. An empty number is not added.
+    void add(const Text& number, std::size_t position);
+    /// The smallest position with an equal number.
+    std::optional<std::size_t> find(const Text& number) const;
+
+  private:
+    static std::string keyOf(const Text& number);
+
+    std::unordered_map<std::string, std::vector<std::pair<std::string, std::size_t>>> byEnding_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,155 @@
+#include "services/messageServicesIOS7_8.h"
+
+#include <fmt/format.h>
+
+#include "carving/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
+#include "carving/MessageChatHandleJoinSQLiteRecovery.h"
+#include "carving/MessageChatMessageJoinSQLiteRecovery.h"
+#include "carving/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
+#include "carving/MessageHandleSQLiteRecovery.h"
+#include "carving/MessagesSQLiteRecovery.h"
+#include "services/ChatConversations.h"
+#include "util/StringUtils.h"
+
+namespace salvor {
+
+void messageServicesIOS7_8::RecoverFromIOSBackup(const DeviceInfo& device) {
+    connect(device);
+    contacts_ = ContactLookup(state_);
+    if (dbUtils_->openDatabase()) {
+        addChatConversations();
+        addLiveMessages();
+    }
+    addCarvedHandles(device);
+    RecoverDeletedMessages(device);
+    publishConversations();
+}
+
+void messageServicesIOS7_8::addChatConversations() {
+    for (const auto& chat : MessageChatsInDB()) {
+        if (cancelled_.stop_requested()) return;
+        const auto handles = GetMesssageHandlesFromMessageChatInDB(*chat);
+        _ConversationContacts.push_back(chatConversation(*chat, handles, contacts_));
+    }
+    known_.extend(_ConversationContacts);
+}
+
+void messageServicesIOS7_8::addLiveMessages() {
+    for (auto& message : liveChatMessages(*dbUtils_)) {
+        const auto conversation = known_.findByChatId(message->ChatId);
+        if (conversation == nullptr) continue;
+        ++retrieved_;
+        model_.push_back(message);
+        message->ConversationContact = conversation;
+        conversation->Messages.push_back(std::move(message));
+    }
+}
+
+void messageServicesIOS7_8::addCarvedHandles(const DeviceInfo& device) {
+    MessageHandleSQLiteRecovery carver(state_, cancelled_);
+    carver.DoRecoveryPath(ConnectionFileFullPath(device));
+    for (const auto& record : carver.RecoveredFiltered) {
+        const auto& handle = static_cast<const MessageHandle&>(*record);
+        const auto rowId = std::to_string(handle.RowId);
+        if (!_ConversationContacts.empty() &&
+            StringUtils::sameText(_ConversationContacts.back()->PhoneNumberHandleId, handle.Id))
+            _ConversationContacts.back()->RowIds.push_back(rowId);
+        else
+            _ConversationContacts.push_back(
+                handleConversation(handle.Id, rowId, contacts_.find(handle.Id).get()));
+    }
+}
+
+CarvedMessageLinks messageServicesIOS7_8::carveLinks(const DeviceInfo& device) {
+    const auto path = ConnectionFileFullPath(device);
+    // Each carver goes once its links are taken over: a large database has millions of them.
+    const auto carved = [&](auto carver) {
+        carver->DoRecoveryPath(path);
+        return std::move(carver->RecoveredFiltered);
+    };
+    CarvedMessageLinks links;
+    links.addGuids(
+        carved(std::make_unique<MessageGuidAndRowIdConnectionSQLiteRecovery>(state_, cancelled_)));
+    links.addChatGuids(
+        carved(std::make_unique<MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery>(
+            state_, cancelled_)));
+    links.addChatHandles(
+        carved(std::make_unique<MessageChatHandleJoinSQLiteRecovery>(state_, cancelled_)), known_);
+    links.addChatMessages(
+        carved(std::make_unique<MessageChatMessageJoinSQLiteRecovery>(state_, cancelled_)));
+    return links;
+}
+
+void messageServicesIOS7_8::RecoverDeletedMessages(const DeviceInfo& device) {
+    known_.extend(_ConversationContacts);
+    const auto links = carveLinks(device);
+    state_.unKnownCount = 0;
+    nextUnknown_ = 1;
+    MessagesSQLiteRecovery carver(state_, cancelled_);
+    carver.DoRecoveryPath(ConnectionFileFullPath(device));
+    // Conversations made on the way are not looked at by handle id, so that every message whose
+    // counterpart stays unknown gets one of its own.
+    for (const auto& record : carver.RecoveredFiltered) {
+        auto message = std::static_pointer_cast<Message>(record);
+        const auto conversation = conversationOf(*message, links);
+        tieDeletedMessage(conversation, *message);
+        ++recovered_;
+        model_.push_back(message);
+        conversation->Messages.push_back(std::move(message));
+    }
+    known_.extend(_ConversationContacts);
+}
+
+std::shared_ptr<ConversationContact> messageServicesIOS7_8::conversationOf(
+    Message& message, const CarvedMessageLinks& links) {
+    if (auto found = known_.FindConversationContactFromHandleId(std::to_string(message.HandleId)))
+        return found;
+    if (auto found = links.conversationOf(message, known_)) return found;
+    if (StringUtils::IsNullOrEmpty(message.Id)) message.Id = links.counterpartOf(message);
+    if (auto found = known_.findByCounterpart(message.Id)) return found;
+    if (auto found = named_.findByCounterpart(message.Id)) return found;
+    return addUnknownConversation(message);
+}
+
+std::shared_ptr<ConversationContact> messageServicesIOS7_8::addUnknownConversation(
+    const Message& message) {
+    const bool unknown = StringUtils::IsNullOrEmpty(message.Id);
+    const auto counterpart = unknown ? fmt::format("Unknown {}", nextUnknown_++) : *message.Id;
+    auto conversation = std::make_shared<ConversationContact>();
+    conversation->PhoneNumbers.emplace_back(phoneNumberOf(counterpart));
+    conversation->PhoneNumberHandleId = counterpart;
+    conversation->RowIds.push_back(std::to_string(message.HandleId));
+    _ConversationContacts.push_back(conversation);
+    if (!unknown) named_.add(conversation);
+    return conversation;
+}
+
+std::shared_ptr<ConversationContact> messageServicesIOS7_8::FindConversationContactFromHandleId(
+    const std::string& handleId) {
+    known_.extend(_ConversationContacts);
+    return known_.FindConversationContactFromHandleId(handleId);
+}
+
+std::shared_ptr<Contact> messageServicesIOS7_8::findContactFromHandleId(
+    std::int64_t handleId) const {
+    return ContactLookup(state_).findBySlNo(handleId);
+}
+
+void messageServicesIOS7_8::updateSMSAddresses() {
+    const auto lookups = state_.lookups();
+    if (lookups == nullptr) return;
+    for (const auto& row : state_.DeletedSMS) {
+        const auto number = lookups->GetPhoneNumberForHID(row->handleID, row->Address);
+        row->Address = lookups->GetPhoneNumberForID(row->handleID, number);
+    }
+}
+
+void messageServicesIOS7_8::updatePhoneNumbersInMessages() {
+    const ContactLookup contacts(state_);
+    for (const auto& row : state_.DeletedSMS)
+        // The second number slot, not the first: deliberate.
+        if (const auto contact = contacts.findBySlNo(row->RowID))
+            row->Address = contact->ContactNo2;
+}
+
+}  // namespace salvor

@@ -1,0 +1,93 @@
+#include "literal_matcher.h"
+
+namespace salvor::reference {
+namespace {
+
+bool accepts(std::int32_t code, std::int64_t type) {
+    if (code >= 0) return type == code;
+    if (code == -1) return type >= 12;
+    if (code == -2) return type >= 13;
+    return type > -std::int64_t{code};
+}
+
+bool anyAccepts(const std::vector<std::int32_t>& codes, std::int64_t type) {
+    for (const std::int32_t code : codes)
+        if (accepts(code, type)) return true;
+    return false;
+}
+
+}  // namespace
+
+LiteralMatcher::LiteralMatcher(const std::vector<LiteralPattern>& patterns, Events& events)
+    : events_(events) {
+    for (const LiteralPattern& pattern : patterns) {
+        if (!pattern.header) {
+            events_.count(Event::PatternWithoutHeader);
+            continue;
+        }
+        patterns_.push_back(pattern);
+        codes_.push_back(pattern.codes());
+    }
+}
+
+bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const Codes& columns,
+                             MatchedHeader& info) const {
+    const auto length = static_cast<std::int64_t>(buffer.size());
+    for (std::size_t c = 0; c < columns.size();) {
+        const std::int64_t at = p + info.taken;
+        if (at > length - 1) {
+            info.cutOff = true;
+            return true;
+        }
+        if (at < 0) {
+            events_.count(Event::FailingReadInMatchAtNegativeOffset);
+            throw RangeFailure();
+        }
+        if (c == 0 && columns[0][0] >= 1) {
+            const VarInt rowId = readVarint(buffer, at);
+            info.rowId = rowId.value;
+            info.entries.insert(info.entries.end(), {{0, rowId.length}, {0, 1}, {0, 1}});
+            info.taken += rowId.length + 2;
+            c += 3;
+        } else if (c == 0) {
+            info.entries.push_back({0, 1});
+            info.taken += 1;
+            c += 1;
+        } else {
+            const VarInt type = readVarint(buffer, at);
+            info.entries.push_back({type.value, type.length});
+            info.taken += type.length;
+            if (!anyAccepts(columns[c], type.value)) return false;
+            c += 1;
+        }
+    }
+    return true;
+}
+
+MatchedHeader LiteralMatcher::find(const Buffer& buffer, std::int64_t start) const {
+    bool rowIdDecoded = false;
+    for (std::size_t i = 0; i < patterns_.size(); ++i) {
+        const Codes& columns = codes_[i];
+        const auto last =
+            static_cast<std::int64_t>(buffer.size()) - static_cast<std::int64_t>(columns.size());
+        for (std::int64_t p = start; p <= last; ++p) {
+            MatchedHeader info;
+            if (matchAt(buffer, p, columns, info)) {
+                info.valid = true;
+                info.start = p;
+                info.pattern = &patterns_[i];
+                events_.count(Event::Match);
+                if (i > 0) events_.count(Event::LaterPatternMatch);
+                if (info.cutOff) events_.count(Event::HeaderCutOff);
+                if (rowIdDecoded && columns[0][0] < 1)
+                    events_.count(Event::RowIdFromEarlierPattern);
+                return info;
+            }
+            if (info.rowId != 0) rowIdDecoded = true;
+        }
+    }
+    events_.count(Event::RegionWithoutMatch);
+    return {};
+}
+
+}  // namespace salvor::reference

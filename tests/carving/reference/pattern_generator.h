@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "random_source.h"
+
+namespace salvor::reference {
+
+/// A pattern as the generator means it; the signatures file is written from it.
+struct PlannedPattern {
+    std::vector<std::vector<int>> columns;
+    std::vector<std::string> versions;
+    std::vector<std::pair<std::string, std::string>> mappings;  ///< name, column
+    bool hasHeader = true;
+
+    bool startsWithRowId() const { return columns[0][0] >= 1; }
+};
+
+/// One to four patterns of random shape.
+std::vector<PlannedPattern> makePatterns(RandomSource& random);
+/// Random attribute mappings; the correcting field is often among them.
+void addMappings(RandomSource& random, PlannedPattern& pattern);
+/// The text of a signatures file whose one table that counts has these patterns.
+std::string writeSignatures(RandomSource& random, const std::vector<PlannedPattern>& patterns);
+
+}  // namespace salvor::reference

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "literal_buffer.h"
+
+namespace salvor::reference {
+
+struct CaseRun {
+    bool fullSearch = false;
+    bool callList = false;
+    std::optional<std::string> version;
+};
+
+/// One signatures file, one database file and the ways in which it is carved.
+struct PropertyCase {
+    std::string signatures;
+    Buffer file;
+    std::string kind;
+    std::vector<CaseRun> runs;
+};
+
+inline constexpr const char* kCaseDomain = "HomeDomain";
+inline constexpr const char* kCaseDatabase = "test.db";
+inline constexpr const char* kCaseTable = "T";
+
+/// The same case for the same seed. `folder` is for databases while they are written.
+PropertyCase makeCase(std::uint64_t seed, const std::string& folder);
+
+}  // namespace salvor::reference

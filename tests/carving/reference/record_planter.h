@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "literal_buffer.h"
+#include "pattern_generator.h"
+#include "random_source.h"
+
+namespace salvor::reference {
+
+void append(Buffer& buffer, const Buffer& more);
+/// The shortest encoding, or a longer one of `length` bytes.
+Buffer encodeVarint(std::uint64_t value, std::size_t length = 0);
+
+/// Writes records that fit a pattern, or nearly, and fills stretches of bytes with them.
+class RecordPlanter {
+  public:
+    RecordPlanter(RandomSource& random, std::vector<PlannedPattern> patterns);
+
+    /// A record as its bytes; `gapBeforeData` bytes stand between header and data.
+    Buffer record(std::int64_t gapBeforeData);
+    /// `length` bytes of junk and records; records are shifted as freeblocks want it when asked.
+    Buffer fill(std::int64_t length, bool shifted);
+
+  private:
+    std::uint64_t serialType(const std::vector<int>& codes);
+    Buffer data(std::uint64_t serialType);
+    Buffer text(std::int64_t length);
+    Buffer junk();
+    Buffer rowId();
+    Buffer varint(std::uint64_t value);
+    Buffer header(const PlannedPattern& pattern, std::vector<std::uint64_t>& types);
+    void endWithLongRowId(Buffer& region);
+
+    RandomSource& random_;
+    std::vector<PlannedPattern> patterns_;
+    int dashes_ = 0;  ///< per cent
+};
+
+}  // namespace salvor::reference
