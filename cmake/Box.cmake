@@ -4,6 +4,7 @@
 function(salvor_box name folder)
     cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    list(FILTER sources EXCLUDE REGEX "_test\\.cpp$")
     if(sources)
         add_library(salvor_${name} STATIC ${sources})
         target_include_directories(salvor_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR})

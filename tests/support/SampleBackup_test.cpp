@@ -1,0 +1,107 @@
+#include "tests/support/SampleBackup.h"
+
+#include <algorithm>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <set>
+
+#include "tests/support/Digest.h"
+#include "tests/support/HashTree.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+class SampleOfVersion : public testing::TestWithParam<int> {
+  protected:
+    SampleBackup make(SampleOptions options = {}) {
+        options.ios = GetParam();
+        return SampleBackup::write(temp_ / "backup", options);
+    }
+    TempFolder temp_;
+};
+
+TEST_P(SampleOfVersion, TruthAgreesWithTheDatabase) {
+    const auto sample = make();
+    SqliteFile database(sample.messageDatabase());
+    EXPECT_EQ(database.query("PRAGMA integrity_check")[0], SqliteRow{std::string("ok")});
+
+    std::set<std::int64_t> live;
+    for (const auto& row : database.query("SELECT ROWID, text FROM message")) {
+        live.insert(std::get<std::int64_t>(row[0]));
+    }
+    EXPECT_EQ(live.size(), sample.truth.live.size());
+    std::set<std::string> ways;
+    for (const auto& row : sample.truth.live) EXPECT_TRUE(live.contains(row.rowId));
+    for (const auto& row : sample.truth.deleted) {
+        EXPECT_FALSE(live.contains(row.rowId));
+        ways.insert(row.how);
+    }
+    EXPECT_EQ(ways.size(), 4U) << "every way of deleting must occur";
+}
+
+TEST_P(SampleOfVersion, SecureDeleteAloneDecidesWhetherTextsStay) {
+    const auto countLeft = [this](bool secure) {
+        SampleOptions options;
+        options.secureDelete = secure;
+        options.autoVacuum = AutoVacuum::None;
+        const auto sample = make(options);
+        const auto bytes = readWholeFile(sample.messageDatabase());
+        return std::count_if(
+            sample.truth.deleted.begin(), sample.truth.deleted.end(), [&](const TruthRow& row) {
+                return row.text && row.text->size() > 40 && row.text->size() < 200 &&
+                       bytes.find(*row.text) != std::string::npos;
+            });
+    };
+    EXPECT_GT(countLeft(false), 10);
+    EXPECT_EQ(countLeft(true), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, SampleOfVersion, testing::Range(4, 10));
+
+TEST(SampleBackup, EqualOptionsGiveEqualFilesAndAnotherSeedOthers) {
+    TempFolder temp;
+    SampleOptions options;
+    options.messages = 60;
+    const auto first = SampleBackup::write(temp / "a", options);
+    const auto second = SampleBackup::write(temp / "b", options);
+    options.seed = 2;
+    const auto other = SampleBackup::write(temp / "c", options);
+    const auto bytes = readWholeFile(first.messageDatabase());
+    EXPECT_EQ(bytes, readWholeFile(second.messageDatabase()));
+    EXPECT_NE(bytes, readWholeFile(other.messageDatabase()));
+    EXPECT_EQ(readWholeFile(first.folder / "Manifest.mbdb"),
+              readWholeFile(second.folder / "Manifest.mbdb"));
+}
+
+TEST(SampleBackup, NestedLayoutPutsFilesIntoTwoDigitFolders) {
+    TempFolder temp;
+    SampleOptions options;
+    options.nested = true;
+    options.messages = 10;
+    const auto sample = SampleBackup::write(temp / "backup", options);
+    EXPECT_TRUE(
+        std::filesystem::exists(sample.folder / "3d" / "3d0d7e5fb2ce288813306e4d4636395e047a3d28"));
+}
+
+TEST(HashTree, SeesBytesNamesAndTimes) {
+    TempFolder temp;
+    const auto file = temp / "file";
+    writeWholeFile(file, "one");
+    const auto before = hashTree(temp.path());
+    EXPECT_EQ(before, hashTree(temp.path()));
+
+    const auto time = std::filesystem::last_write_time(file);
+    writeWholeFile(file, "two");
+    std::filesystem::last_write_time(file, time);
+    EXPECT_NE(before, hashTree(temp.path())) << "changed bytes, same size and time";
+
+    const auto changed = hashTree(temp.path());
+    std::filesystem::last_write_time(file, time + std::chrono::seconds(1));
+    EXPECT_NE(changed, hashTree(temp.path())) << "touched";
+    writeWholeFile(temp / "file-wal", "");
+    EXPECT_TRUE(hashTree(temp.path()).contains("file-wal"));
+}
+
+}  // namespace
+}  // namespace salvor
