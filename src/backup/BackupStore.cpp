@@ -22,13 +22,6 @@ std::filesystem::path fromEnvironment(const char* name) {
     return value != nullptr ? std::filesystem::path(value) : std::filesystem::path();
 }
 
-std::filesystem::path homeFolder() {
-    auto home = fromEnvironment("HOME");
-    if (!home.empty()) return home;
-    const passwd* user = ::getpwuid(::getuid());
-    return user != nullptr ? std::filesystem::path(user->pw_dir) : std::filesystem::path("/");
-}
-
 std::int64_t modifiedAt(const std::filesystem::path& path) {
     struct stat info {};
     return ::stat(path.c_str(), &info) == 0 ? static_cast<std::int64_t>(info.st_mtime) : 0;
@@ -52,6 +45,13 @@ bool isPropertyList(const std::filesystem::path& file) {
 }
 
 }  // namespace
+
+std::filesystem::path BackupStore::homeFolder() {
+    auto home = fromEnvironment("HOME");
+    if (!home.empty()) return home;
+    const passwd* user = ::getpwuid(::getuid());
+    return user != nullptr ? std::filesystem::path(user->pw_dir) : std::filesystem::path("/");
+}
 
 std::filesystem::path BackupStore::standardLocation() {
     return homeFolder() / "Library/Application Support/MobileSync/Backup/";

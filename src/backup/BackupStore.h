@@ -21,6 +21,8 @@ struct BackupEntry {
 /// Where backups are looked for, and what lies there.
 class BackupStore {
   public:
+    /// The user's home folder.
+    static std::filesystem::path homeFolder();
     /// "Library/Application Support/MobileSync/Backup/" below the user's home.
     static std::filesystem::path standardLocation();
     /// The standard location and those of the synchronisation software on other systems; a
