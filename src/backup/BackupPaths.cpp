@@ -7,18 +7,6 @@
 #include "util/FileUtils.h"
 
 namespace salvor {
-namespace {
-
-std::filesystem::path resolved(const std::filesystem::path& path) {
-    std::error_code failed;
-    auto result =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(path, failed), failed);
-    if (failed) result = path.lexically_normal();
-    return result.has_filename() ? result : result.parent_path();
-}
-
-}  // namespace
-
 std::optional<std::filesystem::path> findIgnoringCase(const std::filesystem::path& folder,
                                                       const std::string& name) {
     std::error_code ignored;
@@ -28,13 +16,6 @@ std::optional<std::filesystem::path> findIgnoringCase(const std::filesystem::pat
         if (lowerCase(entry.name) == wanted) return folder / entry.name;
     }
     return std::nullopt;
-}
-
-bool liesInside(const std::filesystem::path& path, const std::filesystem::path& folder) {
-    const auto inner = resolved(path);
-    const auto outer = resolved(folder);
-    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first ==
-           outer.end();
 }
 
 bool isReadableFolder(const std::filesystem::path& folder) {

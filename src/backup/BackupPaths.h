@@ -4,15 +4,14 @@
 #include <optional>
 #include <string>
 
+#include "util/PathRules.h"
+
 namespace salvor {
 
 /// The entry of `folder` called `name` whatever its letters' case, as a volume that ignores case
 /// would find it: the exact spelling first, then the first other one. Nothing when there is none.
 std::optional<std::filesystem::path> findIgnoringCase(const std::filesystem::path& folder,
                                                       const std::string& name);
-
-/// Whether `path`, which need not exist, is `folder` or lies inside it, links resolved.
-bool liesInside(const std::filesystem::path& path, const std::filesystem::path& folder);
 
 /// Whether `folder` is a folder that can be listed.
 bool isReadableFolder(const std::filesystem::path& folder);
