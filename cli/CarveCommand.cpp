@@ -1,21 +1,17 @@
 #include <fmt/format.h>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <stop_token>
 
 #include "carving/TableCarver.h"
 #include "cli/Command.h"
 #include "cli/Inputs.h"
 #include "cli/Interrupts.h"
+#include "cli/JsonText.h"
 
 namespace salvor::cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 Json jsonOf(const OptionalColumnValue& value) {
     if (!value) return nullptr;
-    // The JSON writer makes null of NaN and infinities.
     return std::visit([](const auto& held) { return Json(held); }, *value);
 }
 
@@ -27,7 +23,7 @@ std::string lineOf(const CarvedRow& row, bool withOrigin) {
         object["origin"] = {{"offset", row.origin.offset},
                             {"page", row.origin.page},
                             {"space", toString(row.origin.space)}};
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return jsonLine(object);
 }
 
 TableCarveOptions optionsFrom(const Arguments& given) {
@@ -75,7 +71,7 @@ class CarveCommand : public Command {
         const bool withOrigin = given.has("--origin");
         carveTable(signatures, options, file, cancel.get_token(), [&](const CarvedRow& row) {
             if (cancel.stop_requested()) return;
-            console.out << lineOf(row, withOrigin) << '\n';
+            console.out << lineOf(row, withOrigin);
             if (!console.out) cancel.request_stop();
         });
         return interrupts.happened() ? ExitStatus::Cancelled : ExitStatus::Done;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -16,5 +17,13 @@ std::size_t displayWidth(std::string_view text);
 
 /// `text` cut to at most `columns` columns, the last of them an ellipsis when something was cut.
 std::string fitted(std::string_view text, std::size_t columns);
+
+/// 12345678 as "12.3 MB".
+std::string shownBytes(std::uint64_t bytes);
+/// 1234567 as "1,234,567".
+std::string shownCount(std::uint64_t count);
+
+/// Unix seconds as "2012-01-01 00:00:00" in the local time zone.
+std::string shownTime(std::int64_t unixSeconds);
 
 }  // namespace salvor::cli

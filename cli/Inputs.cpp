@@ -6,11 +6,23 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "backup/BackupStore.h"
 #include "cli/Failure.h"
 
 namespace salvor::cli {
 
 namespace fs = std::filesystem;
+
+fs::path requireBackupFolder(const fs::path& named) {
+    if (const auto folder = BackupStore::resolve(named)) return *folder;
+    std::error_code failed;
+    const auto status = fs::status(named, failed);
+    const char* cause = !fs::exists(status)        ? "no such folder"
+                        : fs::is_directory(status) ? "the folder cannot be read"
+                                                   : "is neither a backup folder nor a property "
+                                                     "list inside one";
+    throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", named.string(), cause));
+}
 
 void requireReadableFile(const fs::path& path) {
     const auto refuse = [&path](const std::string& cause) {

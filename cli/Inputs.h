@@ -7,6 +7,11 @@
 
 namespace salvor::cli {
 
+inline constexpr const char* kBackupHelp = "a backup folder, or any property-list file inside one";
+
+/// The folder of the backup that was named. Throws `Failure` (source unusable) when there is none.
+std::filesystem::path requireBackupFolder(const std::filesystem::path& named);
+
 /// Throws `Failure` (source unusable) unless a regular file lies at `path` and can be read.
 void requireReadableFile(const std::filesystem::path& path);
 

@@ -58,20 +58,4 @@ std::string progressLine(const ProgressSnapshot& progress, std::size_t width) {
     return fitted(line, width);
 }
 
-std::string shownBytes(std::uint64_t bytes) {
-    constexpr std::array kUnits = {"B", "kB", "MB", "GB", "TB", "PB", "EB"};
-    if (bytes < 1000) return fmt::format("{} B", bytes);
-    auto amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; amount >= 999.95 && unit + 1 < kUnits.size(); ++unit) amount /= 1000;
-    return fmt::format("{:.1f} {}", amount, kUnits[unit]);
-}
-
-std::string shownCount(std::uint64_t count) {
-    auto digits = std::to_string(count);
-    for (auto place = static_cast<std::ptrdiff_t>(digits.size()) - 3; place > 0; place -= 3)
-        digits.insert(static_cast<std::size_t>(place), 1, ',');
-    return digits;
-}
-
 }  // namespace salvor::cli

@@ -20,9 +20,4 @@ struct ProgressSnapshot {
 /// first, then bytes, time and step.
 std::string progressLine(const ProgressSnapshot& progress, std::size_t width);
 
-/// 12345678 as "12.3 MB".
-std::string shownBytes(std::uint64_t bytes);
-/// 1234567 as "1,234,567".
-std::string shownCount(std::uint64_t count);
-
 }  // namespace salvor::cli

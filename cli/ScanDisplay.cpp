@@ -15,8 +15,8 @@ constexpr int kStatusRunning = 0;
 
 }  // namespace
 
-ScanDisplay::ScanDisplay(Console& console, const ScanProgress& progress, Wanted wanted)
-    : console_(console), progress_(progress), wanted_(wanted) {
+void ScanDisplay::start(const ScanProgress& progress) {
+    progress_ = &progress;
     if (wanted_.line && console_.redraws)
         drawer_ = std::jthread([this](std::stop_token ended) { draw(std::move(ended)); });
 }
@@ -70,9 +70,9 @@ void ScanDisplay::draw(std::stop_token ended) {
 void ScanDisplay::drawOnce() {
     ProgressSnapshot now;
     now.step = step_;
-    now.bytesDone = progress_.bytesDone;
-    now.bytesTotal = progress_.bytesTotal;
-    now.recordsFound = progress_.recordsFound;
+    now.bytesDone = progress_->bytesDone;
+    now.bytesTotal = progress_->bytesTotal;
+    now.recordsFound = progress_->recordsFound;
     now.elapsed = std::chrono::duration_cast<std::chrono::seconds>(elapsed());
     // The last column stays free: writing into it would move some terminals to the next line.
     const auto columns = static_cast<std::size_t>(std::max(console_.width(), 2) - 1);

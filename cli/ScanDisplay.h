@@ -27,8 +27,11 @@ class ScanDisplay : public ScanObserver {
         bool line = true;   ///< the progress line, where it can be redrawn
     };
 
-    ScanDisplay(Console& console, const ScanProgress& progress, Wanted wanted);
+    ScanDisplay(Console& console, Wanted wanted) : console_(console), wanted_(wanted) {}
     ~ScanDisplay() override;
+
+    /// Begins to draw; `progress` outlives `finish`.
+    void start(const ScanProgress& progress);
 
     void onStatus(int code, const std::string& text) override;
     void onWarning(const std::string& text) override;
@@ -48,7 +51,7 @@ class ScanDisplay : public ScanObserver {
     void eraseLine();
 
     Console& console_;
-    const ScanProgress& progress_;
+    const ScanProgress* progress_ = nullptr;
     const Wanted wanted_;
     const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     std::shared_ptr<spdlog::logger> log_;

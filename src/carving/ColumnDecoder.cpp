@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <string_view>
 
-#include "services/database/Utf8Check.h"
+#include "util/Utf8.h"
 
 namespace salvor {
 namespace {
@@ -72,9 +71,8 @@ DecodedColumn decodeColumn(Bytes data, std::int64_t begin, std::int64_t serialTy
 }
 
 OptionalColumnValue decodeText(Bytes bytes) {
-    std::string text(bytes.begin(), bytes.end());
-    if (!isStrictUtf8(text)) return std::nullopt;
-    return text;
+    if (!isValidUtf8(bytes)) return std::nullopt;
+    return std::string(bytes.begin(), bytes.end());
 }
 
 }  // namespace salvor

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "app/state/DeviceInfo.h"
+
+namespace salvor::cli {
+
+/// "yes", "no" or "unknown".
+std::string encryptionText(const DeviceInfo& device);
+
+/// What a person does about an encrypted backup.
+inline constexpr const char* kEncryptedAdvice =
+    "the manifest says that the backup is encrypted, so its databases cannot be read; switch the "
+    "encryption of backups off where it was made, back up again into another folder and scan that";
+
+}  // namespace salvor::cli

@@ -1,0 +1,77 @@
+#include <fmt/format.h>
+
+#include "backup/BackupInfoReader.h"
+#include "backup/BackupStore.h"
+#include "cli/Command.h"
+#include "cli/DeviceText.h"
+#include "cli/Failure.h"
+#include "cli/Inputs.h"
+#include "cli/JsonText.h"
+#include "cli/TextTable.h"
+
+namespace salvor::cli {
+namespace {
+
+void writeText(const DeviceInfo& device, std::ostream& out) {
+    using enum TextTable::Align;
+    TextTable table({Left, Left});
+    const auto add = [&table](const char* label, const Text& value) {
+        if (value && !value->empty()) table.add({label, *value});
+    };
+    add("Device", device.DeviceName);
+    add("Display name", device.DisplayName);
+    add("Model", device.ProductType);
+    add("iOS version", device.ProductVersion);
+    table.add({"Scanned as",
+               fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
+    add("Serial number", device.SerialNumber);
+    add("Identifier", device.UniqueDeviceID);
+    add("Phone number", device.PhoneNumber);
+    add("SIM card", device.ICICD);
+    table.add({"Encrypted", encryptionText(device)});
+    add("Size", device.AssignSize);
+    add("Folder", device.BackupLocation);
+    table.write(out);
+}
+
+class InfoCommand : public Command {
+  public:
+    const CommandTable& table() const override {
+        static const CommandTable kTable{"info",
+                                         "Tells which device a backup is of.",
+                                         {{"BACKUP", kBackupHelp}},
+                                         {{"--json", nullptr, "print one JSON object"}}};
+        return kTable;
+    }
+
+    ExitStatus execute(const Arguments& given, Console& console) const override {
+        const auto folder = requireBackupFolder(given["BACKUP"]);
+        const auto info = readBackupInfo(folder);
+        if (!info.complete && !BackupStore::looksLikeBackup(folder))
+            throw Failure(ExitStatus::SourceUnusable,
+                          fmt::format("{}: is no backup folder: it holds no Info.plist and no "
+                                      "Manifest.plist",
+                                      folder.string()));
+        if (given.has("--json"))
+            console.out << jsonText(deviceJson(info.device));
+        else
+            writeText(info.device, console.out);
+        if (!info.complete)
+            throw Failure(ExitStatus::SourceUnusable,
+                          fmt::format("{}: Info.plist or Manifest.plist is missing, unreadable or "
+                                      "names no version",
+                                      folder.string()));
+        return ExitStatus::Done;
+    }
+};
+
+}  // namespace
+
+std::string encryptionText(const DeviceInfo& device) {
+    if (!device.knownIfEncrypted) return "unknown";
+    return device.isEncrypted ? "yes" : "no";
+}
+
+std::unique_ptr<Command> makeInfoCommand() { return std::make_unique<InfoCommand>(); }
+
+}  // namespace salvor::cli

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace salvor::cli {
+
+/// Keeps keys in the order in which they are put.
+using Json = nlohmann::ordered_json;
+
+/// `value` on one line, with its line break. Bytes that are not UTF-8 become U+FFFD; NaN and
+/// infinities become null.
+inline std::string jsonLine(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+/// As `jsonLine`, indented over several lines.
+inline std::string jsonText(const Json& value) {
+    return value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace salvor::cli

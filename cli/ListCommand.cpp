@@ -1,0 +1,74 @@
+#include <vector>
+
+#include "backup/BackupStore.h"
+#include "cli/Command.h"
+#include "cli/DeviceText.h"
+#include "cli/DisplayText.h"
+#include "cli/Failure.h"
+#include "cli/JsonText.h"
+#include "cli/TextTable.h"
+
+namespace salvor::cli {
+namespace {
+
+std::vector<BackupEntry> findBackups(const std::optional<std::string>& root) {
+    if (root) {
+        std::error_code ignored;
+        if (!std::filesystem::is_directory(*root, ignored))
+            throw Failure(ExitStatus::SourceUnusable, *root + ": no such folder");
+        return BackupStore::listBackups(*root);
+    }
+    std::vector<BackupEntry> all;
+    for (const auto& location : BackupStore::usualLocations())
+        for (auto& entry : BackupStore::listBackups(location)) all.push_back(std::move(entry));
+    return all;
+}
+
+void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
+    using enum TextTable::Align;
+    TextTable table({Left, Left, Left, Right, Left, Left});
+    table.add({"Device", "iOS", "Last change", "Size", "Encrypted", "Folder"});
+    for (const auto& entry : entries)
+        table.add({entry.device.DeviceName.value_or("-"), entry.device.ProductVersion.value_or("-"),
+                   shownTime(entry.lastModified), shownBytes(entry.sizeInBytes),
+                   encryptionText(entry.device), entry.path.string()});
+    table.write(out);
+}
+
+class ListCommand : public Command {
+  public:
+    const CommandTable& table() const override {
+        static const CommandTable kTable{
+            "list",
+            "Lists the backups of this computer.",
+            {},
+            {{"--root", "DIR", "look in this folder instead of where backups usually are"},
+             {"--json", nullptr, "print a JSON array"}}};
+        return kTable;
+    }
+
+    ExitStatus execute(const Arguments& given, Console& console) const override {
+        const auto root = given.value("--root");
+        const auto entries = findBackups(root);
+        if (given.has("--json")) {
+            auto array = Json::array();
+            for (const auto& entry : entries)
+                array.push_back({{"path", entry.path.string()},
+                                 {"device", deviceJson(entry.device)},
+                                 {"sizeInBytes", entry.sizeInBytes},
+                                 {"lastModified", entry.lastModified}});
+            console.out << jsonText(array);
+        } else if (!entries.empty()) {
+            writeText(entries, console.out);
+        } else {
+            console.err << "No backup found" << (root ? " in " + *root : "") << ".\n";
+        }
+        return ExitStatus::Done;
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeListCommand() { return std::make_unique<ListCommand>(); }
+
+}  // namespace salvor::cli

@@ -1,0 +1,145 @@
+#include "cli/ScanOptions.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "app/Categories.h"
+#include "backup/BackupStore.h"
+#include "cli/Failure.h"
+#include "cli/Inputs.h"
+#include "cli/Log.h"
+#include "cli/TickedFile.h"
+#include "util/PathRules.h"
+
+namespace salvor::cli {
+
+namespace fs = std::filesystem;
+
+const CommandTable kScanTable{
+    "scan",
+    "Lists what a backup holds, deleted records included, and exports it.",
+    {{"BACKUP", kBackupHelp}},
+    {{"--category", "C",
+      "all (default), messages, photos, contacts, calls, whatsapp, notes, internet, calendar, or a "
+      "code 0 to 8"},
+     {"--export", "DIR", "write a CSV file per category into a new folder in DIR"},
+     {"--suffix", "S", "suffix of the exported files (default .csv)"},
+     {"--json", "FILE", "write everything as one JSON object; - is standard output"},
+     {"--work", "DIR", "make the work folder \"Temp\" in DIR and keep it"},
+     {"--signatures", "FILE", "table signatures to use instead of the program's own"},
+     {"--continue-anyway", nullptr, "scan although property lists are missing"},
+     {"--ios", "X.Y|auto", "scan as this version of iOS"},
+     {"--ticked", "FILE", "export only the rows that this JSON file lists"},
+     {"--no-progress", nullptr, "no progress line"},
+     {"--quiet", nullptr, "no output but errors"},
+     {"--log-level", "L", "trace, debug, info, warning (default), error, critical or off"}},
+    "The backup is only read. Ctrl-C stops the scan and keeps what was found; a second one ends "
+    "at once."};
+
+namespace {
+
+[[noreturn]] void refuse(ExitStatus status, const std::string& text) {
+    throw Failure(status, text);
+}
+
+void readWords(const Arguments& given, ScanOptions& options) {
+    const auto category = given.value("--category").value_or("all");
+    const auto code = categoryCode(category);
+    if (!code) refuse(ExitStatus::BadArguments, "--category: there is no \"" + category + '"');
+    options.request.category = *code;
+
+    options.suffix = given.value("--suffix").value_or(".csv");
+    if (options.suffix.find('/') != std::string::npos)
+        refuse(ExitStatus::BadArguments, "--suffix: a file name cannot hold \"/\"");
+
+    if (const auto name = given.value("--log-level")) {
+        const auto level = logLevel(*name);
+        if (!level) refuse(ExitStatus::BadArguments, "--log-level: there is no \"" + *name + '"');
+        options.logLevel = *level;
+    }
+    options.quiet = given.has("--quiet");
+    if (options.quiet) options.logLevel = std::max(options.logLevel, spdlog::level::err);
+    options.progress = !options.quiet && !given.has("--no-progress");
+}
+
+void readRequest(const Arguments& given, ScanRequest& request) {
+    request.source = given["BACKUP"];
+    request.continueAnyway = given.has("--continue-anyway");
+    request.ios = given.value("--ios");
+    if (const auto work = given.value("--work")) request.workFolder = *work;
+    if (const auto signatures = given.value("--signatures")) {
+        requireReadableFile(*signatures);
+        request.signatures = *signatures;
+    }
+}
+
+void readOutputs(const Arguments& given, ScanOptions& options) {
+    if (const auto folder = given.value("--export")) options.exportFolder = *folder;
+    if (const auto json = given.value("--json")) {
+        options.jsonOnOut = *json == "-";
+        if (!options.jsonOnOut) options.json = *json;
+    }
+    if (const auto ticked = given.value("--ticked")) {
+        if (!options.exportFolder)
+            refuse(ExitStatus::BadArguments, "--ticked: says what to export, so it needs --export");
+        options.ticked = readTickedFile(*ticked);
+    }
+}
+
+void refuseInside(const char* option, const fs::path& output, const fs::path& backup) {
+    if (liesInside(output, backup))
+        refuse(ExitStatus::BadArguments,
+               fmt::format("{} {}: lies inside the backup, which is only read", option,
+                           output.string()));
+}
+
+void refuseInsideBackup(const ScanOptions& options, const fs::path& backup) {
+    if (options.exportFolder) refuseInside("--export", *options.exportFolder, backup);
+    if (options.json) refuseInside("--json", *options.json, backup);
+    if (const auto& work = options.request.workFolder) {
+        refuseInside("--work", *work, backup);
+        refuseInside("--work", *work / "Temp", backup);
+        if (liesInside(backup, *work / "Temp"))
+            refuse(ExitStatus::BadArguments,
+                   fmt::format("--work {}: the backup lies inside its \"Temp\", which a scan removes",
+                               work->string()));
+    }
+}
+
+/// Where a file or folder would be made must exist and be writable: better said now than after an
+/// hour's scan.
+void requireRoom(const fs::path& output, bool makesFolders) {
+    auto folder = resolvedPath(output);
+    std::error_code ignored;
+    if (!makesFolders) {
+        if (fs::is_directory(folder, ignored))
+            refuse(ExitStatus::NotWritten, output.string() + ": is a folder");
+        if (fs::exists(folder, ignored) && !fs::is_regular_file(folder, ignored)) return;
+        folder = folder.parent_path();
+    }
+    while (makesFolders && !fs::exists(folder, ignored)) folder = folder.parent_path();
+    const bool room = fs::is_directory(folder, ignored);
+    if (!room || ::access(folder.c_str(), W_OK | X_OK) != 0)
+        refuse(ExitStatus::NotWritten,
+               fmt::format("{}: {}: {}", output.string(), folder.string(),
+                           std::generic_category().message(room ? errno : ENOTDIR)));
+}
+
+}  // namespace
+
+ScanOptions scanOptionsFrom(const Arguments& given) {
+    ScanOptions options;
+    readWords(given, options);
+    readRequest(given, options.request);
+    readOutputs(given, options);
+    const auto backup = requireBackupFolder(options.request.source);
+    refuseInsideBackup(options, backup);
+    if (options.exportFolder) requireRoom(*options.exportFolder, true);
+    if (options.json) requireRoom(*options.json, false);
+    return options;
+}
+
+}  // namespace salvor::cli

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <spdlog/common.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "app/ScanJob.h"
+#include "cli/OptionTable.h"
+
+namespace salvor::cli {
+
+/// The options of a scan, from the command line.
+struct ScanOptions {
+    ScanRequest request;
+    std::optional<std::filesystem::path> exportFolder;
+    std::string suffix = ".csv";
+    std::optional<std::filesystem::path> json;  ///< absent also when `jsonOnOut`
+    bool jsonOnOut = false;
+    std::optional<TickedSerials> ticked;
+    bool quiet = false;
+    bool progress = true;
+    spdlog::level::level_enum logLevel = spdlog::level::warn;
+};
+
+extern const CommandTable kScanTable;
+
+/// Throws `Failure` for what can be refused before the scan: values that mean nothing, outputs
+/// inside the backup or where nothing can be written.
+ScanOptions scanOptionsFrom(const Arguments& given);
+
+}  // namespace salvor::cli

@@ -1,0 +1,53 @@
+#include "cli/ProgressLine.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/DisplayText.h"
+
+namespace salvor::cli {
+namespace {
+
+using std::chrono::seconds;
+
+const ProgressSnapshot kHalf{"Recovering", 120'000'000, 240'000'000, 1204, seconds(83)};
+
+TEST(ProgressLineTest, LeavesOutWhatDoesNotFit) {
+    struct Case {
+        std::size_t width;
+        const char* line;
+    };
+    const Case cases[] = {
+        {200,
+         "Recovering  [##########..........]   50 %  120.0 MB of 240.0 MB  1,204 deleted found  "
+         "1:23"},
+        {80, "Recovering   50 %  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
+        {50, "Recovering   50 %  1,204 deleted found  1:23"},
+        {40, "Recovering   50 %  1,204 deleted found"},
+        {30, " 50 %  1,204 deleted found"},
+        {10, " 50 %  1,…"},
+    };
+    for (const auto& [width, line] : cases) EXPECT_EQ(progressLine(kHalf, width), line) << width;
+}
+
+TEST(ProgressLineTest, NeverExceedsTheWidth) {
+    for (const char* step : {"", "Messages", "電話番号\x1b[2J とメッセージ"}) {
+        for (std::size_t width = 0; width < 120; ++width) {
+            const ProgressSnapshot progress{step, 999'949'999, 1'000'000'000, 12'345'678,
+                                            seconds(36'000)};
+            EXPECT_LE(displayWidth(progressLine(progress, width)), width) << step;
+        }
+    }
+}
+
+TEST(ProgressLineTest, ClaimsNoShareBeforeTheSizeIsKnown) {
+    EXPECT_EQ(progressLine({"SMS", 0, 0, 0, seconds(2)}, 80), "SMS  0 deleted found  0:02");
+}
+
+TEST(ProgressLineTest, StaysAtTheEndWhenMoreIsReadThanExpected) {
+    const auto line = progressLine({"SMS", 300, 200, 1, seconds(0)}, 100);
+    EXPECT_NE(line.find("100 %"), std::string::npos);
+    EXPECT_NE(line.find("[####################]"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace salvor::cli
