@@ -5,6 +5,8 @@
 #include <charconv>
 #include <fmt/format.h>
 
+#include "util/Utf8.h"
+
 namespace salvor {
 namespace {
 
@@ -24,17 +26,10 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
     return number;
 }
 
-// Where the UTF-8 character at `begin` ends.
-std::size_t characterEnd(std::string_view text, std::size_t begin) {
-    std::size_t end = begin + 1;
-    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) ++end;
-    return end;
-}
-
-std::size_t characterCount(std::string_view text) {
-    std::size_t count = 0;
-    for (std::size_t at = 0; at < text.size(); at = characterEnd(text, at)) ++count;
-    return count;
+std::string_view firstCharacter(std::string_view text) {
+    std::string_view rest = text;
+    takeCodePoint(rest);
+    return text.substr(0, text.size() - rest.size());
 }
 
 }  // namespace
@@ -191,13 +186,13 @@ std::string SqLiteTableSignaturesParser::processCurrentString() {
 // "iOS456" stands for iOS4, iOS5 and iOS6, and is kept whole as well.
 void SqLiteTableSignaturesParser::separateIosVersions() {
     constexpr std::string_view kPrefix = "iOS";
-    if (version_.starts_with(kPrefix) && characterCount(version_) > kPrefix.size() + 1) {
-        const std::string_view text = version_;
-        for (std::size_t at = kPrefix.size(); at < text.size();) {
-            const std::size_t end = characterEnd(text, at);
-            pattern_->SupportedVersions.push_back(
-                fmt::format("{}{}", kPrefix, text.substr(at, end - at)));
-            at = end;
+    if (version_.starts_with(kPrefix) && utf16Length(version_) > kPrefix.size() + 1) {
+        std::string_view rest = version_;
+        rest.remove_prefix(kPrefix.size());
+        while (!rest.empty()) {
+            const std::string_view character = firstCharacter(rest);
+            pattern_->SupportedVersions.push_back(fmt::format("{}{}", kPrefix, character));
+            rest.remove_prefix(character.size());
         }
     }
     pattern_->SupportedVersions.push_back(version_);
@@ -216,7 +211,7 @@ void SqLiteTableSignaturesParser::checkHeader(const std::string& text) {
     const auto stray = text.find_first_not_of("0123456789[];,+- \t\r\n");
     if (stray != std::string::npos) {
         oddity(fmt::format("header holds characters that are no part of a code: \"{}\"",
-                           text.substr(stray, characterEnd(text, stray) - stray)));
+                           firstCharacter(std::string_view(text).substr(stray))));
     }
 }
 

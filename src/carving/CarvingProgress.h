@@ -1,0 +1,41 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "app/state/ScanState.h"
+
+namespace salvor {
+
+/// The share of one file in a scan's progress. Adds the file's size to the total at once and
+/// whatever is missing to the part done at its end, so that the two agree however the file ends.
+class CarvingProgress {
+  public:
+    CarvingProgress(ScanProgress& progress, std::uint64_t bytes)
+        : progress_(progress), left_(bytes) {
+        progress_.bytesTotal += bytes;
+    }
+    CarvingProgress(const CarvingProgress&) = delete;
+    CarvingProgress& operator=(const CarvingProgress&) = delete;
+    ~CarvingProgress() { advance(left_); }
+
+    /// Passes may cover bytes twice; the part done never exceeds the file.
+    void advance(std::uint64_t bytes) {
+        const std::uint64_t step = std::min(bytes, left_);
+        left_ -= step;
+        pending_ += step;
+        if (pending_ < kStep && left_ > 0) return;
+        progress_.bytesDone += pending_;
+        pending_ = 0;
+    }
+
+  private:
+    // Small pages would otherwise touch the shared counter too often.
+    static constexpr std::uint64_t kStep = 4096;
+
+    ScanProgress& progress_;
+    std::uint64_t left_;
+    std::uint64_t pending_ = 0;
+};
+
+}  // namespace salvor

@@ -1,0 +1,194 @@
+#include "carving/PatternMatcher.h"
+
+#include <algorithm>
+
+#include "carving/SQLiteUtils.h"
+
+namespace salvor {
+namespace {
+
+constexpr std::int64_t kSpan = SQLiteUtils::kVarintSpan;
+
+// The smallest serial type that a class code does not accept any more, going downwards.
+std::int64_t classLimit(std::int32_t code) {
+    switch (code) {
+        case -1:
+            return 11;
+        case -2:
+            return 12;
+        default:
+            return -std::int64_t{code};
+    }
+}
+
+// Whether all columns fit the header at `bytes`. Every span that is read must be readable.
+bool fits(const CompiledPattern& pattern, const std::uint8_t* bytes) {
+    if (pattern.beginsWithRowId) bytes += SQLiteUtils::decodeVarint(bytes).position + 1;
+    ++bytes;
+    const std::size_t count = pattern.columns.size();
+    for (std::size_t column = pattern.firstChecked; column < count; ++column) {
+        const std::uint8_t first = *bytes;
+        if (first < 0x80) {
+            if (!pattern.columns[column].acceptsByte(first)) return false;
+            ++bytes;
+            continue;
+        }
+        const varInt serialType = SQLiteUtils::decodeVarint(bytes);
+        if (!pattern.columns[column].accepts(serialType.value)) return false;
+        bytes += serialType.position;
+    }
+    return true;
+}
+
+// The first position from `position` to `last` where the pattern fits, or `last` + 1. Only for
+// positions whose longest span lies inside the data, so no read can fail here.
+std::int64_t scan(const CompiledPattern& pattern, const std::uint8_t* data, std::int64_t position,
+                  std::int64_t last) {
+    if (pattern.beginsWithRowId) {
+        // Behind a one-byte row id the first checked column begins three bytes on.
+        for (; position <= last; ++position) {
+            const std::uint8_t* at = data + position;
+            if (at[0] < 0x80 && !pattern.mayBegin[at[3]]) continue;
+            if (fits(pattern, at)) return position;
+        }
+        return position;
+    }
+    for (; position <= last; ++position) {
+        if (pattern.mayBegin[data[position + 1]] && fits(pattern, data + position)) return position;
+    }
+    return position;
+}
+
+}  // namespace
+
+ColumnCodes::ColumnCodes(const std::vector<std::int32_t>& codes) {
+    for (const std::int32_t code : codes) {
+        if (code < 0) {
+            above_ = std::min(above_, classLimit(code));
+        } else if (code >= kSmall) {
+            exact_.push_back(code);
+        } else {
+            small_[static_cast<std::size_t>(code) >> 6] |= std::uint64_t{1} << (code & 63);
+        }
+    }
+    for (std::int64_t type = std::min(above_, kSmall) + 1; type < kSmall; ++type) {
+        small_[static_cast<std::size_t>(type) >> 6] |= std::uint64_t{1} << (type & 63);
+    }
+}
+
+bool ColumnCodes::acceptsLarge(std::int64_t serialType) const {
+    if (serialType > above_) return true;
+    return std::find(exact_.begin(), exact_.end(), serialType) != exact_.end();
+}
+
+CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
+    : source(std::move(pattern)) {
+    const HeaderPattern header = source->Header();
+    for (const auto& codes : header) columns.emplace_back(codes);
+    beginsWithRowId = header.front().front() >= 1;
+    firstChecked = beginsWithRowId ? 3 : 1;
+    const auto checked =
+        static_cast<std::int64_t>(columns.size() - std::min(columns.size(), firstChecked));
+    // At least 2: the scan looks at the byte behind the unchecked one even without checked columns.
+    longestSpan = (beginsWithRowId ? kSpan + 2 : 2) + kSpan * checked;
+    for (unsigned byte = 0; byte < mayBegin.size(); ++byte) {
+        mayBegin[byte] = byte >= 0x80 || checked == 0 || columns[firstChecked].acceptsByte(byte);
+    }
+}
+
+void PatternMatcher::use(const TablePatterns& patterns) {
+    if (patterns == inUse_) return;
+    inUse_ = patterns;
+    patterns_.clear();
+    for (const auto& pattern : patterns) {
+        if (pattern && pattern->hasHeader) patterns_.emplace_back(pattern);
+    }
+    memory_.assign(patterns_.size(), {});
+}
+
+void PatternMatcher::begin(Bytes region) {
+    region_ = region;
+    memory_.assign(patterns_.size(), {});
+}
+
+MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& found) {
+    for (std::size_t i = 0; i < patterns_.size(); ++i) {
+        Memory& memory = memory_[i];
+        const bool answered =
+            memory.known && memory.from <= offset && (memory.none || offset <= memory.position);
+        if (!answered) {
+            const MatchResult result = search(patterns_[i], offset, memory.position);
+            if (result == MatchResult::ReadFailed) return result;
+            memory.known = true;
+            memory.none = result == MatchResult::None;
+            memory.from = offset;
+        }
+        if (memory.none) continue;
+        return tryPosition(patterns_[i], memory.position, &found);
+    }
+    return MatchResult::None;
+}
+
+MatchResult PatternMatcher::search(const CompiledPattern& pattern, std::int64_t offset,
+                                   std::int64_t& position) const {
+    const std::int64_t last = length() - static_cast<std::int64_t>(pattern.columns.size());
+    const std::int64_t lastSafe = std::min(last, length() - pattern.longestSpan);
+    for (position = offset; position <= last; ++position) {
+        if (position >= 0 && position <= lastSafe) {
+            position = scan(pattern, region_.data(), position, lastSafe);
+            if (position <= lastSafe) return MatchResult::Found;
+            if (position > last) break;
+        }
+        const MatchResult result = tryPosition(pattern, position, nullptr);
+        if (result != MatchResult::None) return result;
+    }
+    return MatchResult::None;
+}
+
+MatchResult PatternMatcher::tryPosition(const CompiledPattern& pattern, std::int64_t position,
+                                        SQLiteTableHeaderInfo* info) const {
+    if (info != nullptr) {
+        info->Header.clear();
+        info->RowId = 0;
+    }
+    const auto append = [info](std::int64_t serialType, std::int64_t bytes) {
+        if (info != nullptr) info->Header.push_back({serialType, bytes});
+    };
+    std::int64_t taken = 0;
+    // A header cut off by the end of the data counts as a match: deliberate, such records stand
+    // at the end of freeblocks and pages.
+    for (std::size_t column = 0;
+         column < pattern.columns.size() && position + taken <= length() - 1;) {
+        if (column == 0 && !pattern.beginsWithRowId) {
+            append(0, 1);
+            ++taken;
+            ++column;
+            continue;
+        }
+        const std::int64_t at = position + taken;
+        if (at < 0 || at > length() - kSpan) return MatchResult::ReadFailed;
+        const varInt number = SQLiteUtils::decodeVarint(region_.data() + at);
+        taken += number.position;
+        if (column == 0) {
+            if (info != nullptr) info->RowId = number.value;
+            append(0, number.position);
+            append(0, 1);
+            append(0, 1);
+            taken += 2;
+            column = 3;
+            continue;
+        }
+        if (!pattern.columns[column].accepts(number.value)) return MatchResult::None;
+        append(number.value, number.position);
+        ++column;
+    }
+    if (info != nullptr) {
+        info->Valid = true;
+        info->HeaderStartIndex = position;
+        info->tablePattern = pattern.source;
+        info->headerDataTaken = static_cast<std::int32_t>(taken);
+    }
+    return MatchResult::Found;
+}
+
+}  // namespace salvor
