@@ -65,10 +65,7 @@ class MessageTableCarver : public Engine {
     void addRecoveredObject() override {
         if (!this->_hasRecoveredCurrentObject) return;
         this->_hasRecoveredCurrentObject = false;
-        auto record = std::static_pointer_cast<Record>(this->_recObject);
-        if (record->Origin && record->Origin->database.empty())
-            record->Origin->database = std::filesystem::path(this->fullDBPath).filename().string();
-        recordCarved(record);
+        recordCarved(std::static_pointer_cast<Record>(this->_recObject));
     }
 
     std::int32_t verifyDataPosition(Bytes text) override {

@@ -9,12 +9,20 @@
 
 namespace salvor::reference {
 
+/// Regions whose records bring about what chance alone hardly ever does.
+enum class Staged {
+    Nothing,
+    CutBlob,   ///< a blob that does not fit before the region's end, and does when read earlier
+    MoveBack,  ///< a correction that stays, then a row so short that the search goes back
+};
+
 /// A pattern as the generator means it; the signatures file is written from it.
 struct PlannedPattern {
     std::vector<std::vector<int>> columns;
     std::vector<std::string> versions;
     std::vector<std::pair<std::string, std::string>> mappings;  ///< name, column
     bool hasHeader = true;
+    Staged staged = Staged::Nothing;
 
     bool startsWithRowId() const { return columns[0][0] >= 1; }
 };

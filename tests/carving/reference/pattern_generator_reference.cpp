@@ -39,7 +39,8 @@ std::vector<int> makeColumn(RandomSource& random) {
 std::int64_t columnCount(RandomSource& random) {
     const auto kind = random.below(10);
     if (kind == 0) return random.between(1, 3);
-    if (kind < 5) return random.between(3, 11);
+    if (kind < 3) return random.between(3, 6);
+    if (kind < 5) return random.between(5, 11);
     return random.between(12, 40);
 }
 
@@ -59,6 +60,29 @@ PlannedPattern makePattern(RandomSource& random) {
         pattern.versions.emplace_back(random.pick(kVersions));
     pattern.hasHeader = !random.chance(4);
     addMappings(random, pattern);
+    return pattern;
+}
+
+PlannedPattern stagedPattern(Staged staged) {
+    PlannedPattern pattern;
+    pattern.staged = staged;
+    pattern.columns = {{1}, {0}, {0}};
+    if (staged == Staged::CutBlob) {
+        pattern.columns.insert(pattern.columns.end(), {{8}, {-1}, {-2}});
+        pattern.mappings = {{kCorrectingField, "3"}, {"text", "4"}};
+    } else {
+        // So many columns that looking for it in vain does not end the region.
+        pattern.columns.resize(12, {0});
+        pattern.columns.push_back({-2});
+        pattern.mappings = {{kCorrectingField, "12"}};
+    }
+    return pattern;
+}
+
+PlannedPattern shortPattern() {
+    PlannedPattern pattern;
+    pattern.columns = {{1}, {0}, {0}, {8}};
+    pattern.mappings = {{"flags", "3"}};
     return pattern;
 }
 
@@ -124,6 +148,8 @@ void addMappings(RandomSource& random, PlannedPattern& pattern) {
 }
 
 std::vector<PlannedPattern> makePatterns(RandomSource& random) {
+    if (random.chance(4)) return {stagedPattern(Staged::CutBlob)};
+    if (random.chance(4)) return {stagedPattern(Staged::MoveBack), shortPattern()};
     std::vector<PlannedPattern> patterns;
     const auto count = random.chance(50) ? 1 : random.between(2, 4);
     for (std::int64_t i = 0; i < count; ++i) patterns.push_back(makePattern(random));

@@ -32,10 +32,14 @@ class RecordPlanter {
     Buffer varint(std::uint64_t value);
     Buffer header(const PlannedPattern& pattern, std::vector<std::uint64_t>& types);
     void endWithLongRowId(Buffer& region);
+    void endWithCutBlob(Buffer& region);
+    void stageMoveBack(Buffer& region);
+    static void endWith(Buffer& region, const Buffer& tail);
 
     RandomSource& random_;
     std::vector<PlannedPattern> patterns_;
-    int dashes_ = 0;  ///< per cent
+    int dashes_ = 0;          ///< per cent
+    bool earlyDash_ = false;  ///< first dashes ask for the farthest move towards the front
 };
 
 }  // namespace salvor::reference

@@ -59,7 +59,9 @@ std::uint64_t RecordPlanter::serialType(const std::vector<int>& codes) {
 Buffer RecordPlanter::text(std::int64_t length) {
     constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz 0123456789";
     Buffer bytes;
-    const auto dash = random_.chance(25) ? 10 : random_.between(3, 18);
+    const auto dash = earlyDash_           ? random_.between(4, 5)
+                      : random_.chance(25) ? 10
+                                           : random_.between(3, 18);
     const bool planted = random_.chance(60);
     while (static_cast<std::int64_t>(bytes.size()) < length) {
         const auto at = static_cast<std::int64_t>(bytes.size());
@@ -143,6 +145,43 @@ void RecordPlanter::endWithLongRowId(Buffer& region) {
     Buffer tail = encodeVarint(random_.bits() >> random_.between(0, 8),
                                static_cast<std::size_t>(random_.between(7, 9)));
     for (auto more = random_.below(4); more > 0; --more) tail.push_back(random_.byte());
+    endWith(region, tail);
+}
+
+/// The blob misses the region's end by as much as the text that is read in its place asks the data
+/// start to move back.
+void RecordPlanter::endWithCutBlob(Buffer& region) {
+    const auto missing = random_.between(1, 6);
+    const auto blob = random_.between(20, 40);
+    Buffer tail = encodeVarint(static_cast<std::uint64_t>(random_.between(1, 100)));
+    append(tail, {5, 0, 8});
+    append(tail, encodeVarint(static_cast<std::uint64_t>(12 + blob * 2)));
+    append(tail, encodeVarint(13 + 60 * 2));
+    const auto data = tail.size();
+    tail.resize(data + static_cast<std::size_t>(blob - missing), 'x');
+    tail[data + static_cast<std::size_t>(10 - missing)] = '-';
+    endWith(region, tail);
+}
+
+/// Either the cut text whose correction stays, or the short row, near the region's front.
+void RecordPlanter::stageMoveBack(Buffer& region) {
+    std::fill(region.begin(), region.end(), std::uint8_t{'x'});
+    Buffer row = encodeVarint(static_cast<std::uint64_t>(random_.between(1, 100)));
+    if (random_.chance(50)) {
+        append(row, {12, 0});
+        row.resize(row.size() + 9);
+        append(row, encodeVarint(13 + 60 * 2));
+        const auto dash = static_cast<std::size_t>(random_.between(4, 6));
+        row.resize(row.size() + 20, 'y');
+        row[row.size() - 20 + dash] = '-';
+        endWith(region, row);
+    } else if (region.size() > 20) {
+        append(row, {3, 0, 8});
+        std::copy(row.begin(), row.end(), region.begin() + random_.below(8));
+    }
+}
+
+void RecordPlanter::endWith(Buffer& region, const Buffer& tail) {
     if (tail.size() > region.size()) return;
     std::copy(tail.begin(), tail.end(), region.end() - static_cast<std::ptrdiff_t>(tail.size()));
 }
@@ -151,6 +190,8 @@ Buffer RecordPlanter::fill(std::int64_t length, bool shifted) {
     Buffer region;
     if (shifted) append(region, {0, 0, 0});
     const bool sparse = random_.chance(15);
+    earlyDash_ = random_.chance(15);
+    if (earlyDash_) append(region, record(shifted ? 1 : 0));
     while (static_cast<std::int64_t>(region.size()) < length) {
         if (random_.chance(sparse ? 95 : 40))
             append(region, junk());
@@ -164,6 +205,8 @@ Buffer RecordPlanter::fill(std::int64_t length, bool shifted) {
         std::fill(region.end() - zeros, region.end(), std::uint8_t{0});
     }
     if (random_.chance(12)) endWithLongRowId(region);
+    if (patterns_[0].staged == Staged::CutBlob) endWithCutBlob(region);
+    if (patterns_[0].staged == Staged::MoveBack) stageMoveBack(region);
     return region;
 }
 
