@@ -124,6 +124,7 @@ class ScanState : public RecordContext {
     void updateUIfoundRecoveredData();
     void UpdateMainView(int view);
     void refreshTabButtons();
+    void selectTab(int dataType);
     void showScreen(int screen);
     void warn(const std::string& text);
 
