@@ -22,8 +22,8 @@ void writeText(const DeviceInfo& device, std::ostream& out) {
     add("Display name", device.DisplayName);
     add("Model", device.ProductType);
     add("iOS version", device.ProductVersion);
-    table.add({"Scanned as",
-               fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
+    table.add(
+        {"Scanned as", fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
     add("Serial number", device.SerialNumber);
     add("Identifier", device.UniqueDeviceID);
     add("Phone number", device.PhoneNumber);
@@ -67,11 +67,8 @@ class InfoCommand : public Command {
 
 }  // namespace
 
-std::string encryptionText(const DeviceInfo& device) {
-    if (!device.knownIfEncrypted) return "unknown";
-    return device.isEncrypted ? "yes" : "no";
+std::unique_ptr<Command> makeInfoCommand() {
+    return std::make_unique<InfoCommand>();
 }
-
-std::unique_ptr<Command> makeInfoCommand() { return std::make_unique<InfoCommand>(); }
 
 }  // namespace salvor::cli

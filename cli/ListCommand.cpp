@@ -69,6 +69,8 @@ class ListCommand : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeListCommand() { return std::make_unique<ListCommand>(); }
+std::unique_ptr<Command> makeListCommand() {
+    return std::make_unique<ListCommand>();
+}
 
 }  // namespace salvor::cli
