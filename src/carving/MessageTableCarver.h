@@ -11,6 +11,7 @@
 #include "carving/AbstractSQLiteRecoveryFullSearch.h"
 #include "carving/AbstractSqLiteRecovery.h"
 #include "carving/ColumnAttributes.h"
+#include "carving/DataPosition.h"
 #include "carving/MessagePatterns.h"
 
 namespace salvor {
@@ -69,7 +70,7 @@ class MessageTableCarver : public Engine {
     }
 
     std::int32_t verifyDataPosition(Bytes text) override {
-        return commonDataCorrection(this->_field, text);
+        return standardDataPosition(this->_field, text);
     }
 
   private:
