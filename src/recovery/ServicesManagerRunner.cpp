@@ -9,12 +9,11 @@ namespace {
 
 class ServicesManagerRunner : public ServiceRunner {
   public:
-    explicit ServicesManagerRunner(ScanState& state) : manager_(state) {}
+    explicit ServicesManagerRunner(ScanState& state) : manager_(state, state.deviceInfo) {}
 
     void setDevice(const DeviceInfo& device) override { manager_.setDevice(device); }
     void StartRecoveryofService(int serviceCode, std::stop_token cancelled) override {
-        manager_.setStopToken(serviceCode, std::move(cancelled));
-        manager_.StartRecoveryofService(serviceCode);
+        manager_.StartRecoveryofService(serviceCode, std::move(cancelled));
     }
 
   private:

@@ -8,13 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "recovery/WorkerCodes.h"
-
 namespace salvor {
 namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
+
+constexpr int kMessagesService = 0;
+constexpr int kContactsService = 2;
+constexpr int kCallHistoryService = 3;
 
 /// Services that note what happens to them and do what a test tells them to.
 class FakeServices : public ServiceRunner {
