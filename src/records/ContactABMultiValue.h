@@ -18,13 +18,13 @@ struct ContactABMultiValue : baseRecoveryObject {
     /// Equal in all six fields; an absent text equals nothing.
     bool IsEqual(const ContactABMultiValue& other) const;
 
+    template <class Self = ContactABMultiValue>
     static constexpr auto fields() {
-        using C = ContactABMultiValue;
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("RecordId", &C::RecordId), field("Property", &C::Property),
-                            field("Identifier", &C::Identifier), field("Label", &C::Label),
-                            field("value", &C::value), field("Guid", &C::Guid)));
+            Self::baseRecoveryObject::fields(),
+            std::make_tuple(field("RecordId", &Self::RecordId), field("Property", &Self::Property),
+                            field("Identifier", &Self::Identifier), field("Label", &Self::Label),
+                            field("value", &Self::value), field("Guid", &Self::Guid)));
     }
 };
 

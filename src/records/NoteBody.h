@@ -24,12 +24,12 @@ struct NoteBody : baseRecoveryObject {
     /// A note titled by the start of `body`, which becomes its body.
     static std::shared_ptr<Note> ParseContentToGetNote(const std::shared_ptr<NoteBody>& body);
 
+    template <class Self = NoteBody>
     static constexpr auto fields() {
-        return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("Id", &NoteBody::Id), field("Owner", &NoteBody::Owner),
-                            field("Content", &NoteBody::Content),
-                            field("PlainContent", &NoteBody::PlainContent)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("Id", &Self::Id), field("Owner", &Self::Owner),
+                                              field("Content", &Self::Content),
+                                              field("PlainContent", &Self::PlainContent)));
     }
 };
 
