@@ -135,6 +135,7 @@ class ChatMessageStore : public MessageStore {
         return sinceReference(message.time);
     }
     bool hasGuid(const SampleMessage&) const override { return true; }
+    std::int64_t chatRowId(std::size_t chat) const override { return rowIds_[chat]; }
 
   private:
     void createTables() {

@@ -112,6 +112,8 @@ class GroupMessageStore : public MessageStore {
         return ios_ >= 5 && chats_[message.chat].service == "iMessage";
     }
 
+    std::int64_t chatRowId(std::size_t chat) const override { return groups_[chat]; }
+
   private:
     void addChat(const SampleChat& chat) {
         const std::int64_t group = database_.insert(

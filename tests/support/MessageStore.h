@@ -26,6 +26,8 @@ class MessageStore {
     /// The `date` column of the message, in the unit of this generation.
     virtual std::int64_t storedDate(const SampleMessage& message) const = 0;
     virtual bool hasGuid(const SampleMessage& message) const = 0;
+    /// The row id of the chat or group.
+    virtual std::int64_t chatRowId(std::size_t chat) const = 0;
 };
 
 /// iOS 4 and 5: messages grouped by group_id.

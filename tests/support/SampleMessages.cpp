@@ -117,6 +117,7 @@ class MessageSample {
             row.handle = message.handle;
             row.fromMe = message.fromMe;
             row.how = how_[i];
+            row.values["chatId"] = store_->chatRowId(message.chat);
             (row.how.empty() ? truth.live : truth.deleted).push_back(std::move(row));
         }
     }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <tuple>
+
+#include "carving/SqLiteTableSignatures.h"
+#include "tests/support/SampleBackup.h"
+
+namespace salvor {
+
+/// What became of the deleted rows of one kind of free space.
+struct RecallCount {
+    std::size_t present = 0;  ///< rows of which a copy of the first columns lies in the file
+    std::size_t exact = 0;    ///< listed with exactly their text
+    std::size_t damaged = 0;  ///< listed, but with another text
+    void add(const RecallCount& other);
+};
+
+/// The figures of one database, or of several added up.
+struct RecallFigures {
+    std::size_t deleted = 0;  ///< deleted rows with a text
+    std::size_t gone = 0;     ///< of these, nothing is left in the file
+    std::map<std::string, RecallCount> bySpace;
+    std::size_t rowIdsRight = 0;  ///< of the exact ones
+    std::size_t liveListed = 0;   ///< live rows in the list of deleted ones
+    std::size_t otherListed = 0;  ///< listed, but neither a deleted nor a live row
+    /// Carved link rows by table: right and wrong.
+    std::map<std::string, std::pair<std::size_t, std::size_t>> links;
+    void add(const RecallFigures& other);
+};
+
+/// Runs the carvers of a scan over the messages of a sample and holds them against its truth.
+RecallFigures measureRecall(const SampleBackup& sample,
+                            std::shared_ptr<SqLiteTableSignatures> signatures);
+
+}  // namespace salvor
