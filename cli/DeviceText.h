@@ -3,12 +3,8 @@
 #include <string>
 
 #include "app/state/DeviceInfo.h"
-#include "cli/JsonText.h"
 
 namespace salvor::cli {
-
-/// The device as an object of its fields, absent texts as null.
-Json deviceJson(const DeviceInfo& device);
 
 /// "yes", "no" or "unknown".
 std::string encryptionText(const DeviceInfo& device);

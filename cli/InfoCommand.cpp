@@ -8,6 +8,7 @@
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
+#include "export/ScanReport.h"
 
 namespace salvor::cli {
 namespace {
@@ -53,7 +54,7 @@ class InfoCommand : public Command {
                                       "Manifest.plist",
                                       folder.string()));
         if (given.has("--json"))
-            console.out << jsonText(deviceJson(info.device));
+            console.out << jsonText(ScanReport::device(info.device));
         else
             writeText(info.device, console.out);
         if (!info.complete)

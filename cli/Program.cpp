@@ -101,8 +101,8 @@ int terminalWidth(int fd) {
 }  // namespace
 
 std::span<const std::unique_ptr<Command>> commands() {
-    static const std::array all = {makeInfoCommand(), makeListCommand(), makeIndexCommand(),
-                                   makeCarveCommand(), makeSignaturesCommand()};
+    static const std::array all = {makeScanCommand(),  makeInfoCommand(),  makeListCommand(),
+                                   makeIndexCommand(), makeCarveCommand(), makeSignaturesCommand()};
     return all;
 }
 

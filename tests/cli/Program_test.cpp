@@ -1,10 +1,9 @@
 #include "cli/Program.h"
 
+#include <filesystem>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "tests/cli/CommandLine.h"
 #include "tests/support/Digest.h"
@@ -23,8 +22,8 @@ class ProgramTest : public testing::Test {
     void SetUp() override {
         fs::create_directories(folder_ / "empty");
         fs::create_directories(folder_ / "backup");
-        for (const char* name : {"backup/Info.plist", "backup/Manifest.plist", "backup/Status.plist",
-                                 "file", "garbage.mbdb"})
+        for (const char* name : {"backup/Info.plist", "backup/Manifest.plist",
+                                 "backup/Status.plist", "file", "garbage.mbdb"})
             writeWholeFile(folder_ / name, "\x01\x02 no property list");
         writeWholeFile(folder_ / "header.mbdb", std::string("mbdb\x05\0", 6));
         writeWholeFile(folder_ / "ticked.json", R"({"messages": [1, 2)");

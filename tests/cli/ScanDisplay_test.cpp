@@ -1,10 +1,9 @@
 #include "cli/ScanDisplay.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <future>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sstream>
 
 #include "cli/Interrupts.h"

@@ -63,7 +63,7 @@ Text timestampText(Bytes bytes) {
     const auto seconds =
         CommanFunctions::ParseIntegerValueFromBytes(bytes.size() > 4 ? bytes.first(4) : bytes);
     const auto date = DateUtils::ConvertFromUnixTimeStampToDateTime(static_cast<double>(seconds));
-    return date ? Text(DateUtils::format(*date, DatePattern::Iso8601)) : std::nullopt;
+    return date ? Text(DateUtils::DateTimeToIso8601(*date)) : std::nullopt;
 }
 
 Text valueText(Bytes bytes, CallLogRecord::Type type) {
