@@ -2,7 +2,6 @@
 
 #include <array>
 #include <fstream>
-#include <iterator>
 #include <openssl/evp.h>
 #include <stdexcept>
 
@@ -33,9 +32,13 @@ std::string sampleStoredName(std::string_view domain, std::string_view path) {
 }
 
 std::string readWholeFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
     if (!in) throw std::runtime_error("cannot read " + path.string());
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string bytes(static_cast<std::size_t>(in.tellg()), '\0');
+    in.seekg(0);
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!in) throw std::runtime_error("cannot read " + path.string());
+    return bytes;
 }
 
 void writeWholeFile(const std::filesystem::path& path, std::string_view bytes) {

@@ -27,7 +27,15 @@ constexpr std::size_t kPeople = 9;
 std::string numberOf(SampleRandom& random, std::size_t person) {
     if (person == 3) return "short.letters@example.com";
     if (person == 6) return "48151";
-    return "+1555" + random.digits(7, "0123456789");
+    std::string number = "+1555";
+    number += random.digits(7, "0123456789");
+    return number;
+}
+
+std::string roomOf(SampleRandom& random) {
+    std::string room = "chat";
+    room += random.digits(15, "123456789");
+    return room;
 }
 
 }  // namespace
@@ -41,9 +49,8 @@ SampleConversation::SampleConversation(SampleRandom& random, std::uint32_t pageS
         const bool mail = people[i].find('@') != std::string::npos;
         chats_.push_back({{people[i]}, mail || i % 3 == 0 ? "iMessage" : "SMS", {}});
     }
-    chats_.push_back(
-        {{people[0], people[3], people[4]}, "iMessage", "chat" + random.digits(15, "123456789")});
-    chats_.push_back({{people[1], people[2]}, "SMS", "chat" + random.digits(15, "123456789")});
+    chats_.push_back({{people[0], people[3], people[4]}, "iMessage", roomOf(random)});
+    chats_.push_back({{people[1], people[2]}, "SMS", roomOf(random)});
     chats_.push_back({{people[kPeople - 1]}, "SMS", {}});
 }
 
@@ -62,12 +69,12 @@ std::optional<std::string> SampleConversation::text() {
     if (kind < 4) {  // long enough for one overflow page or two
         std::string text = sentence(20);
         const auto length = pageSize_ + random_.below(pageSize_);
-        while (text.size() < length) text += " " + sentence(20);
+        while (text.size() < length) text.append(1, ' ').append(sentence(20));
         return text;
     }
     std::string text = sentence(
         static_cast<std::size_t>(kind < 60 ? random_.between(1, 8) : random_.between(8, 30)));
-    if (kind % 8 == 0) text += " " + std::string(random_.pick(kEmoji));
+    if (kind % 8 == 0) text.append(1, ' ').append(random_.pick(kEmoji));
     if (kind % 10 == 0) text += "\nhttps://example.com/" + random_.digits(6);
     return text;
 }
