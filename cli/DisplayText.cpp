@@ -1,12 +1,11 @@
 #include "cli/DisplayText.h"
 
-#include <fmt/chrono.h>
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <ctime>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <iterator>
 
 namespace salvor::cli {

@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-
 #include "backup/BackupStore.h"
 #include "backup/ParseMbdb.h"
 #include "cli/Command.h"
@@ -81,6 +80,8 @@ class IndexCommand : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeIndexCommand() { return std::make_unique<IndexCommand>(); }
+std::unique_ptr<Command> makeIndexCommand() {
+    return std::make_unique<IndexCommand>();
+}
 
 }  // namespace salvor::cli

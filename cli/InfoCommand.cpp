@@ -8,6 +8,7 @@
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
+#include "export/ScanReport.h"
 
 namespace salvor::cli {
 namespace {
@@ -22,8 +23,8 @@ void writeText(const DeviceInfo& device, std::ostream& out) {
     add("Display name", device.DisplayName);
     add("Model", device.ProductType);
     add("iOS version", device.ProductVersion);
-    table.add({"Scanned as",
-               fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
+    table.add(
+        {"Scanned as", fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
     add("Serial number", device.SerialNumber);
     add("Identifier", device.UniqueDeviceID);
     add("Phone number", device.PhoneNumber);
@@ -53,7 +54,7 @@ class InfoCommand : public Command {
                                       "Manifest.plist",
                                       folder.string()));
         if (given.has("--json"))
-            console.out << jsonText(deviceJson(info.device));
+            console.out << jsonText(ScanReport::device(info.device));
         else
             writeText(info.device, console.out);
         if (!info.complete)
@@ -67,11 +68,8 @@ class InfoCommand : public Command {
 
 }  // namespace
 
-std::string encryptionText(const DeviceInfo& device) {
-    if (!device.knownIfEncrypted) return "unknown";
-    return device.isEncrypted ? "yes" : "no";
+std::unique_ptr<Command> makeInfoCommand() {
+    return std::make_unique<InfoCommand>();
 }
-
-std::unique_ptr<Command> makeInfoCommand() { return std::make_unique<InfoCommand>(); }
 
 }  // namespace salvor::cli

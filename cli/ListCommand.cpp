@@ -7,6 +7,7 @@
 #include "cli/Failure.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
+#include "export/ScanReport.h"
 
 namespace salvor::cli {
 namespace {
@@ -54,7 +55,7 @@ class ListCommand : public Command {
             auto array = Json::array();
             for (const auto& entry : entries)
                 array.push_back({{"path", entry.path.string()},
-                                 {"device", deviceJson(entry.device)},
+                                 {"device", ScanReport::device(entry.device)},
                                  {"sizeInBytes", entry.sizeInBytes},
                                  {"lastModified", entry.lastModified}});
             console.out << jsonText(array);
@@ -69,6 +70,8 @@ class ListCommand : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeListCommand() { return std::make_unique<ListCommand>(); }
+std::unique_ptr<Command> makeListCommand() {
+    return std::make_unique<ListCommand>();
+}
 
 }  // namespace salvor::cli

@@ -1,10 +1,9 @@
 #include "cli/ScanOptions.h"
 
-#include <fmt/format.h>
-#include <unistd.h>
-
 #include <cerrno>
+#include <fmt/format.h>
 #include <system_error>
+#include <unistd.h>
 
 #include "app/Categories.h"
 #include "backup/BackupStore.h"
@@ -103,9 +102,10 @@ void refuseInsideBackup(const ScanOptions& options, const fs::path& backup) {
         refuseInside("--work", *work, backup);
         refuseInside("--work", *work / "Temp", backup);
         if (liesInside(backup, *work / "Temp"))
-            refuse(ExitStatus::BadArguments,
-                   fmt::format("--work {}: the backup lies inside its \"Temp\", which a scan removes",
-                               work->string()));
+            refuse(
+                ExitStatus::BadArguments,
+                fmt::format("--work {}: the backup lies inside its \"Temp\", which a scan removes",
+                            work->string()));
     }
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <spdlog/common.h>
-
 #include <filesystem>
 #include <optional>
+#include <spdlog/common.h>
 #include <string>
 
 #include "app/ScanJob.h"
 #include "cli/OptionTable.h"
+#include "export/TickedRows.h"
 
 namespace salvor::cli {
 

@@ -48,6 +48,8 @@ class SignaturesCommand : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeSignaturesCommand() { return std::make_unique<SignaturesCommand>(); }
+std::unique_ptr<Command> makeSignaturesCommand() {
+    return std::make_unique<SignaturesCommand>();
+}
 
 }  // namespace salvor::cli

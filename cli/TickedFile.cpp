@@ -1,7 +1,6 @@
 #include "cli/TickedFile.h"
 
 #include <fmt/format.h>
-
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>

@@ -1,8 +1,8 @@
 #include "carving/MessageHandleSQLiteRecovery.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 
+#include "services/database/SqlFormat.h"
 namespace salvor {
 namespace {
 
@@ -39,10 +39,9 @@ void MessageHandleSQLiteRecovery::recordCarved(const std::shared_ptr<MessageHand
 bool MessageHandleSQLiteRecovery::isLive(const MessageHandle& handle) {
     if (database_ == nullptr) return false;
     // The values stand in the statement without quotes: deliberate.
-    const auto sql = fmt::format(
-        "SELECT ROWID, id, country, service FROM handle where id={} and country={} and service={}",
-        handle.Id.value_or("(null)"), handle.Country.value_or("(null)"),
-        handle.Service.value_or("(null)"));
+    const auto sql = formatSql(
+        "SELECT ROWID, id, country, service FROM handle where id=%@ and country=%@ and service=%@",
+        {handle.Id, handle.Country, handle.Service});
     return database_->executeQuery(sql).next();
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "services/database/SqlFormat.h"
+
 namespace salvor {
 
 MessageLiveCheckCarver::MessageLiveCheckCarver(ScanState& state, std::stop_token cancelled,
@@ -29,7 +31,7 @@ void MessageLiveCheckCarver::CheckIfinDB(const std::filesystem::path& path) {
 bool MessageLiveCheckCarver::CheckMessageInDB(const Message& message, FMDBUtils& database) const {
     // The text stands in the statement without quotes: deliberate. The guards of the connection
     // make such a statement harmless.
-    auto sql = "SELECT text, date FROM message where text=" + message.Text.value_or("(null)");
+    auto sql = formatSql("SELECT text, date FROM message where text=%@", {message.Text});
     if (message.OriginalDate > 0) sql += fmt::format(" and date={:f}", message.OriginalDate);
     return database.executeQuery(sql).next();
 }

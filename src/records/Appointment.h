@@ -54,35 +54,30 @@ struct Appointment : baseRecoveryObject {
     /// Equal `Summary`, `StartTimeZone` and `OriginalStartDate`.
     bool IsEqual(const Appointment& other) const;
 
+    template <class Self = Appointment>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("appointmentID", &Appointment::appointmentID),
-                            field("LocationId", &Appointment::LocationId),
-                            field("LocationLatitude", &Appointment::LocationLatitude),
-                            field("LocationLongitude", &Appointment::LocationLongitude),
-                            field("CalendarId", &Appointment::CalendarId),
-                            field("AllDay", &Appointment::AllDay),
-                            field("BirthDayEvent", &Appointment::BirthDayEvent),
-                            field("IsChecked", &Appointment::IsChecked),
-                            field("Summary", &Appointment::Summary),
-                            field("ShortSummary", &Appointment::ShortSummary),
-                            field("Description", &Appointment::Description),
-                            field("ShortDescription", &Appointment::ShortDescription),
-                            field("StartTimeZone", &Appointment::StartTimeZone),
-                            field("LocationTitle", &Appointment::LocationTitle),
-                            field("CalendarName", &Appointment::CalendarName),
-                            field("Url", &Appointment::Url), field("Color", &Appointment::Color),
-                            field("UniqueIdentifier", &Appointment::UniqueIdentifier),
-                            field("OriginalStartDate", &Appointment::OriginalStartDate),
-                            field("Subject", &Appointment::Subject),
-                            field("Details", &Appointment::Details),
-                            field("StartTime", &Appointment::StartTime),
-                            field("EndTime", &Appointment::EndTime),
-                            field("_location", &Appointment::_location),
-                            field("_details", &Appointment::_details),
-                            field("_lastModifiedTime", &Appointment::_lastModifiedTime),
-                            field("_creationDate", &Appointment::_creationDate)));
+            Self::baseRecoveryObject::fields(),
+            std::make_tuple(
+                field("appointmentID", &Self::appointmentID),
+                field("LocationId", &Self::LocationId),
+                field("LocationLatitude", &Self::LocationLatitude),
+                field("LocationLongitude", &Self::LocationLongitude),
+                field("CalendarId", &Self::CalendarId), field("AllDay", &Self::AllDay),
+                field("BirthDayEvent", &Self::BirthDayEvent), field("IsChecked", &Self::IsChecked),
+                field("Summary", &Self::Summary), field("ShortSummary", &Self::ShortSummary),
+                field("Description", &Self::Description),
+                field("ShortDescription", &Self::ShortDescription),
+                field("StartTimeZone", &Self::StartTimeZone),
+                field("LocationTitle", &Self::LocationTitle),
+                field("CalendarName", &Self::CalendarName), field("Url", &Self::Url),
+                field("Color", &Self::Color), field("UniqueIdentifier", &Self::UniqueIdentifier),
+                field("OriginalStartDate", &Self::OriginalStartDate),
+                field("Subject", &Self::Subject), field("Details", &Self::Details),
+                field("StartTime", &Self::StartTime), field("EndTime", &Self::EndTime),
+                field("_location", &Self::_location), field("_details", &Self::_details),
+                field("_lastModifiedTime", &Self::_lastModifiedTime),
+                field("_creationDate", &Self::_creationDate)));
     }
 };
 

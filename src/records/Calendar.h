@@ -27,17 +27,17 @@ struct Calendar {
     std::int32_t isChecked = 0;
     std::optional<RecordOrigin> Origin;
 
+    template <class Self = Calendar>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("UniqueIdentifier", &Calendar::UniqueIdentifier), field("SlNo", &Calendar::SlNo),
-            field("Summary", &Calendar::Summary), field("Location", &Calendar::Location),
-            field("Description", &Calendar::Description), field("StartDate", &Calendar::StartDate),
-            field("Start_TimeZone", &Calendar::Start_TimeZone),
-            field("EndDate", &Calendar::EndDate), field("AllDay", &Calendar::AllDay),
-            field("OrginalDate", &Calendar::OrginalDate), field("Priority", &Calendar::Priority),
-            field("OriginalStartDate", &Calendar::OriginalStartDate),
-            field("OriginalEndDate", &Calendar::OriginalEndDate),
-            field("isChecked", &Calendar::isChecked));
+            field("UniqueIdentifier", &Self::UniqueIdentifier), field("SlNo", &Self::SlNo),
+            field("Summary", &Self::Summary), field("Location", &Self::Location),
+            field("Description", &Self::Description), field("StartDate", &Self::StartDate),
+            field("Start_TimeZone", &Self::Start_TimeZone), field("EndDate", &Self::EndDate),
+            field("AllDay", &Self::AllDay), field("OrginalDate", &Self::OrginalDate),
+            field("Priority", &Self::Priority),
+            field("OriginalStartDate", &Self::OriginalStartDate),
+            field("OriginalEndDate", &Self::OriginalEndDate), field("isChecked", &Self::isChecked));
     }
 };
 

@@ -45,22 +45,20 @@ struct CallHistory : baseRecoveryObject {
     /// Equal `Address` and `Date`.
     bool IsEqual(const CallHistory& other) const;
 
+    template <class Self = CallHistory>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("isChecked", &CallHistory::isChecked),
-                            field("ContactRowId", &CallHistory::ContactRowId),
-                            field("contact", &CallHistory::contact),
-                            field("Address", &CallHistory::Address),
-                            field("Date", &CallHistory::Date),
-                            field("OriginalDate", &CallHistory::OriginalDate),
-                            field("Duration", &CallHistory::Duration),
-                            field("Flags", &CallHistory::Flags), field("Read", &CallHistory::Read),
-                            field("ZFaceTimeData", &CallHistory::ZFaceTimeData),
-                            field("ZOriginated", &CallHistory::ZOriginated),
-                            field("MobileCountryCode", &CallHistory::MobileCountryCode),
-                            field("MobileNetworkCode", &CallHistory::MobileNetworkCode),
-                            field("FaceTimeDataUrl", &CallHistory::FaceTimeDataUrl)));
+            Self::baseRecoveryObject::fields(),
+            std::make_tuple(
+                field("isChecked", &Self::isChecked), field("ContactRowId", &Self::ContactRowId),
+                field("contact", &Self::contact), field("Address", &Self::Address),
+                field("Date", &Self::Date), field("OriginalDate", &Self::OriginalDate),
+                field("Duration", &Self::Duration), field("Flags", &Self::Flags),
+                field("Read", &Self::Read), field("ZFaceTimeData", &Self::ZFaceTimeData),
+                field("ZOriginated", &Self::ZOriginated),
+                field("MobileCountryCode", &Self::MobileCountryCode),
+                field("MobileNetworkCode", &Self::MobileNetworkCode),
+                field("FaceTimeDataUrl", &Self::FaceTimeDataUrl)));
     }
 };
 

@@ -23,14 +23,14 @@ struct CallLog {
     salvor::Text OriginalAddress;
     std::optional<RecordOrigin> Origin;
 
+    template <class Self = CallLog>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("SlNo", &CallLog::SlNo), field("Address", &CallLog::Address),
-            field("LocalTime", &CallLog::LocalTime), field("PhoneNumber", &CallLog::PhoneNumber),
-            field("CallType", &CallLog::CallType), field("ContactName", &CallLog::ContactName),
-            field("CallDuration", &CallLog::CallDuration), field("CallMode", &CallLog::CallMode),
-            field("isChecked", &CallLog::isChecked),
-            field("OriginalAddress", &CallLog::OriginalAddress));
+            field("SlNo", &Self::SlNo), field("Address", &Self::Address),
+            field("LocalTime", &Self::LocalTime), field("PhoneNumber", &Self::PhoneNumber),
+            field("CallType", &Self::CallType), field("ContactName", &Self::ContactName),
+            field("CallDuration", &Self::CallDuration), field("CallMode", &Self::CallMode),
+            field("isChecked", &Self::isChecked), field("OriginalAddress", &Self::OriginalAddress));
     }
 };
 

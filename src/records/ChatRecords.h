@@ -11,10 +11,11 @@ struct MessageChat : baseRecoveryObject {
     salvor::Text ChatIdentifier;
     salvor::Text AccountId;
 
+    template <class Self = MessageChat>
     static constexpr auto fields() {
-        return std::tuple_cat(baseRecoveryObject::fields(),
-                              std::make_tuple(field("ChatIdentifier", &MessageChat::ChatIdentifier),
-                                              field("AccountId", &MessageChat::AccountId)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("ChatIdentifier", &Self::ChatIdentifier),
+                                              field("AccountId", &Self::AccountId)));
     }
 };
 
@@ -22,9 +23,10 @@ struct MessageChat : baseRecoveryObject {
 struct MessageHandle : baseRecoveryObject {
     salvor::Text Id;
 
+    template <class Self = MessageHandle>
     static constexpr auto fields() {
-        return std::tuple_cat(baseRecoveryObject::fields(),
-                              std::make_tuple(field("Id", &MessageHandle::Id)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("Id", &Self::Id)));
     }
 };
 
@@ -32,9 +34,10 @@ struct MessageHandle : baseRecoveryObject {
 struct ChatMessageJoin : baseRecoveryObject {
     std::int32_t SlNo = 0;
 
+    template <class Self = ChatMessageJoin>
     static constexpr auto fields() {
-        return std::tuple_cat(baseRecoveryObject::fields(),
-                              std::make_tuple(field("SlNo", &ChatMessageJoin::SlNo)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("SlNo", &Self::SlNo)));
     }
 };
 
@@ -42,9 +45,10 @@ struct ChatMessageJoin : baseRecoveryObject {
 struct ChatHandleJoin : baseRecoveryObject {
     salvor::Text HandleId;
 
+    template <class Self = ChatHandleJoin>
     static constexpr auto fields() {
-        return std::tuple_cat(baseRecoveryObject::fields(),
-                              std::make_tuple(field("HandleId", &ChatHandleJoin::HandleId)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("HandleId", &Self::HandleId)));
     }
 };
 
@@ -52,9 +56,10 @@ struct ChatHandleJoin : baseRecoveryObject {
 struct MessageGuidRowId : baseRecoveryObject {
     salvor::Text Guid;
 
+    template <class Self = MessageGuidRowId>
     static constexpr auto fields() {
-        return std::tuple_cat(baseRecoveryObject::fields(),
-                              std::make_tuple(field("Guid", &MessageGuidRowId::Guid)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("Guid", &Self::Guid)));
     }
 };
 
@@ -63,11 +68,10 @@ struct MessageChatGuidAndChatIdHandleConnection : baseRecoveryObject {
     salvor::Text Guid;
     salvor::Text Id;
 
+    template <class Self = MessageChatGuidAndChatIdHandleConnection>
     static constexpr auto fields() {
-        return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("Guid", &MessageChatGuidAndChatIdHandleConnection::Guid),
-                            field("Id", &MessageChatGuidAndChatIdHandleConnection::Id)));
+        return std::tuple_cat(Self::baseRecoveryObject::fields(),
+                              std::make_tuple(field("Guid", &Self::Guid), field("Id", &Self::Id)));
     }
 };
 

@@ -12,11 +12,12 @@ struct ContactPhoneNumber {
     salvor::Text GooglePhoneNumber;
     bool IsPhoneNumber = false;
 
+    template <class Self = ContactPhoneNumber>
     static constexpr auto fields() {
-        return std::make_tuple(field("Country", &ContactPhoneNumber::Country),
-                               field("PhoneNumber", &ContactPhoneNumber::PhoneNumber),
-                               field("GooglePhoneNumber", &ContactPhoneNumber::GooglePhoneNumber),
-                               field("IsPhoneNumber", &ContactPhoneNumber::IsPhoneNumber));
+        return std::make_tuple(field("Country", &Self::Country),
+                               field("PhoneNumber", &Self::PhoneNumber),
+                               field("GooglePhoneNumber", &Self::GooglePhoneNumber),
+                               field("IsPhoneNumber", &Self::IsPhoneNumber));
     }
 };
 

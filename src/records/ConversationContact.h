@@ -33,19 +33,16 @@ struct ConversationContact {
     bool ContainsDeletedMessage = false;
     bool NotContainsDeletedMessage = true;
 
+    template <class Self = ConversationContact>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("Names", &ConversationContact::Names),
-            field("PhoneNumbers", &ConversationContact::PhoneNumbers),
-            field("Emails", &ConversationContact::Emails),
-            field("Messages", &ConversationContact::Messages),
-            field("RowIds", &ConversationContact::RowIds),
-            field("HandleRowId", &ConversationContact::HandleRowId),
-            field("GroupId", &ConversationContact::GroupId),
-            field("ChatId", &ConversationContact::ChatId),
-            field("PhoneNumberHandleId", &ConversationContact::PhoneNumberHandleId),
-            field("ContainsDeletedMessage", &ConversationContact::ContainsDeletedMessage),
-            field("NotContainsDeletedMessage", &ConversationContact::NotContainsDeletedMessage));
+            field("Names", &Self::Names), field("PhoneNumbers", &Self::PhoneNumbers),
+            field("Emails", &Self::Emails), field("Messages", &Self::Messages),
+            field("RowIds", &Self::RowIds), field("HandleRowId", &Self::HandleRowId),
+            field("GroupId", &Self::GroupId), field("ChatId", &Self::ChatId),
+            field("PhoneNumberHandleId", &Self::PhoneNumberHandleId),
+            field("ContainsDeletedMessage", &Self::ContainsDeletedMessage),
+            field("NotContainsDeletedMessage", &Self::NotContainsDeletedMessage));
     }
 };
 

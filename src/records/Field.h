@@ -6,7 +6,7 @@ namespace salvor {
 
 /// Name and place of one field of a record. Each record class lists its fields once, in
 /// `static constexpr auto fields()`, and whatever writes records by field name (JSON, tests)
-/// walks that list.
+/// walks that list. The list is a template so that only the files that walk it pay for its tuple.
 template <class Record, class Value>
 struct Field {
     const char* name;

@@ -10,9 +10,9 @@ struct GroupMember {
     salvor::Text Address;
     salvor::Text Country;
 
+    template <class Self = GroupMember>
     static constexpr auto fields() {
-        return std::make_tuple(field("Address", &GroupMember::Address),
-                               field("Country", &GroupMember::Country));
+        return std::make_tuple(field("Address", &Self::Address), field("Country", &Self::Country));
     }
 };
 

@@ -16,11 +16,12 @@ struct Chat {
     salvor::Text date;
     salvor::Text text;
 
+    template <class Self = Chat>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("RowId", &Chat::RowId), field("chat_identifier", &Chat::chat_identifier),
-            field("servicType", &Chat::servicType), field("is_from_me", &Chat::is_from_me),
-            field("date", &Chat::date), field("text", &Chat::text));
+            field("RowId", &Self::RowId), field("chat_identifier", &Self::chat_identifier),
+            field("servicType", &Self::servicType), field("is_from_me", &Self::is_from_me),
+            field("date", &Self::date), field("text", &Self::text));
     }
 };
 
@@ -33,13 +34,12 @@ struct InternetHistory {
     std::int32_t VisitCount = 0;
     std::int32_t isChecked = 0;
 
+    template <class Self = InternetHistory>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &InternetHistory::SlNo),
-                               field("Url", &InternetHistory::Url),
-                               field("LastVisitedDate", &InternetHistory::LastVisitedDate),
-                               field("Title", &InternetHistory::Title),
-                               field("VisitCount", &InternetHistory::VisitCount),
-                               field("isChecked", &InternetHistory::isChecked));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("Url", &Self::Url),
+                               field("LastVisitedDate", &Self::LastVisitedDate),
+                               field("Title", &Self::Title), field("VisitCount", &Self::VisitCount),
+                               field("isChecked", &Self::isChecked));
     }
 };
 
@@ -52,10 +52,11 @@ struct Cookies {
     salvor::Text Path;
     salvor::Text Value;
 
+    template <class Self = Cookies>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &Cookies::SlNo), field("Domain", &Cookies::Domain),
-                               field("HttpOnly", &Cookies::HttpOnly), field("Name", &Cookies::Name),
-                               field("Path", &Cookies::Path), field("Value", &Cookies::Value));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("Domain", &Self::Domain),
+                               field("HttpOnly", &Self::HttpOnly), field("Name", &Self::Name),
+                               field("Path", &Self::Path), field("Value", &Self::Value));
     }
 };
 
@@ -67,11 +68,12 @@ struct MapHistory {
     salvor::Text Latitude;
     salvor::Text Longitude;
 
+    template <class Self = MapHistory>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &MapHistory::SlNo), field("Query", &MapHistory::Query),
-                               field("Location", &MapHistory::Location),
-                               field("Latitude", &MapHistory::Latitude),
-                               field("Longitude", &MapHistory::Longitude));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("Query", &Self::Query),
+                               field("Location", &Self::Location),
+                               field("Latitude", &Self::Latitude),
+                               field("Longitude", &Self::Longitude));
     }
 };
 
@@ -83,11 +85,12 @@ struct Skype {
     salvor::Text time;
     salvor::Text body;
 
+    template <class Self = Skype>
     static constexpr auto fields() {
-        return std::make_tuple(field("skypeID", &Skype::skypeID),
-                               field("skypeName", &Skype::skypeName),
-                               field("displayName", &Skype::displayName),
-                               field("time", &Skype::time), field("body", &Skype::body));
+        return std::make_tuple(field("skypeID", &Self::skypeID),
+                               field("skypeName", &Self::skypeName),
+                               field("displayName", &Self::displayName), field("time", &Self::time),
+                               field("body", &Self::body));
     }
 };
 
@@ -99,11 +102,12 @@ struct Account {
     salvor::Text ClassName;
     salvor::Text Hostname;
 
+    template <class Self = Account>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &Account::SlNo), field("Username", &Account::Username),
-                               field("PortNumber", &Account::PortNumber),
-                               field("ClassName", &Account::ClassName),
-                               field("Hostname", &Account::Hostname));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("Username", &Self::Username),
+                               field("PortNumber", &Self::PortNumber),
+                               field("ClassName", &Self::ClassName),
+                               field("Hostname", &Self::Hostname));
     }
 };
 
@@ -114,9 +118,10 @@ struct KeyChain {
     salvor::Text srvr;
     salvor::Text ptcl;
 
+    template <class Self = KeyChain>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &KeyChain::SlNo), field("acct", &KeyChain::acct),
-                               field("srvr", &KeyChain::srvr), field("ptcl", &KeyChain::ptcl));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("acct", &Self::acct),
+                               field("srvr", &Self::srvr), field("ptcl", &Self::ptcl));
     }
 };
 
@@ -127,11 +132,12 @@ struct Application {
     salvor::Text BundleIdentifer;
     salvor::Text BundleVersion;
 
+    template <class Self = Application>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &Application::SlNo),
-                               field("ApplicationName", &Application::ApplicationName),
-                               field("BundleIdentifer", &Application::BundleIdentifer),
-                               field("BundleVersion", &Application::BundleVersion));
+        return std::make_tuple(field("SlNo", &Self::SlNo),
+                               field("ApplicationName", &Self::ApplicationName),
+                               field("BundleIdentifer", &Self::BundleIdentifer),
+                               field("BundleVersion", &Self::BundleVersion));
     }
 };
 
@@ -141,9 +147,10 @@ struct Music {
     salvor::Text FileName;
     salvor::Text FileID;
 
+    template <class Self = Music>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &Music::SlNo), field("FileName", &Music::FileName),
-                               field("FileID", &Music::FileID));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("FileName", &Self::FileName),
+                               field("FileID", &Self::FileID));
     }
 };
 
@@ -152,9 +159,9 @@ struct UserDict {
     std::int32_t SlNo = 0;
     salvor::Text UserKey;
 
+    template <class Self = UserDict>
     static constexpr auto fields() {
-        return std::make_tuple(field("SlNo", &UserDict::SlNo),
-                               field("UserKey", &UserDict::UserKey));
+        return std::make_tuple(field("SlNo", &Self::SlNo), field("UserKey", &Self::UserKey));
     }
 };
 
@@ -164,9 +171,10 @@ struct Photo {
     salvor::Text Location;
     std::int32_t isChecked = 1;
 
+    template <class Self = Photo>
     static constexpr auto fields() {
-        return std::make_tuple(field("Name", &Photo::Name), field("Location", &Photo::Location),
-                               field("isChecked", &Photo::isChecked));
+        return std::make_tuple(field("Name", &Self::Name), field("Location", &Self::Location),
+                               field("isChecked", &Self::isChecked));
     }
 };
 
@@ -177,9 +185,10 @@ struct Video {
     salvor::Text Image;
     std::int32_t isChecked = 1;
 
+    template <class Self = Video>
     static constexpr auto fields() {
-        return std::make_tuple(field("Name", &Video::Name), field("Location", &Video::Location),
-                               field("isChecked", &Video::isChecked));
+        return std::make_tuple(field("Name", &Self::Name), field("Location", &Self::Location),
+                               field("isChecked", &Self::isChecked));
     }
 };
 

@@ -42,27 +42,27 @@ struct Message : baseRecoveryObject {
     /// N counting through the whole run.
     std::shared_ptr<SMS> generateSMSObject(RecordContext& context) const;
 
+    template <class Self = Message>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
+            Self::baseRecoveryObject::fields(),
             std::make_tuple(
-                field("IsActivated", &Message::IsActivated),
-                field("IsVisible", &Message::IsVisible),
-                field("HasAttachment", &Message::HasAttachment),
-                field("IsSelected", &Message::IsSelected),
-                field("ConversationContact", &Message::ConversationContact),
-                field("MessageAttachment", &Message::MessageAttachment),
-                field("ContactFullName", &Message::ContactFullName),
-                field("ContactPhone", &Message::ContactPhone),
-                field("ContactEmail", &Message::ContactEmail), field("Address", &Message::Address),
-                field("AccountGuid", &Message::AccountGuid), field("Guid", &Message::Guid),
-                field("OriginalDate", &Message::OriginalDate),
-                field("OriginalDateRead", &Message::OriginalDateRead),
-                field("OriginalDataDelivered", &Message::OriginalDataDelivered),
-                field("Date", &Message::Date), field("DateRead", &Message::DateRead),
-                field("DateDelivered", &Message::DateDelivered), field("Id", &Message::Id),
-                field("IsFromMe", &Message::IsFromMe), field("HandleId", &Message::HandleId),
-                field("Flags", &Message::Flags)));
+                field("IsActivated", &Self::IsActivated), field("IsVisible", &Self::IsVisible),
+                field("HasAttachment", &Self::HasAttachment),
+                field("IsSelected", &Self::IsSelected),
+                field("ConversationContact", &Self::ConversationContact),
+                field("MessageAttachment", &Self::MessageAttachment),
+                field("ContactFullName", &Self::ContactFullName),
+                field("ContactPhone", &Self::ContactPhone),
+                field("ContactEmail", &Self::ContactEmail), field("Address", &Self::Address),
+                field("AccountGuid", &Self::AccountGuid), field("Guid", &Self::Guid),
+                field("OriginalDate", &Self::OriginalDate),
+                field("OriginalDateRead", &Self::OriginalDateRead),
+                field("OriginalDataDelivered", &Self::OriginalDataDelivered),
+                field("Date", &Self::Date), field("DateRead", &Self::DateRead),
+                field("DateDelivered", &Self::DateDelivered), field("Id", &Self::Id),
+                field("IsFromMe", &Self::IsFromMe), field("HandleId", &Self::HandleId),
+                field("Flags", &Self::Flags)));
     }
 };
 

@@ -13,13 +13,13 @@ struct MessageAttachment {
     salvor::Text Transfername;
     salvor::Text Created;
 
+    template <class Self = MessageAttachment>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("BackupThumbnailFilenamePath", &MessageAttachment::BackupThumbnailFilenamePath),
-            field("BackupFilenamePath", &MessageAttachment::BackupFilenamePath),
-            field("Filename", &MessageAttachment::Filename),
-            field("Transfername", &MessageAttachment::Transfername),
-            field("Created", &MessageAttachment::Created));
+            field("BackupThumbnailFilenamePath", &Self::BackupThumbnailFilenamePath),
+            field("BackupFilenamePath", &Self::BackupFilenamePath),
+            field("Filename", &Self::Filename), field("Transfername", &Self::Transfername),
+            field("Created", &Self::Created));
     }
 };
 

@@ -22,18 +22,19 @@ struct Note : baseRecoveryObject {
     std::shared_ptr<NoteBody> noteBody;
     std::int64_t noteBodyId = 0;
 
+    template <class Self = Note>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
-            std::make_tuple(field("SlNo", &Note::SlNo), field("CreatedDate", &Note::CreatedDate),
-                            field("ModificationDate", &Note::ModificationDate),
-                            field("OriginalCreationDate", &Note::OriginalCreationDate),
-                            field("OriginalModificationDate", &Note::OriginalModificationDate),
-                            field("Title", &Note::Title), field("SortTitle", &Note::SortTitle),
-                            field("Summary", &Note::Summary), field("GUID", &Note::GUID),
-                            field("isChecked", &Note::isChecked),
-                            field("noteBody", &Note::noteBody),
-                            field("noteBodyId", &Note::noteBodyId)));
+            Self::baseRecoveryObject::fields(),
+            std::make_tuple(field("SlNo", &Self::SlNo), field("CreatedDate", &Self::CreatedDate),
+                            field("ModificationDate", &Self::ModificationDate),
+                            field("OriginalCreationDate", &Self::OriginalCreationDate),
+                            field("OriginalModificationDate", &Self::OriginalModificationDate),
+                            field("Title", &Self::Title), field("SortTitle", &Self::SortTitle),
+                            field("Summary", &Self::Summary), field("GUID", &Self::GUID),
+                            field("isChecked", &Self::isChecked),
+                            field("noteBody", &Self::noteBody),
+                            field("noteBodyId", &Self::noteBodyId)));
     }
 };
 

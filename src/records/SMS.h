@@ -28,13 +28,15 @@ struct SMS {
     /// Equal GUIDs; an absent GUID equals nothing.
     bool isRoughlyEqual(const SMS& other) const;
 
+    template <class Self = SMS>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("SlNo", &SMS::SlNo), field("RowID", &SMS::RowID), field("RowId", &SMS::RowId),
-            field("handleID", &SMS::handleID), field("Address", &SMS::Address),
-            field("LocalTime", &SMS::LocalTime), field("Message", &SMS::Message),
-            field("Type", &SMS::Type), field("service", &SMS::service), field("GUID", &SMS::GUID),
-            field("isChecked", &SMS::isChecked), field("isRecovered", &SMS::isRecovered));
+            field("SlNo", &Self::SlNo), field("RowID", &Self::RowID), field("RowId", &Self::RowId),
+            field("handleID", &Self::handleID), field("Address", &Self::Address),
+            field("LocalTime", &Self::LocalTime), field("Message", &Self::Message),
+            field("Type", &Self::Type), field("service", &Self::service),
+            field("GUID", &Self::GUID), field("isChecked", &Self::isChecked),
+            field("isRecovered", &Self::isRecovered));
     }
 };
 

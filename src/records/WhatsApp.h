@@ -25,13 +25,14 @@ struct WhatsApp {
     /// Equal `MessageDate`, `FromMsgID`, `ToMsgID` and `zText`, absent and empty being the same.
     bool isRoughlyEqual(const WhatsApp& other) const;
 
+    template <class Self = WhatsApp>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("MessageDate", &WhatsApp::MessageDate), field("FromMsgID", &WhatsApp::FromMsgID),
-            field("ToMsgID", &WhatsApp::ToMsgID), field("zText", &WhatsApp::zText),
-            field("ContactName", &WhatsApp::ContactName), field("PhoneNo", &WhatsApp::PhoneNo),
-            field("isSent", &WhatsApp::isSent), field("ishavingName", &WhatsApp::ishavingName),
-            field("isChecked", &WhatsApp::isChecked));
+            field("MessageDate", &Self::MessageDate), field("FromMsgID", &Self::FromMsgID),
+            field("ToMsgID", &Self::ToMsgID), field("zText", &Self::zText),
+            field("ContactName", &Self::ContactName), field("PhoneNo", &Self::PhoneNo),
+            field("isSent", &Self::isSent), field("ishavingName", &Self::ishavingName),
+            field("isChecked", &Self::isChecked));
     }
 };
 

@@ -19,16 +19,15 @@ struct WhatsAppContact {
     salvor::Text ZContactProfileBitmapImage;
     List<WhatsAppMessage> ObservableCollection;
 
+    template <class Self = WhatsAppContact>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("Recovered", &WhatsAppContact::Recovered),
-            field("ContainsDeletedMessage", &WhatsAppContact::ContainsDeletedMessage),
-            field("isChecked", &WhatsAppContact::isChecked),
-            field("ZContactJID", &WhatsAppContact::ZContactJID),
-            field("Phone", &WhatsAppContact::Phone),
-            field("ZPartnerName", &WhatsAppContact::ZPartnerName),
-            field("ZContactProfileBitmapImage", &WhatsAppContact::ZContactProfileBitmapImage),
-            field("ObservableCollection", &WhatsAppContact::ObservableCollection));
+            field("Recovered", &Self::Recovered),
+            field("ContainsDeletedMessage", &Self::ContainsDeletedMessage),
+            field("isChecked", &Self::isChecked), field("ZContactJID", &Self::ZContactJID),
+            field("Phone", &Self::Phone), field("ZPartnerName", &Self::ZPartnerName),
+            field("ZContactProfileBitmapImage", &Self::ZContactProfileBitmapImage),
+            field("ObservableCollection", &Self::ObservableCollection));
     }
 };
 

@@ -41,25 +41,20 @@ struct WhatsAppMessage : baseRecoveryObject {
     std::string GetZMessageNumberOrEmpty() const;
     bool IsEqual(const WhatsAppMessage& other) const;
 
+    template <class Self = WhatsAppMessage>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseRecoveryObject::fields(),
+            Self::baseRecoveryObject::fields(),
             std::make_tuple(
-                field("IsActivated", &WhatsAppMessage::IsActivated),
-                field("IsVisible", &WhatsAppMessage::IsVisible),
-                field("IsFromMe", &WhatsAppMessage::IsFromMe),
-                field("isChecked", &WhatsAppMessage::isChecked),
-                field("ZPrimaryKey", &WhatsAppMessage::ZPrimaryKey),
-                field("whatsAppContact", &WhatsAppMessage::whatsAppContact),
-                field("whatsAppMessageAttachment", &WhatsAppMessage::whatsAppMessageAttachment),
-                field("ZText", &WhatsAppMessage::ZText),
-                field("_zmesssageDate", &WhatsAppMessage::_zmesssageDate),
-                field("ZFromJid", &WhatsAppMessage::ZFromJid),
-                field("ZPushName", &WhatsAppMessage::ZPushName),
-                field("ZToJid", &WhatsAppMessage::ZToJid),
-                field("ZStandZAid", &WhatsAppMessage::ZStandZAid),
-                field("Date", &WhatsAppMessage::Date),
-                field("OriginalDate", &WhatsAppMessage::OriginalDate)));
+                field("IsActivated", &Self::IsActivated), field("IsVisible", &Self::IsVisible),
+                field("IsFromMe", &Self::IsFromMe), field("isChecked", &Self::isChecked),
+                field("ZPrimaryKey", &Self::ZPrimaryKey),
+                field("whatsAppContact", &Self::whatsAppContact),
+                field("whatsAppMessageAttachment", &Self::whatsAppMessageAttachment),
+                field("ZText", &Self::ZText), field("_zmesssageDate", &Self::_zmesssageDate),
+                field("ZFromJid", &Self::ZFromJid), field("ZPushName", &Self::ZPushName),
+                field("ZToJid", &Self::ZToJid), field("ZStandZAid", &Self::ZStandZAid),
+                field("Date", &Self::Date), field("OriginalDate", &Self::OriginalDate)));
     }
 };
 

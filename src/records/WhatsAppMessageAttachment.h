@@ -17,16 +17,14 @@ struct WhatsAppMessageAttachment {
     std::int64_t ZFileSize = 0;
     std::int64_t ZMovieDuration = 0;
 
+    template <class Self = WhatsAppMessageAttachment>
     static constexpr auto fields() {
         return std::make_tuple(
-            field("Recovered", &WhatsAppMessageAttachment::Recovered),
-            field("ZMediaLocalPath", &WhatsAppMessageAttachment::ZMediaLocalPath),
-            field("OriginalZMediaLocalPath", &WhatsAppMessageAttachment::OriginalZMediaLocalPath),
-            field("ZThumbnailLocalPath", &WhatsAppMessageAttachment::ZThumbnailLocalPath),
-            field("OriginalZThumbnailLocalPath",
-                  &WhatsAppMessageAttachment::OriginalZThumbnailLocalPath),
-            field("ZFileSize", &WhatsAppMessageAttachment::ZFileSize),
-            field("ZMovieDuration", &WhatsAppMessageAttachment::ZMovieDuration));
+            field("Recovered", &Self::Recovered), field("ZMediaLocalPath", &Self::ZMediaLocalPath),
+            field("OriginalZMediaLocalPath", &Self::OriginalZMediaLocalPath),
+            field("ZThumbnailLocalPath", &Self::ZThumbnailLocalPath),
+            field("OriginalZThumbnailLocalPath", &Self::OriginalZThumbnailLocalPath),
+            field("ZFileSize", &Self::ZFileSize), field("ZMovieDuration", &Self::ZMovieDuration));
     }
 };
 

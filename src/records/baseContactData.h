@@ -12,9 +12,10 @@ struct baseContactData {
     std::int64_t identifier = 0;
     salvor::Text Label;
 
+    template <class Self = baseContactData>
     static constexpr auto fields() {
-        return std::make_tuple(field("identifier", &baseContactData::identifier),
-                               field("Label", &baseContactData::Label));
+        return std::make_tuple(field("identifier", &Self::identifier),
+                               field("Label", &Self::Label));
     }
 };
 
@@ -22,9 +23,10 @@ struct baseContactData {
 struct ContactNumber : baseContactData {
     salvor::Text Number;
 
+    template <class Self = ContactNumber>
     static constexpr auto fields() {
-        return std::tuple_cat(baseContactData::fields(),
-                              std::make_tuple(field("Number", &ContactNumber::Number)));
+        return std::tuple_cat(Self::baseContactData::fields(),
+                              std::make_tuple(field("Number", &Self::Number)));
     }
 };
 
@@ -32,9 +34,10 @@ struct ContactNumber : baseContactData {
 struct ContactEmailAddress : baseContactData {
     salvor::Text Email;
 
+    template <class Self = ContactEmailAddress>
     static constexpr auto fields() {
-        return std::tuple_cat(baseContactData::fields(),
-                              std::make_tuple(field("Email", &ContactEmailAddress::Email)));
+        return std::tuple_cat(Self::baseContactData::fields(),
+                              std::make_tuple(field("Email", &Self::Email)));
     }
 };
 
@@ -42,9 +45,10 @@ struct ContactEmailAddress : baseContactData {
 struct ContactHomePage : baseContactData {
     salvor::Text HomePageUrl;
 
+    template <class Self = ContactHomePage>
     static constexpr auto fields() {
-        return std::tuple_cat(baseContactData::fields(),
-                              std::make_tuple(field("HomePageUrl", &ContactHomePage::HomePageUrl)));
+        return std::tuple_cat(Self::baseContactData::fields(),
+                              std::make_tuple(field("HomePageUrl", &Self::HomePageUrl)));
     }
 };
 
@@ -61,19 +65,17 @@ struct ContactAddress : baseContactData {
     salvor::Text ImFullName;
     salvor::Text ImProfileUrl;
 
+    template <class Self = ContactAddress>
     static constexpr auto fields() {
         return std::tuple_cat(
-            baseContactData::fields(),
-            std::make_tuple(field("Country", &ContactAddress::Country),
-                            field("Street", &ContactAddress::Street),
-                            field("Postcode", &ContactAddress::Postcode),
-                            field("City", &ContactAddress::City),
-                            field("CountryShort", &ContactAddress::CountryShort),
-                            field("StateOrCounty", &ContactAddress::StateOrCounty),
-                            field("ImUsername", &ContactAddress::ImUsername),
-                            field("ImType", &ContactAddress::ImType),
-                            field("ImFullName", &ContactAddress::ImFullName),
-                            field("ImProfileUrl", &ContactAddress::ImProfileUrl)));
+            Self::baseContactData::fields(),
+            std::make_tuple(field("Country", &Self::Country), field("Street", &Self::Street),
+                            field("Postcode", &Self::Postcode), field("City", &Self::City),
+                            field("CountryShort", &Self::CountryShort),
+                            field("StateOrCounty", &Self::StateOrCounty),
+                            field("ImUsername", &Self::ImUsername), field("ImType", &Self::ImType),
+                            field("ImFullName", &Self::ImFullName),
+                            field("ImProfileUrl", &Self::ImProfileUrl)));
     }
 };
 

@@ -33,17 +33,14 @@ struct baseRecoveryObject {
     /// The negation of `isRecovered`, not of `Recovered`: deliberate.
     bool NotRecovered() const { return !isRecovered; }
 
+    template <class Self = baseRecoveryObject>
     static constexpr auto fields() {
-        return std::make_tuple(field("Recovered", &baseRecoveryObject::Recovered),
-                               field("isRecovered", &baseRecoveryObject::isRecovered),
-                               field("RowId", &baseRecoveryObject::RowId),
-                               field("ChatId", &baseRecoveryObject::ChatId),
-                               field("MessageId", &baseRecoveryObject::MessageId),
-                               field("Text", &baseRecoveryObject::Text),
-                               field("Country", &baseRecoveryObject::Country),
-                               field("Service", &baseRecoveryObject::Service),
-                               field("Account", &baseRecoveryObject::Account),
-                               field("Value", &baseRecoveryObject::Value));
+        return std::make_tuple(field("Recovered", &Self::Recovered),
+                               field("isRecovered", &Self::isRecovered),
+                               field("RowId", &Self::RowId), field("ChatId", &Self::ChatId),
+                               field("MessageId", &Self::MessageId), field("Text", &Self::Text),
+                               field("Country", &Self::Country), field("Service", &Self::Service),
+                               field("Account", &Self::Account), field("Value", &Self::Value));
     }
 };
 

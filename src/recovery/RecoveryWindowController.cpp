@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <exception>
 
-#include "recovery/WorkerCodes.h"
-
 namespace salvor {
 
 using Controller = RecoveryWindowController;
@@ -81,7 +79,7 @@ void Controller::presetFlags(const Worker& worker) {
         if (&other != &worker) (this->*other.finished).set();
     }
     // Deliberate: notes alone sets the call-history flag twice.
-    if (worker.dataType == kNotesDataType) callHistoryFinished.set();
+    if (worker.finished == &Controller::notesFinished) callHistoryFinished.set();
 }
 
 void Controller::checkForRecovery() const {
@@ -111,37 +109,38 @@ void Controller::cancelScan() {
     for (auto& thread : threads_) thread.request_stop();
 }
 
-void Controller::runService(int serviceCode, std::stop_token cancelled) {
+void Controller::runService(ServiceIndex index, std::stop_token cancelled) {
+    const int code = static_cast<int>(index);
     try {
-        services_->StartRecoveryofService(serviceCode, std::move(cancelled));
+        services_->StartRecoveryofService(code, std::move(cancelled));
     } catch (const std::exception& failure) {
         // The scan ends through the finished flags whatever happens to a service.
-        state_->warn("recovery service " + std::to_string(serviceCode) +
+        state_->warn("recovery service " + std::to_string(code) +
                      " ended early: " + failure.what());
     }
 }
 
 void Controller::contactsStart(std::stop_token cancelled) {
     contactsFinished.clear();
-    runService(kContactsService, std::move(cancelled));
+    runService(ServiceIndex::Contacts, std::move(cancelled));
     contactsFinished.set();
 }
 
 void Controller::notesStart(std::stop_token cancelled) {
     notesFinished.clear();
-    runService(kNotesService, std::move(cancelled));
+    runService(ServiceIndex::Notes, std::move(cancelled));
     notesFinished.set();
 }
 
 void Controller::whatsAppStart(std::stop_token cancelled) {
     whatsAppFinished.clear();
-    runService(kWhatsAppService, std::move(cancelled));
+    runService(ServiceIndex::WhatsApp, std::move(cancelled));
     whatsAppFinished.set();
 }
 
 void Controller::calendarStart(std::stop_token cancelled) {
     calendarFinished.clear();
-    runService(kCalendarService, std::move(cancelled));
+    runService(ServiceIndex::Calendars, std::move(cancelled));
     calendarFinished.set();
 }
 
@@ -150,21 +149,21 @@ void Controller::calendarStart(std::stop_token cancelled) {
 void Controller::callHistoryStart(std::stop_token cancelled) {
     contactsFinished.wait();
     callHistoryFinished.clear();
-    runService(kCallHistoryService, std::move(cancelled));
+    runService(ServiceIndex::CallHistory, std::move(cancelled));
     callHistoryFinished.set();
 }
 
 void Controller::messagesStart(std::stop_token cancelled) {
     messagesFinished.clear();
     contactsFinished.wait();
-    runService(kMessagesService, std::move(cancelled));
+    runService(ServiceIndex::Messages, std::move(cancelled));
     messagesFinished.set();
 }
 
 void Controller::dcmiStart(std::stop_token cancelled) {
     dcmiFinished.clear();
     state_->updateStatus(3, "Recovering Photos & Videos...");
-    runService(kCameraRollService, std::move(cancelled));
+    runService(ServiceIndex::CameraRoll, std::move(cancelled));
     state_->UpdateMainView(1);
     dcmiFinished.set();
 }
@@ -172,7 +171,7 @@ void Controller::dcmiStart(std::stop_token cancelled) {
 void Controller::internetHistoryStart(std::stop_token cancelled) {
     internetFinished.clear();
     state_->updateStatus(3, "Recovering Internet History");
-    runService(kInternetHistoryService, std::move(cancelled));
+    runService(ServiceIndex::InternetHistory, std::move(cancelled));
     state_->UpdateMainView(1);
     state_->refreshTabButtons();
     internetFinished.set();

@@ -9,6 +9,7 @@
 #include "app/state/ScanState.h"
 #include "recovery/FinishedFlag.h"
 #include "recovery/ServiceRunner.h"
+#include "services/ServiceMakers.h"
 
 namespace salvor {
 
@@ -62,7 +63,7 @@ class RecoveryWindowController {
     void calendarStart(std::stop_token cancelled);
     void messagesStart(std::stop_token cancelled);
     void internetHistoryStart(std::stop_token cancelled);
-    void runService(int serviceCode, std::stop_token cancelled);
+    void runService(ServiceIndex index, std::stop_token cancelled);
 
     std::int32_t DataType_ = 0;
     ScanState* state_ = nullptr;         ///< of the scan that runs

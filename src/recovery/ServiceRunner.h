@@ -13,7 +13,7 @@ class ServiceRunner {
     virtual ~ServiceRunner() = default;
     /// The device whose databases the services read from now on. Called before any service runs.
     virtual void setDevice(const DeviceInfo& device) = 0;
-    /// Runs the service with this code (0 to 7; any other does nothing) on the calling thread and
+    /// Runs the service with this `ServiceIndex` on the calling thread and
     /// ends it early, with what it has found, once `cancelled` is requested.
     virtual void StartRecoveryofService(int serviceCode, std::stop_token cancelled) = 0;
 };

@@ -1,7 +1,6 @@
 #include "services/MessageServices.h"
 
-#include <fmt/format.h>
-
+#include "services/database/SqlFormat.h"
 #include "services/messageServicesIOS7_8.h"
 #include "util/iPhoneNumberUtils.h"
 
@@ -52,10 +51,10 @@ List<MessageHandle> MessageServices::GetMesssageHandlesFromMessageChatInDB(
     const MessageChat& chat) {
     List<MessageHandle> handles;
     if (dbUtils_ == nullptr) return handles;
-    auto rows = dbUtils_->executeQuery(fmt::format(
+    auto rows = dbUtils_->executeQuery(formatSql(
         "SELECT h.ROWID, h.id, h.country, h.service from chat_handle_join chathandlejoin inner "
-        "join handle h on h.ROWID = chathandlejoin.handle_id where chathandlejoin.chat_id = {}",
-        chat.RowId));
+        "join handle h on h.ROWID = chathandlejoin.handle_id where chathandlejoin.chat_id = %lld",
+        {chat.RowId}));
     while (rows.next()) {
         auto handle = std::make_shared<MessageHandle>();
         handle->RowId = rows.longLongIntForColumn("ROWID");
@@ -79,12 +78,12 @@ void MessageServices::LoadConversationMessages(
     const std::shared_ptr<ConversationContact>& conversation, const DeviceInfo& device) {
     if (dbUtils_ == nullptr) connect(device);
     if (dbUtils_->sharedDB() == nullptr && !dbUtils_->openDatabase()) return;
-    auto rows = dbUtils_->executeQuery(fmt::format(
+    auto rows = dbUtils_->executeQuery(formatSql(
         "SELECT message.ROWID AS MSG_ROW_ID, message.address AS MSG_ADDRESS, message.text, "
         "message.flags, message.group_id, message.country AS MSG_COUNTRY, "
         "DATETIME(message.[date], 'unixepoch', 'localtime') AS DATETIME_MSGDATE FROM message "
-        "where message.group_id={} order by message.[date] desc, message.ROWID",
-        conversation->GroupId));
+        "where message.group_id=%ld order by message.[date] desc, message.ROWID",
+        {conversation->GroupId}));
     while (rows.next()) {
         auto message = std::make_shared<Message>();
         message->RowId = rows.longLongIntForColumn("MSG_ROW_ID");

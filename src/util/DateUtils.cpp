@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
 #include <fmt/format.h>
 #include <mutex>
@@ -218,6 +219,19 @@ std::string DateUtils::DateTimeToShortStringForExportToServer(Date date) {
 
 std::string DateUtils::DateTimeToStringDayMonth(Date date) {
     return format(date, DatePattern::DayMonth);
+}
+
+std::string DateUtils::DateTimeToIso8601(Date date) {
+    std::string text = DateTimeToString(date);
+    if (text.empty()) return text;
+    text[text.find(' ')] = 'T';
+    const auto unixSeconds =
+        static_cast<std::time_t>(std::floor(date.secondsSinceReference + unixToReference));
+    std::tm parts{};
+    ::localtime_r(&unixSeconds, &parts);
+    const long minutes = parts.tm_gmtoff / 60;
+    return text + fmt::format("{}{:02}{:02}", minutes < 0 ? '-' : '+', std::abs(minutes) / 60,
+                              std::abs(minutes) % 60);
 }
 
 std::optional<Date> DateUtils::StringToDateTime(std::string_view text) {

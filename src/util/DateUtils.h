@@ -32,6 +32,8 @@ struct DateUtils {
     static std::string DateTimeToStringWithOffset(Date date);
     static std::string DateTimeToShortStringForExportToServer(Date date);
     static std::string DateTimeToStringDayMonth(Date date);
+    /// "yyyy-MM-dd'T'HH:mm:ssZ", the zone as in "+0100".
+    static std::string DateTimeToIso8601(Date date);
     /// Parses exactly "yyyy-MM-dd HH:mm:ss".
     static std::optional<Date> StringToDateTime(std::string_view text);
     static Date IOSDateTimeOffset();

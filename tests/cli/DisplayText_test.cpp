@@ -1,7 +1,6 @@
 #include "cli/DisplayText.h"
 
 #include <gtest/gtest.h>
-
 #include <sstream>
 
 #include "cli/TextTable.h"

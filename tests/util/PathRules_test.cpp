@@ -1,8 +1,7 @@
 #include "util/PathRules.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 
 #include "tests/support/TempFolder.h"
 

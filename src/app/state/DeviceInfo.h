@@ -33,21 +33,23 @@ struct DeviceInfo {
     Text fullPath;  ///< path of a database taken straight from a device
     Text imgLock;
 
+    template <class Self = DeviceInfo>
     static constexpr auto fields() {
-        using D = DeviceInfo;
         return std::make_tuple(
-            field("DeviceName", &D::DeviceName), field("DisplayName", &D::DisplayName),
-            field("SerialNumber", &D::SerialNumber), field("ProductType", &D::ProductType),
-            field("UniqueDeviceID", &D::UniqueDeviceID),
-            field("ProductVersion", &D::ProductVersion),
-            field("FirmwareVersion", &D::FirmwareVersion), field("PhoneNumber", &D::PhoneNumber),
-            field("IMSI", &D::IMSI), field("IMEI", &D::IMEI), field("ICICD", &D::ICICD),
-            field("isEncrypted", &D::isEncrypted), field("knownIfEncrypted", &D::knownIfEncrypted),
-            field("Connected", &D::Connected), field("iOSMajorVersion", &D::iOSMajorVersion),
-            field("iOSMinorVersion", &D::iOSMinorVersion),
-            field("BackupLocation", &D::BackupLocation), field("AssignSize", &D::AssignSize),
-            field("BackupDate", &D::BackupDate), field("backupSize", &D::backupSize),
-            field("fullPath", &D::fullPath), field("imgLock", &D::imgLock));
+            field("DeviceName", &Self::DeviceName), field("DisplayName", &Self::DisplayName),
+            field("SerialNumber", &Self::SerialNumber), field("ProductType", &Self::ProductType),
+            field("UniqueDeviceID", &Self::UniqueDeviceID),
+            field("ProductVersion", &Self::ProductVersion),
+            field("FirmwareVersion", &Self::FirmwareVersion),
+            field("PhoneNumber", &Self::PhoneNumber), field("IMSI", &Self::IMSI),
+            field("IMEI", &Self::IMEI), field("ICICD", &Self::ICICD),
+            field("isEncrypted", &Self::isEncrypted),
+            field("knownIfEncrypted", &Self::knownIfEncrypted),
+            field("Connected", &Self::Connected), field("iOSMajorVersion", &Self::iOSMajorVersion),
+            field("iOSMinorVersion", &Self::iOSMinorVersion),
+            field("BackupLocation", &Self::BackupLocation), field("AssignSize", &Self::AssignSize),
+            field("BackupDate", &Self::BackupDate), field("backupSize", &Self::backupSize),
+            field("fullPath", &Self::fullPath), field("imgLock", &Self::imgLock));
     }
 };
 

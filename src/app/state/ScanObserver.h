@@ -19,6 +19,9 @@ class ScanObserver {
     /// A view has to be drawn anew.
     virtual void onMainView(int view) { (void)view; }
     virtual void onTabButtons() {}
+    /// The category of the scan that begins, by its data-type code: 1, 3 to 8, or 2 (photos) for
+    /// everything else.
+    virtual void onTabSelected(int dataType) { (void)dataType; }
     /// 2 is the progress screen, 3 the main screen.
     virtual void onScreen(int screen) { (void)screen; }
     /// Anything a person should know that is no status: a file that could not be read, a limit.

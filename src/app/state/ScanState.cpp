@@ -42,6 +42,11 @@ void ScanState::refreshTabButtons() {
     if (observer != nullptr) observer->onTabButtons();
 }
 
+void ScanState::selectTab(int dataType) {
+    const bool ownTab = dataType >= 1 && dataType <= 8;
+    if (observer != nullptr) observer->onTabSelected(ownTab ? dataType : 2);
+}
+
 void ScanState::showScreen(int screen) {
     if (observer != nullptr) observer->onScreen(screen);
 }

@@ -67,7 +67,7 @@ class ScanState : public RecordContext {
     List<Note> NotesContent, AllNotesContent;
     List<Calendar> CalendarContent, AllCalendarContent;
     List<CallLog> CallLogContent, AllCallLogContent, faceTimeContent;
-    List<InternetHistory> InternetContent;
+    List<InternetHistory> InternetContent, AllInternetContent;
     List<WhatsApp> WhatsAppContent, AllWhatsAppContent;
     List<MapHistory> MapContent;
     List<UserDict> UserDictContent;
@@ -85,7 +85,7 @@ class ScanState : public RecordContext {
     List<Note> DeletedNotes, AllDeletedNotes;
     List<Calendar> DeletedCalendar, AllDeletedCalendar;
     List<WhatsApp> DeletedWhatsApp, AllDeletedWhatsApp;
-    List<InternetHistory> DeletedInternet;
+    List<InternetHistory> DeletedInternet, AllDeletedInternet;
     List<Photo> DeletedPhotos;
     List<Video> DeletedVideos;
 
@@ -124,6 +124,7 @@ class ScanState : public RecordContext {
     void updateUIfoundRecoveredData();
     void UpdateMainView(int view);
     void refreshTabButtons();
+    void selectTab(int dataType);
     void showScreen(int screen);
     void warn(const std::string& text);
 

@@ -24,8 +24,9 @@ std::shared_ptr<FMDBUtils> DAOs::openCategory(const std::string& storedName) {
 
 void DAOs::serveCalendarLookups(ScanState& state) {
     state.calendarLookupsFactory = [](ScanState& scan) -> std::shared_ptr<DatabaseLookups> {
-        DAOs(scan).openCategory(scan.CALENDAR_DATABASE);
-        return scan.daos();
+        auto lookups = std::make_shared<DAOs>(scan);
+        scan.installDatabase(lookups->open(scan.CALENDAR_DATABASE), lookups);
+        return lookups;
     };
 }
 

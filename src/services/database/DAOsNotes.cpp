@@ -59,7 +59,7 @@ List<Note> DAOs::readNotes(FMDBUtils& database, const char* statement,
                                    note.Title = row.stringForColumn("title");
                                    note.Summary = row.stringForColumn("summary");
                                    note.noteBody = std::make_shared<NoteBody>();
-                                   note.noteBody->Owner = note.RowId;
+                                   note.noteBody->Owner = static_cast<std::int32_t>(note.RowId);
                                    if (const auto content = row.stringForColumn(bodyColumn)) {
                                        note.noteBody->Content = plainTextOfHtml(*content);
                                    }

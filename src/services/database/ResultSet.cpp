@@ -9,11 +9,20 @@ namespace salvor {
 
 int ResultSet::Impl::column(const std::string& name) const {
     if (!onRow) return -1;
-    for (int index = sqlite3_column_count(statement) - 1; index >= 0; --index) {
-        const char* own = sqlite3_column_name(statement, index);
-        if (own != nullptr && sqlite3_stricmp(own, name.c_str()) == 0) return index;
+    for (std::size_t index = names.size(); index-- > 0;) {
+        if (sqlite3_stricmp(names[index].c_str(), name.c_str()) == 0) {
+            return static_cast<int>(index);
+        }
     }
     return -1;
+}
+
+void ResultSet::Impl::rememberNames() {
+    const int count = sqlite3_column_count(statement);
+    for (int index = 0; index < count; ++index) {
+        const char* name = sqlite3_column_name(statement, index);
+        names.emplace_back(name != nullptr ? name : "");
+    }
 }
 
 ResultSet::ResultSet() = default;
@@ -26,6 +35,7 @@ bool ResultSet::next() {
     if (!impl_ || impl_->statement == nullptr || impl_->finished) return false;
     const int result = impl_->handle->step(impl_->statement, impl_->budget);
     impl_->onRow = result == SQLITE_ROW;
+    if (impl_->onRow && impl_->names.empty()) impl_->rememberNames();
     impl_->finished = !impl_->onRow;  // a further step would run the statement again
     impl_->failed = impl_->finished && result != SQLITE_DONE;
     return impl_->onRow;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <sqlite3.h>
 #include <string>
+#include <vector>
 
 #include "services/database/DatabaseHandle.h"
 #include "services/database/ResultSet.h"
@@ -23,12 +24,14 @@ struct ResultSet::Impl {
         onRow = false;
         handle.reset();
     }
+    void rememberNames();
     /// Index of the last column with this name, -1 without one or without a current row.
     int column(const std::string& name) const;
 
     std::shared_ptr<FMDBUtils::Handle> handle;
     sqlite3_stmt* statement;
     StatementBudget budget;
+    std::vector<std::string> names;
     bool onRow = false;
     bool finished = false;
     bool failed = false;

@@ -31,10 +31,11 @@ TEST_F(Links, HandlesAreValidUntilTheFirstZeroByte) {
 }
 
 TEST_F(Links, HandlesThatAreLiveAreDropped) {
-    database.exec(
-        "INSERT INTO handle VALUES(1,'5550100','44','7'),(2,'+15550101','us','SMS'),"
-        "(3,'5550100','44','7'),(4,'caf' || char(233) || 'caf','us','SMS');"
-        "DELETE FROM handle WHERE ROWID > 1");
+    database.insert("handle", "(1,'5550100','44','7')");
+    database.insertDeleted(kHandleColumns,
+                           "(2,'+15550101','us','SMS'),(3,'5550100','44','7'),"
+                           "(4,'caf' || char(233) || 'caf','us','SMS')");
+    database.freeDeleted();
     const auto records = carve<MessageHandleSQLiteRecovery>();
     const auto handles = as<MessageHandle>(records);
     ASSERT_EQ(handles.size(), 1U);
@@ -46,7 +47,8 @@ TEST_F(Links, HandlesThatAreLiveAreDropped) {
 
 TEST_F(Links, JoinsComeFromLiveAndFreedRows) {
     database.exec(
-        "INSERT INTO chat_message_join VALUES(20,30),(21,31),(22,-5);"
+        // The engine cannot read the last bytes of a page, so rows that nobody misses lie there.
+        "INSERT INTO chat_message_join VALUES(2,2),(2,2),(20,30),(21,31),(22,-5);"
         "DELETE FROM chat_message_join WHERE chat_id = 21");
     const auto records = carve<MessageChatMessageJoinSQLiteRecovery>();
     std::vector<std::pair<std::int64_t, std::int64_t>> pairs;
@@ -65,7 +67,8 @@ TEST_F(Links, JoinsComeFromLiveAndFreedRows) {
 
 TEST_F(Links, RowIdsAboveTheLargestEverAreDropped) {
     for (const int rowId : {2, 3, 4})
-        database.addMessage(rowId, "GUID-000" + std::to_string(rowId), "text", 9);
+        database.insert("message",
+                        messageRow(rowId, "GUID-000" + std::to_string(rowId), "text", 9));
     const auto rowIds = [this] {
         std::vector<std::int64_t> ids;
         for (const auto& record : carve<MessageGuidAndRowIdConnectionSQLiteRecovery>())
@@ -81,7 +84,8 @@ TEST_F(Links, RowIdsAboveTheLargestEverAreDropped) {
 
 TEST_F(Links, ChatGuidsNameTheCounterpart) {
     database.exec(
-        "INSERT INTO chat VALUES(2,'SMS;-;+155501001','a',NULL),(3,'SMS;-;+15550100-','b',NULL),"
+        "INSERT INTO chat VALUES(1,'end of "
+        "page',NULL,NULL),(2,'SMS;-;+155501001','a',NULL),(3,'SMS;-;+15550100-','b',NULL),"
         "(4,'no separators 16','c',NULL),(9,'SMS;-;+155501009','d',NULL);"
         "UPDATE sqlite_sequence SET seq = 4 WHERE name = 'chat'");
     const auto records = carve<MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery>();

@@ -10,9 +10,8 @@ namespace {
 class LiveCheck : public MessageScan {
   protected:
     LiveCheck() {
-        state.sourcePolicy = SourcePolicy::Protected;
         database.makeGroupLayout();
-        database.addGroupMessage(1, "+15550100", "12345");
+        database.insert("message", groupMessageRow(1, "+15550100", "12345"));
     }
 
     static std::shared_ptr<Message> message(const Text& text, double date) {
@@ -24,11 +23,12 @@ class LiveCheck : public MessageScan {
 };
 
 TEST_F(LiveCheck, KeepsWhatHasTextAndDateAndNoLiveRow) {
-    database.addGroupMessage(2, "+15550101", "gone");
-    database.addGroupMessage(3, "+15550102", "12345");    // as the live row
-    database.addGroupMessage(4, "+15550103", "");         // no text
-    database.addGroupMessage(5, "+15550104", "zero", 0);  // no date
-    database.exec("DELETE FROM message WHERE ROWID > 1");
+    const auto asLive = groupMessageRow(3, "+15550102", "12345");
+    const auto noText = groupMessageRow(4, "+15550103", "");
+    const auto noDate = groupMessageRow(5, "+15550104", "zero", 0);
+    database.insertDeleted(kGroupMessageColumns, groupMessageRow(2, "+15550101", "gone") + "," +
+                                                     asLive + "," + noText + "," + noDate);
+    database.freeDeleted();
     MessagesIOS5_6SQLiteRecovery carver(state);
     carver.DoRecoveryPath(database.path);
     EXPECT_EQ(carver.RecoveredData.size(), 4U);

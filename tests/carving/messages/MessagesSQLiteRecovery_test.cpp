@@ -9,12 +9,17 @@ class Messages : public MessageScan {
   protected:
     Messages() {
         database.makeChatLayout();
-        for (int i = 1; i <= 5; ++i)
-            database.addMessage(i, "GUID-000" + std::to_string(i), "text " + std::to_string(i), 9);
+        database.insert("message", rows(1, 2));
+        database.insertDeleted(kMessageColumns, rows(3, 5));
+        database.freeDeleted();
     }
 
-    void deleteFrom(int rowId) const {
-        database.exec("DELETE FROM message WHERE ROWID >= " + std::to_string(rowId));
+    static std::string rows(int first, int last) {
+        std::string text;
+        for (int i = first; i <= last; ++i)
+            text += (i > first ? "," : "") +
+                    messageRow(i, "GUID-000" + std::to_string(i), "text " + std::to_string(i), 9);
+        return text;
     }
 
     void addLive(const Text& guid) {
@@ -25,10 +30,9 @@ class Messages : public MessageScan {
 };
 
 TEST_F(Messages, DeletedRowsComeBackAndLiveOnesDoNot) {
-    deleteFrom(4);
     const auto records = carve<MessagesSQLiteRecovery>();
     const auto messages = as<Message>(records);
-    ASSERT_EQ(messages.size(), 2U);
+    ASSERT_EQ(messages.size(), 3U);
     EXPECT_EQ(messages[0]->Guid, "GUID-0005");
     EXPECT_EQ(messages[1]->Guid, "GUID-0004");
     const auto& message = *messages[1];
@@ -43,15 +47,14 @@ TEST_F(Messages, DeletedRowsComeBackAndLiveOnesDoNot) {
     ASSERT_TRUE(message.Origin);
     EXPECT_EQ(message.Origin->database, database.path.filename());
 
-    ASSERT_EQ(state.DeletedSMS.size(), 2U);
+    ASSERT_EQ(state.DeletedSMS.size(), 3U);
     EXPECT_EQ(state.DeletedSMS, state.AllDeletedSMS);
     EXPECT_EQ(state.DeletedSMS[1]->Message, "text 4");
-    EXPECT_EQ(state.DeletedSMSCount, 2);
-    EXPECT_EQ(state.progress.recordsFound, 2U);
+    EXPECT_EQ(state.DeletedSMSCount, 3);
+    EXPECT_EQ(state.progress.recordsFound, 3U);
 }
 
 TEST_F(Messages, KnownGuidsEnterNoList) {
-    deleteFrom(3);
     addLive(std::nullopt);
     addLive("GUID-0004");
     auto found = std::make_shared<SMS>();
@@ -71,12 +74,10 @@ TEST_F(Messages, RowsWithoutGuidEqualNothing) {
     patterns[0].mappings = {{"text", 4}};
     state.recoverySignatures = makeSignatures(patterns);
     addLive(std::nullopt);
-    deleteFrom(3);
     EXPECT_EQ(carve<MessagesSQLiteRecovery>().size(), 3U);
 }
 
 TEST_F(Messages, CancelledOrWithoutSignatureNothingIsCarved) {
-    deleteFrom(2);
     std::stop_source stop;
     stop.request_stop();
     EXPECT_TRUE(carve<MessagesSQLiteRecovery>(stop.get_token()).empty());

@@ -9,7 +9,7 @@
     X(Match) X(LaterPatternMatch) X(HeaderCutOff) X(CutOffHandedOn) X(RegionWithoutMatch) \
     X(TinyRegion) X(FailingReadInGap) X(FailingReadInFreeblock) X(FailingReadInFreeList) \
     X(FailingReadAfterRoot) X(FailingReadInWholePage) X(FailingReadOfPage) \
-    X(FailingReadInMatchAtNegativeOffset) X(TextBeforeData) X(RowInGap) X(RowInFreeblock) \
+    X(FailingReadBeforeRegion) X(MatchBeforeRegion) X(TextBeforeData) X(RowInGap) X(RowInFreeblock) \
     X(RowInFreeList) X(RowAfterRoot) X(RowInWholePage) X(FreeblockUnshifted) X(FreeblockPastEnd) \
     X(FreeblockCut) X(FreeblockTooSmallForNext) X(FreeblockLoop) X(FreeblockAfterFreeblock) \
     X(ContentStartNotAbove) X(ContentStartPastPage) X(SkippedPageType) X(SecondPointerMapPage) \

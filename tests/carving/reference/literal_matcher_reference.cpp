@@ -39,11 +39,8 @@ bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const Codes& 
             info.cutOff = true;
             return true;
         }
-        if (at < 0) {
-            events_.count(Event::FailingReadInMatchAtNegativeOffset);
-            throw RangeFailure();
-        }
         if (c == 0 && columns[0][0] >= 1) {
+            if (at < 0) events_.count(Event::FailingReadBeforeRegion);
             const VarInt rowId = readVarint(buffer, at);
             info.rowId = rowId.value;
             info.entries.insert(info.entries.end(), {{0, rowId.length}, {0, 1}, {0, 1}});
@@ -78,6 +75,7 @@ MatchedHeader LiteralMatcher::find(const Buffer& buffer, std::int64_t start) con
                 info.pattern = &patterns_[i];
                 events_.count(Event::Match);
                 if (i > 0) events_.count(Event::LaterPatternMatch);
+                if (p < 0) events_.count(Event::MatchBeforeRegion);
                 if (info.cutOff) events_.count(Event::HeaderCutOff);
                 if (rowIdDecoded && columns[0][0] < 1)
                     events_.count(Event::RowIdFromEarlierPattern);

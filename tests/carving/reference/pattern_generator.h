@@ -16,6 +16,9 @@ enum class Staged {
     MoveBack,  ///< a correction that stays, then a row so short that the search goes back
 };
 
+/// Its text's column, behind so many others that small regions are too short for the pattern.
+inline constexpr std::size_t kTextOfMoveBack = 30;
+
 /// A pattern as the generator means it; the signatures file is written from it.
 struct PlannedPattern {
     std::vector<std::vector<int>> columns;

@@ -72,16 +72,18 @@ PlannedPattern stagedPattern(Staged staged) {
         pattern.mappings = {{kCorrectingField, "3"}, {"text", "4"}};
     } else {
         // So many columns that looking for it in vain does not end the region.
-        pattern.columns.resize(12, {0});
+        pattern.columns.resize(kTextOfMoveBack, {0});
         pattern.columns.push_back({-2});
-        pattern.mappings = {{kCorrectingField, "12"}};
+        pattern.mappings = {{kCorrectingField, std::to_string(kTextOfMoveBack)}};
     }
     return pattern;
 }
 
-PlannedPattern shortPattern() {
+/// Matches, with one column alone, wherever it is asked for.
+PlannedPattern shortPattern(bool oneColumn) {
     PlannedPattern pattern;
     pattern.columns = {{1}, {0}, {0}, {8}};
+    if (oneColumn) pattern.columns = {{0}};
     pattern.mappings = {{"flags", "3"}};
     return pattern;
 }
@@ -149,7 +151,7 @@ void addMappings(RandomSource& random, PlannedPattern& pattern) {
 
 std::vector<PlannedPattern> makePatterns(RandomSource& random) {
     if (random.chance(4)) return {stagedPattern(Staged::CutBlob)};
-    if (random.chance(4)) return {stagedPattern(Staged::MoveBack), shortPattern()};
+    if (random.chance(4)) return {stagedPattern(Staged::MoveBack), shortPattern(random.chance(50))};
     std::vector<PlannedPattern> patterns;
     const auto count = random.chance(50) ? 1 : random.between(2, 4);
     for (std::int64_t i = 0; i < count; ++i) patterns.push_back(makePattern(random));

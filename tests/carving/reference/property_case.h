@@ -12,6 +12,7 @@ namespace salvor::reference {
 struct CaseRun {
     bool fullSearch = false;
     bool callList = false;
+    bool everyRecord = false;  ///< by a carver that keeps no list, so that no row id is known
     std::optional<std::string> version;
 };
 

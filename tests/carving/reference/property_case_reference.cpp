@@ -17,6 +17,7 @@ std::vector<CaseRun> makeRuns(RandomSource& random) {
     std::vector<CaseRun> runs(2);
     for (CaseRun& run : runs) {
         run.callList = random.chance(25);
+        run.everyRecord = random.chance(50);
         if (random.chance(20)) run.version = random.pick(kVersions);
     }
     runs[1].fullSearch = true;
@@ -29,7 +30,7 @@ PropertyCase makeCase(std::uint64_t seed, const std::string& folder) {
     RandomSource random(seed);
     PropertyCase made;
     std::vector<PlannedPattern> patterns = makePatterns(random);
-    if (random.chance(30)) {
+    if (patterns[0].staged == Staged::Nothing && random.chance(30)) {
         made.kind = "SQLite";
         made.file = makeSqliteFile(random, folder, patterns);
         if (made.file.size() > kLargest) made.file.resize(kLargest);

@@ -168,8 +168,8 @@ void RecordPlanter::stageMoveBack(Buffer& region) {
     std::fill(region.begin(), region.end(), std::uint8_t{'x'});
     Buffer row = encodeVarint(static_cast<std::uint64_t>(random_.between(1, 100)));
     if (random_.chance(50)) {
-        append(row, {12, 0});
-        row.resize(row.size() + 9);
+        append(row, {kTextOfMoveBack, 0});
+        row.resize(row.size() + kTextOfMoveBack - 3);
         append(row, encodeVarint(13 + 60 * 2));
         const auto dash = static_cast<std::size_t>(random_.between(4, 6));
         row.resize(row.size() + 20, 'y');

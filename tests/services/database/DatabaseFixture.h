@@ -24,7 +24,8 @@ class DatabaseFixture : public ::testing::Test {
         sqlite3* db = nullptr;
         char* message = nullptr;
         EXPECT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(db, std::string(sql).c_str(), nullptr, nullptr, &message), SQLITE_OK)
+        const std::string script = "PRAGMA synchronous = OFF;" + std::string(sql);
+        EXPECT_EQ(sqlite3_exec(db, script.c_str(), nullptr, nullptr, &message), SQLITE_OK)
             << (message != nullptr ? message : "");
         sqlite3_free(message);
         sqlite3_close(db);

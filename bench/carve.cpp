@@ -1,0 +1,148 @@
+// How fast files are carved, beside a plain memchr pass over the same bytes in the same run.
+// `--max-mb N` sets the largest database (10, 100 and 500 MB; 100 when not given); the other
+// options are Google Benchmark's.
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string_view>
+
+#include "CarveDatabases.h"
+#include "carving/PatternMatcher.h"
+#include "carving/TableCarver.h"
+#include "util/MappedFile.h"
+
+namespace salvor::bench {
+namespace {
+
+constexpr std::size_t kPage = 4096;
+
+CarveDatabases& databases() {
+    static CarveDatabases files;
+    return files;
+}
+
+// Counts a byte: the cheapest pass over all bytes that anyone could ask for.
+std::size_t countByte(Bytes data) {
+    std::size_t count = 0;
+    const std::uint8_t* at = data.data();
+    const std::uint8_t* const end = at + data.size();
+    while (at < end) {
+        at = static_cast<const std::uint8_t*>(
+            std::memchr(at, 0xF7, static_cast<std::size_t>(end - at)));
+        if (at == nullptr) break;
+        ++at;
+        ++count;
+    }
+    return count;
+}
+
+// Processor time, so that a busy machine does not slow the figures down.
+double processorSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+double secondsOf(const auto& work) {
+    const double begin = processorSeconds();
+    work();
+    return processorSeconds() - begin;
+}
+
+/// Runs `work` over `file` and sets its speed and how many memchr passes it takes as long as.
+void measure(benchmark::State& state, const std::filesystem::path& path, const auto& work) {
+    const auto file = MappedFile::open(path);
+    if (!file) return state.SkipWithError("the database could not be written");
+    const auto pass = [&] { benchmark::DoNotOptimize(countByte(file->bytes())); };
+    pass();  // the file is in memory from here on
+    double memchrSeconds = 0;
+    double workSeconds = 0;
+    std::size_t found = 0;
+    for (auto _ : state) {
+        memchrSeconds += secondsOf(pass);
+        const double seconds = secondsOf([&] { found = work(file->bytes()); });
+        workSeconds += seconds;
+        state.SetIterationTime(seconds);
+    }
+    const auto bytes = static_cast<std::int64_t>(file->bytes().size());
+    state.SetBytesProcessed(state.iterations() * bytes);
+    state.counters["found"] = static_cast<double>(found);
+    state.counters["x_memchr"] = workSeconds / memchrSeconds;
+}
+
+void memchrPass(benchmark::State& state) {
+    measure(state, databases().file(state.range(0), Layout::Plain),
+            [](Bytes data) { return countByte(data); });
+}
+
+/// Every header of every page, without decoding what follows it.
+void matcher(benchmark::State& state) {
+    PatternMatcher matcher;
+    matcher.use(messageSignatures().Find(kDomain, kDatabase, kTable)->TablePatterns);
+    measure(state, databases().file(state.range(0), Layout::Plain), [&](Bytes data) {
+        std::size_t found = 0;
+        SQLiteTableHeaderInfo info;
+        for (std::size_t page = 0; page < data.size(); page += kPage) {
+            matcher.begin(slice(data, page, kPage));
+            std::int64_t offset = 0;
+            while (matcher.find(offset, info) == MatchResult::Found) {
+                offset = info.DataStartIndex();
+                ++found;
+            }
+        }
+        return found;
+    });
+}
+
+void carve(benchmark::State& state, Layout layout, bool fullSearch) {
+    TableCarveOptions options;
+    options.domain = kDomain;
+    options.database = kDatabase;
+    options.table = kTable;
+    options.fullSearch = fullSearch;
+    const auto path = databases().file(state.range(0), layout);
+    measure(state, path, [&](Bytes) {
+        std::size_t rows = 0;
+        carveTable(messageSignatures(), options, path, {}, [&](const CarvedRow&) { ++rows; });
+        return rows;
+    });
+}
+
+void registerAll(std::int64_t largest) {
+    const auto add = [largest](const char* name, auto function) {
+        auto* one = benchmark::RegisterBenchmark(name, function);
+        for (const std::int64_t megabytes : {10, 100, 500}) {
+            if (megabytes <= largest) one->Arg(megabytes);
+        }
+        one->UseManualTime()->Unit(benchmark::kMillisecond)->ArgName("MB");
+    };
+    add("memchr", memchrPass);
+    add("matcher", matcher);
+    add("carve_plain", [](benchmark::State& state) { carve(state, Layout::Plain, false); });
+    add("carve_auto_vacuum", [](benchmark::State& state) { carve(state, Layout::Vacuum, false); });
+    add("carve_full_search", [](benchmark::State& state) { carve(state, Layout::Plain, true); });
+}
+
+// Takes our own option out of the arguments.
+std::int64_t takeLargest(int& count, char** arguments) {
+    for (int i = 1; i + 1 < count; ++i) {
+        if (std::string_view(arguments[i]) != "--max-mb") continue;
+        const std::int64_t largest = std::atoll(arguments[i + 1]);
+        for (int next = i + 2; next < count; ++next) arguments[next - 2] = arguments[next];
+        count -= 2;
+        return largest;
+    }
+    return 100;
+}
+
+}  // namespace
+}  // namespace salvor::bench
+
+int main(int count, char** arguments) {
+    salvor::bench::registerAll(salvor::bench::takeLargest(count, arguments));
+    benchmark::Initialize(&count, arguments);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

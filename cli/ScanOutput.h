@@ -1,0 +1,15 @@
+#pragma once
+
+#include "app/state/ScanState.h"
+#include "cli/Console.h"
+#include "cli/ExitStatus.h"
+#include "cli/ScanOptions.h"
+
+namespace salvor::cli {
+
+/// Shows the table, exports and writes the JSON object, as the options want it. What cannot be
+/// written is told in a line of its own and does not keep the rest from being written; the status
+/// is then `NotWritten`.
+ExitStatus writeResults(ScanState& state, const ScanOptions& options, const Console& console);
+
+}  // namespace salvor::cli

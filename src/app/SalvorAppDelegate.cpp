@@ -1,0 +1,168 @@
+#include "app/SalvorAppDelegate.h"
+
+#include <atomic>
+#include <exception>
+#include <utility>
+
+#include "app/ScanFailure.h"
+#include "app/SignatureFile.h"
+#include "backup/BackupInfoReader.h"
+#include "backup/BackupStore.h"
+#include "backup/LiveCategories.h"
+#include "carving/SqLiteTableSignatures.h"
+#include "recovery/ServicesManagerRunner.h"
+#include "services/database/DAOs.h"
+
+namespace salvor {
+namespace {
+
+std::atomic<SalvorAppDelegate*> theApplication{nullptr};
+
+}  // namespace
+
+SalvorAppDelegate::SalvorAppDelegate(ScanObserver* observer, ServicesFactory services)
+    : makeServices_(services ? std::move(services) : makeServicesManagerRunner),
+      workFolder_(std::make_unique<WorkFolder>()) {
+    state_.observer = observer;
+    DAOs::serveCalendarLookups(state_);
+    theApplication = this;
+}
+
+SalvorAppDelegate::~SalvorAppDelegate() {
+    if (scanThread_.joinable()) cancel();
+    waitForScan();
+    if (signatureThread_.joinable()) signatureThread_.join();
+    SalvorAppDelegate* self = this;
+    theApplication.compare_exchange_strong(self, nullptr);
+}
+
+SalvorAppDelegate* SalvorAppDelegate::appDelegate() {
+    return theApplication;
+}
+
+void SalvorAppDelegate::setWorkFolder(std::optional<std::filesystem::path> parent) {
+    workFolder_ = std::make_unique<WorkFolder>(std::move(parent));
+}
+
+void SalvorAppDelegate::applicationDidFinishLaunching(
+    const std::optional<std::filesystem::path>& signatures) {
+    signatureThread_ = std::jthread([this, signatures] { loadRecoverySignatures(signatures); });
+}
+
+void SalvorAppDelegate::loadRecoverySignatures(
+    const std::optional<std::filesystem::path>& signatures) {
+    auto loaded = std::make_shared<SqLiteTableSignatures>();
+    try {
+        if (const auto file = findSignatureFile(signatures)) {
+            const std::string trouble = loaded->loadSignatures(*file);
+            if (!trouble.empty()) {
+                state_.warn("signatures file " + file->string() + ": " + trouble);
+            }
+        } else {
+            state_.warn("no signatures file was found; deleted records will not be recovered");
+        }
+    } catch (const std::exception& failure) {
+        state_.warn(std::string("the signatures could not be loaded: ") + failure.what());
+    }
+    state_.recoverySignatures = std::move(loaded);
+    state_.signatureLoaded = true;
+    state_.signatureLoaded.notify_all();
+}
+
+SourceChoice SalvorAppDelegate::chooseBackup(const std::filesystem::path& chosen) {
+    const auto folder = BackupStore::resolve(chosen);
+    if (!folder) return SourceChoice::Unusable;
+    state_.BACKUP_DIRECTORY = folder->string();
+    state_.RecoverType = 1;
+    return getInfoFromBackup() ? SourceChoice::Ready : SourceChoice::MissingPropertyLists;
+}
+
+bool SalvorAppDelegate::getInfoFromBackup() {
+    return salvor::getInfoFromBackup(state_);
+}
+
+SourceChoice SalvorAppDelegate::MacRecovery(const std::filesystem::path& chosen,
+                                            const dataTypeHolder& holder) {
+    const SourceChoice choice = chooseBackup(chosen);
+    if (choice == SourceChoice::Ready) exploreInBackground(holder);
+    return choice;
+}
+
+void SalvorAppDelegate::continueToRecover(const dataTypeHolder& holder) {
+    exploreInBackground(holder);
+}
+
+void SalvorAppDelegate::exploreInBackground(const dataTypeHolder& holder) {
+    waitForScan();
+    {
+        const std::lock_guard lock(stopMutex_);
+        stop_ = std::stop_source();
+    }
+    state_.showScreen(2);
+    scanThread_ = std::jthread([this, holder] { ExploreBackupDirectoryWithDataType(holder); });
+}
+
+void SalvorAppDelegate::waitForScan() {
+    if (scanThread_.joinable()) scanThread_.join();
+}
+
+void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder) {
+    try {
+        explore(holder);
+    } catch (const std::exception& failure) {
+        state_.warn(describeFailure(failure));
+        state_.isDoingRecovery = false;
+        endScan();
+    }
+}
+
+void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
+    workFolderFailure_.clear();
+    CategoryExtraction extraction(state_, *workFolder_, stopToken());
+    state_.IsCancelFlag = false;
+    // A cancel that came first stays; see `cancel` for the other half.
+    if (cancelRequested()) state_.IsCancelFlag = true;
+    extraction.prepare(holder.dataType);
+    state_.showScreen(2);
+    state_.selectTab(holder.dataType);
+    const ExtractionResult result = extraction.read(holder.dataType);
+    workFolderFailure_ = extraction.failure();
+    if (result == ExtractionResult::Complete) recoverDeleted(holder.dataType);
+}
+
+void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {
+    state_.updateStatus(3, "Recovering deleted data. Please wait...");
+    clearDeletedLists(state_);
+    state_.isDoingRecovery = true;
+    const auto services = makeServices_(state_);
+    recoveryWindowController_.RecoverDeletedData(dataType, state_, *services, stopToken());
+    endScan();
+}
+
+void SalvorAppDelegate::endScan() {
+    state_.hasDoneScan = true;
+    state_.refreshTabButtons();
+    state_.showScreen(3);
+}
+
+std::stop_token SalvorAppDelegate::stopToken() const {
+    const std::lock_guard lock(stopMutex_);
+    return stop_.get_token();
+}
+
+void SalvorAppDelegate::cancel() {
+    std::stop_source stop;
+    {
+        const std::lock_guard lock(stopMutex_);
+        stop = stop_;
+    }
+    // The flag comes last, so that a scan which clears it meanwhile sees the request.
+    stop.request_stop();
+    state_.IsCancelFlag = true;
+}
+
+bool SalvorAppDelegate::cancelRequested() const {
+    return stopToken().stop_requested();
+}
+
+}  // namespace salvor

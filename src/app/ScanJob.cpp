@@ -1,0 +1,148 @@
+#include "app/ScanJob.h"
+
+#include <charconv>
+#include <string_view>
+#include <utility>
+
+#include "app/SalvorAppDelegate.h"
+#include "backup/BackupPaths.h"
+#include "backup/BackupStore.h"
+#include "backup/LiveCategories.h"
+
+namespace salvor {
+namespace {
+
+constexpr std::string_view kAuto = "auto";
+
+bool isNumber(std::string_view text) {
+    std::int32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() && value >= 0;
+}
+
+// "X", "X.Y" or "X.Y.Z" in digits.
+bool isVersion(std::string_view text) {
+    for (;;) {
+        const auto dot = text.find('.');
+        if (!isNumber(text.substr(0, dot))) return false;
+        if (dot == std::string_view::npos) return true;
+        text.remove_prefix(dot + 1);
+    }
+}
+
+bool isUnknown(const DeviceInfo& device) {
+    return device.iOSMajorVersion == 0 && device.iOSMinorVersion == 0;
+}
+
+void useVersion(DeviceInfo& device, const std::string& version) {
+    device.ProductVersion = version;
+    device.iOSMajorVersion = 0;
+    device.iOSMinorVersion = 0;
+    splitProductVersion(device);
+}
+
+void applyRequestedVersion(DeviceInfo& device, const ScanRequest& request,
+                           const VersionFacts& facts) {
+    if (!request.ios) return;
+    if (*request.ios != kAuto) {
+        useVersion(device, *request.ios);
+    } else if (const Text known = facts.best(); known && isUnknown(device)) {
+        useVersion(device, *known);
+    }
+}
+
+ScanOutcome refused(ScanResult result, std::string message) {
+    ScanOutcome outcome;
+    outcome.result = result;
+    outcome.message = std::move(message);
+    return outcome;
+}
+
+// What is wrong with the request before anything is touched; `Done` when nothing is.
+ScanOutcome examine(const ScanRequest& request, const std::filesystem::path& backup) {
+    if (request.category < kEverything || request.category > kCalendar) {
+        return refused(ScanResult::InvalidRequest,
+                       "no category has the code " + std::to_string(request.category));
+    }
+    if (request.ios && *request.ios != kAuto && !isVersion(*request.ios)) {
+        return refused(ScanResult::InvalidRequest, "\"" + *request.ios + "\" is no version");
+    }
+    if (!request.workFolder) return {};
+    if (liesInside(*request.workFolder, backup)) {
+        return refused(
+            ScanResult::InvalidRequest,
+            "the work folder " + request.workFolder->string() + " lies inside the backup");
+    }
+    std::string reason = WorkFolder(request.workFolder).refusal(backup);
+    if (reason.empty()) return {};
+    return refused(ScanResult::WorkFolderRefused, std::move(reason));
+}
+
+std::string whyUnusable(const std::filesystem::path& source) {
+    std::error_code failed;
+    const auto status = std::filesystem::status(source, failed);
+    const std::string name = source.string();
+    if (status.type() == std::filesystem::file_type::not_found) return "no such folder: " + name;
+    if (failed) return "cannot read " + name + ": " + failed.message();
+    if (status.type() == std::filesystem::file_type::directory) {
+        return "cannot read the folder " + name;
+    }
+    return name + " is neither a backup folder nor a property-list file in one";
+}
+
+}  // namespace
+
+ScanJob::ScanJob(ScanObserver& observer)
+    : application_(std::make_unique<SalvorAppDelegate>(&observer)) {}
+
+ScanJob::~ScanJob() = default;
+
+ScanState& ScanJob::state() {
+    return application_->state();
+}
+
+void ScanJob::cancel() {
+    application_->cancel();
+}
+
+ScanOutcome ScanJob::runScan(const ScanRequest& request) {
+    const auto backup = BackupStore::resolve(request.source);
+    if (!backup) return refused(ScanResult::SourceUnusable, whyUnusable(request.source));
+    ScanOutcome outcome = examine(request, *backup);
+    if (outcome.result != ScanResult::Done) return outcome;
+
+    outcome.backup = *backup;
+    outcome.versions = readVersionFacts(*backup);
+    outcome.encrypted = outcome.versions.manifestSaysEncrypted;
+    const SourceChoice choice = application_->chooseBackup(*backup);
+    if (choice == SourceChoice::Unusable) {
+        outcome.result = ScanResult::SourceUnusable;
+        outcome.message = whyUnusable(*backup);
+        return outcome;
+    }
+    if (choice == SourceChoice::MissingPropertyLists && !request.continueAnyway) {
+        outcome.result = ScanResult::MissingPropertyLists;
+        outcome.message = kMissingPropertyLists;
+        return outcome;
+    }
+    applyRequestedVersion(state().deviceInfo, request, outcome.versions);
+    outcome.versionUnknown = isUnknown(state().deviceInfo);
+
+    application_->setWorkFolder(request.workFolder);
+    application_->applicationDidFinishLaunching(request.signatures);
+    application_->ExploreBackupDirectoryWithDataType({request.category, backup->string()});
+    if (application_->workFolder().made()) outcome.temp = application_->workFolder().path();
+    if (!application_->workFolderFailure().empty()) {
+        outcome.result = ScanResult::WorkFolderRefused;
+        outcome.message = application_->workFolderFailure();
+    } else if (application_->cancelRequested()) {
+        outcome.result = ScanResult::Cancelled;
+    }
+    return outcome;
+}
+
+ScanOutcome runScan(const ScanRequest& request, ScanObserver& observer) {
+    return ScanJob(observer).runScan(request);
+}
+
+}  // namespace salvor

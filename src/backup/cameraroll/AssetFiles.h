@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "app/state/BackupFiles.h"
+#include "backup/cameraroll/Dcmi.h"
+#include "backup/cameraroll/PhotoLibrary.h"
+
+namespace salvor {
+
+/// Finds the stored files of photo-library assets in one backup.
+class AssetFiles {
+  public:
+    AssetFiles(BackupFiles files, PhotoLibraryLayout layout)
+        : files_(std::move(files)), layout_(layout) {}
+
+    /// Fills the asset's path and thumbnail and settles its deleted mark: every video counts as
+    /// deleted, of the photos only those under "DCIM" keep the mark of their row. Deliberate.
+    void locate(Dcmi& asset, bool video) const;
+
+    /// The thumbnail of an asset: the logical location itself for the first candidate, a full
+    /// path for every other one (deliberate); the built-in picture for a video and the asset's own
+    /// path for a photo when there is none.
+    std::string ResolveThumbnailPath(PhotoLibraryLayout layout, const std::string& file,
+                                     const std::string& directory, bool video,
+                                     const std::string& dcmiPath) const;
+
+  private:
+    BackupFiles files_;
+    PhotoLibraryLayout layout_;
+};
+
+}  // namespace salvor

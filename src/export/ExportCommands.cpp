@@ -1,0 +1,192 @@
+#include "export/ExportCommands.h"
+
+#include <cerrno>
+#include <fmt/format.h>
+#include <set>
+#include <sys/stat.h>
+#include <system_error>
+
+#include "app/state/ScanState.h"
+#include "export/CsvWriter.h"
+#include "util/FileUtils.h"
+#include "util/StringUtils.h"
+
+namespace salvor {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t maxNameBytes = 200;  // leaves room for what follows a device's name
+
+using Operation = Exporter::Result (Exporter::*)(const ScanState&, const fs::path&, bool) const;
+
+/// One tag of the export window. Tags 110 and 113 to 116 export nothing.
+struct Tag {
+    int number;
+    const char* word;
+    Operation operation;
+    bool exportAllOnly;
+};
+
+constexpr Tag tags[] = {
+    {100, "SMS", &Exporter::ExportSMS, false},
+    {101, "Addressbook", &Exporter::ExportContact, false},
+    {102, "Call history", &Exporter::ExportCallLog, false},
+    {103, "Notes", &Exporter::ExportNotes, false},
+    {104, "Calendar", &Exporter::ExportCalendar, false},
+    {105, "Apps", &Exporter::ExportApplicationData, true},
+    {106, "User dictionary", &Exporter::KeyboardDictionary, true},
+    {107, "Photos", nullptr, false},
+    {108, "Videos", nullptr, false},
+    {109, "Map", &Exporter::ExportMapHistory, true},
+    {111, "Internet history", &Exporter::ExportInternetData, false},
+    {112, "_info.csv", nullptr, true},
+};
+
+class ExportRun {
+  public:
+    ExportRun(const ScanState& state, bool onlyTicked) : state_(state), onlyTicked_(onlyTicked) {}
+
+    ExportSummary run(const fs::path& target, const std::string& suffix, Date now) {
+        if (!makeFolder(target, now)) return std::move(summary_);
+        const Exporter& exporter = Exporter::defaultExporter(summary_.folder);
+        for (const Tag& tag : tags) {
+            if (!(onlyTicked_ && tag.exportAllOnly)) exportTag(exporter, tag, suffix);
+        }
+        exportWhatsApp(exporter, suffix);
+        return std::move(summary_);
+    }
+
+  private:
+    void exportTag(const Exporter& exporter, const Tag& tag, const std::string& suffix) {
+        if (tag.operation != nullptr) {
+            note((exporter.*tag.operation)(state_, inFolder(tag.word + suffix), onlyTicked_));
+        } else if (tag.number == 107) {
+            copyMedia(state_.Photos, tag.word);
+        } else if (tag.number == 108) {
+            copyMedia(state_.Videos, tag.word);
+        } else {
+            writeDeviceInfo(inFolder(deviceName() + tag.word));
+        }
+    }
+
+    void exportWhatsApp(const Exporter& exporter, const std::string& suffix) {
+        if (!onlyTicked_) {
+            note(exporter.ExportWhatsApp(state_, inFolder("WhatsApp" + suffix), false));
+        } else if (exporter.ExportWhatsApp(state_, summary_.folder, true)) {
+            // The folder's own path is handed on, so ticked rows yield no file: deliberate.
+            summary_.omitted.emplace_back("WhatsApp");
+        }
+    }
+
+    fs::path inFolder(const std::string& name) const {
+        return summary_.folder / FileUtils::safeFileName(name);
+    }
+
+    std::string deviceName() const {
+        if (!StringUtils::IsNullOrEmpty(state_.deviceInfo.DeviceName)) {
+            return FileUtils::safeFileName(*state_.deviceInfo.DeviceName, maxNameBytes);
+        }
+        // A path that ends with "/" has no file name of its own.
+        const fs::path backup = state_.BACKUP_DIRECTORY;
+        const fs::path folder = backup.has_filename() ? backup : backup.parent_path();
+        const std::string name = folder.filename().string();
+        return name.empty() ? "Device" : FileUtils::safeFileName(name, maxNameBytes);
+    }
+
+    bool makeFolder(const fs::path& target, Date now) {
+        std::error_code error;
+        fs::create_directories(target, error);
+        const std::string name = deviceName() + " - " + DateUtils::format(now, DatePattern::Folder);
+        fs::path folder = target / name;
+        constexpr int mostFolders = 10000;
+        for (int number = 2; ::mkdir(folder.c_str(), 0777) != 0; ++number) {
+            const int failure = errno;
+            if (failure != EEXIST || number > mostFolders) {
+                summary_.failed.push_back({folder, 0, std::generic_category().message(failure)});
+                return false;
+            }
+            folder = target / fmt::format("{} ({})", name, number);
+        }
+        summary_.folder = folder;
+        return true;
+    }
+
+    void note(const Exporter::Result& result) {
+        if (!result) return;
+        (result->written() ? summary_.written : summary_.failed).push_back(*result);
+    }
+
+    template <class Media>
+    void copyMedia(const List<Media>& media, const char* word) {
+        const fs::path folder = summary_.folder / word;
+        std::error_code error;
+        std::set<std::string> taken;
+        for (const auto& item : media) {
+            if (onlyTicked_ && item->isChecked != 1) continue;
+            if (taken.empty()) fs::create_directory(folder, error);
+            const fs::path source = item->Location.value_or("");
+            const std::string name = item->Name.value_or(source.filename().string());
+            note(copyFile(source, folder / freeName(taken, FileUtils::safeFileName(name))));
+        }
+    }
+
+    static std::string freeName(std::set<std::string>& taken, const std::string& name) {
+        std::string free = name;
+        const fs::path parts = name;
+        for (int number = 2; !taken.insert(free).second; ++number) {
+            free =
+                fmt::format("{} ({}){}", parts.stem().string(), number, parts.extension().string());
+        }
+        return free;
+    }
+
+    static ExportedFile copyFile(const fs::path& source, const fs::path& copy) {
+        std::error_code error;
+        fs::copy_file(source, copy, error);
+        if (!error) return {copy, 1, ""};
+        std::error_code ignored;
+        // On a file system that ignores case another copy may have this name.
+        if (error != std::errc::file_exists) fs::remove(copy, ignored);
+        return {copy, 0, error.message()};
+    }
+
+    void writeDeviceInfo(const fs::path& path) {
+        CsvWriter csv(path);
+        std::size_t rows = 0;
+        forEachField(state_.deviceInfo, [&](const char* name, const auto& value) {
+            csv.writeField(name);
+            writeValue(csv, value);
+            csv.finishLine();
+            ++rows;
+        });
+        const ExportedFile file{path, rows, csv.close()};
+        std::error_code ignored;
+        if (!file.written()) fs::remove(path, ignored);
+        note(file);
+    }
+
+    static void writeValue(CsvWriter& csv, const Text& value) { csv.writeField(value); }
+    static void writeValue(CsvWriter& csv, bool value) { csv.writeField(value ? "true" : "false"); }
+    static void writeValue(CsvWriter& csv, std::int32_t value) {
+        csv.writeField(std::to_string(value));
+    }
+
+    const ScanState& state_;
+    bool onlyTicked_;
+    ExportSummary summary_;
+};
+
+}  // namespace
+
+ExportSummary exportAll(const ScanState& state, const std::filesystem::path& target,
+                        const std::string& suffix, Date now) {
+    return ExportRun(state, false).run(target, suffix, now);
+}
+
+ExportSummary exportTicked(const ScanState& state, const std::filesystem::path& target,
+                           const std::string& suffix, Date now) {
+    return ExportRun(state, true).run(target, suffix, now);
+}
+
+}  // namespace salvor

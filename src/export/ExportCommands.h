@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "export/Exporter.h"
+#include "util/Date.h"
+#include "util/DateUtils.h"
+
+namespace salvor {
+
+class ScanState;
+
+/// What an export command did. Nothing is thrown; every file that could not be written is named
+/// with its cause, and the other files are there.
+struct ExportSummary {
+    std::filesystem::path folder;  ///< the new folder; empty when it could not be made
+    std::vector<ExportedFile> written;
+    std::vector<ExportedFile> failed;
+    std::vector<std::string> omitted;  ///< categories with rows that this command never writes
+};
+
+/// The folder "<device name> - yyyy-MM-dd hh.mm a" in `target` (made when missing), with a file
+/// per category that has rows, named by the category and `suffix`, copies of the pictures and
+/// videos, and the device-information file. A folder of that name that exists already gives
+/// "... (2)" and so on.
+ExportSummary exportAll(const ScanState& state, const std::filesystem::path& target,
+                        const std::string& suffix, Date now = DateUtils::now());
+
+/// As `exportAll` with the ticked rows alone; applications, user dictionary, maps and the device
+/// information are left out, and ticked WhatsApp rows yield no file.
+ExportSummary exportTicked(const ScanState& state, const std::filesystem::path& target,
+                           const std::string& suffix, Date now = DateUtils::now());
+
+}  // namespace salvor

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "records/CallHistory.h"
+#include "services/abstractServices.h"
+#include "services/contactServices.h"
+
+namespace salvor {
+
+/// The call-history category. Both generations of the database are always tried, whatever the iOS
+/// version; a missing file yields nothing. Callers are looked up in the contact service.
+class CallHistoryService : public abstractServices {
+  public:
+    CallHistoryService(ScanState& state, const contactServices& contacts);
+
+    void RecoverFromIOSBackup(const DeviceInfo& device) override;
+    void doRecovery(const DeviceInfo& device);
+    void doRecovery5_6_7(const DeviceInfo& device);
+    void doRecovery8(const DeviceInfo& device);
+
+    /// Reads the live rows of both databases into `model`. No step of a scan calls it.
+    void getWhatisExisting(const DeviceInfo& device);
+
+  private:
+    template <class Fill>
+    void readCalls(const DeviceInfo& device, const char* storedName, const char* statement,
+                   Fill fill);
+    std::shared_ptr<Contact> contactOf(const CallHistory& call, bool byRowId) const;
+
+    const contactServices& contactServ_;
+    std::string callHistoryIOS567ConnectionString_;
+    std::string callHistoryIOS8ConnectionString_;
+};
+
+}  // namespace salvor

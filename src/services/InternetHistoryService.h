@@ -1,0 +1,20 @@
+#pragma once
+
+#include "services/abstractServices.h"
+
+namespace salvor {
+
+/// The browser history: reads the live visits of three candidate files. Nothing is carved, and a
+/// history that lies in two of the places is listed twice.
+class InternetHistoryService : public abstractServices {
+  public:
+    explicit InternetHistoryService(ScanState& state);
+
+    void RecoverFromIOSBackup(const DeviceInfo& device) override;
+    /// Lists the visits of the file with the current stored name.
+    void queryDbForHistory(const DeviceInfo& device);
+    /// Browser history is not carved.
+    void doRecovery(const DeviceInfo&) {}
+};
+
+}  // namespace salvor

@@ -1,0 +1,92 @@
+#include "services/NotesServices.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+#include "services/database/DatabaseNames.h"
+#include "services/database/RowReading.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kLiveNotes =
+    "SELECT DATETIME(ZNOTE.ZCREATIONDATE + 978307200, 'unixepoch', 'localtime') AS "
+    "DATETIME_ZCREATIONDATE, DATETIME(ZNOTE.ZMODIFICATIONDATE + 978307200, 'unixepoch', "
+    "'localtime') AS DATETIME_ZMODIFICATIONDATE, ZNOTE.ZTITLE, ZNOTE.ZSUMMARY, ZNOTEBODY.ZCONTENT "
+    "FROM ZNOTE INNER JOIN ZNOTEBODY ON ZNOTE.Z_PK = ZNOTEBODY.Z_PK";
+
+void fillNote(const ResultSet& row, Note& note) {
+    note.CreatedDate = row.stringForColumn("DATETIME_ZCREATIONDATE");
+    note.ModificationDate = row.stringForColumn("DATETIME_ZMODIFICATIONDATE");
+    note.Title = row.stringForColumn("ZTITLE");
+    note.Summary = row.stringForColumn("ZSUMMARY");
+    note.noteBody = std::make_shared<NoteBody>();
+    note.noteBody->Content = row.stringForColumn("ZCONTENT");
+}
+
+}  // namespace
+
+NotesServices::NotesServices(ScanState& state) : abstractServices(state, NotesIOS641SqliteDbName) {}
+
+void NotesServices::RecoverFromIOSBackup(const DeviceInfo& device) {
+    if (device.iOSMajorVersion >= 9) {
+        getWhatisExisting(device);
+        SqliteDbName_ = NotesIOS9SqliteDbName;
+        // Replaced below before it runs: deliberate.
+        recoveryNoteBodies_ = std::make_unique<NoteBodiesIOS9SQLiteRecovery>(state_, cancelled_);
+    }
+    const auto path = ConnectionFileFullPath(device);
+    recoveryNoteBodies_ = std::make_unique<NoteBodiesSQLiteRecovery>(state_, cancelled_);
+    recoveryNoteBodies_->DoRecoveryPath(path);
+    recoveryNotes_ = std::make_unique<NotesSQLiteRecovery>(state_, cancelled_);
+    recoveryNotes_->RecoveredData.assign(state_.DeletedNotes.begin(), state_.DeletedNotes.end());
+    recoveryNotes_->DoRecoveryPath(path);
+    recovered_ = static_cast<std::int32_t>(state_.DeletedNotes.size());
+    matchNotebodiesToNotes();
+}
+
+void NotesServices::getWhatisExisting(const DeviceInfo& device) {
+    dbUtils_ = std::make_shared<FMDBUtils>(ConnectionStringfromDevice(device).string(),
+                                           state_.sourcePolicy, cancelled_);
+    if (!dbUtils_->openDatabase()) return;
+    for (auto& note : readRows<Note>(dbUtils_->executeQuery(kLiveNotes), fillNote))
+        model_.push_back(std::move(note));
+    retrieved_ = static_cast<std::int32_t>(model_.size());
+}
+
+std::shared_ptr<NoteBody> NotesServices::FindNoteBodyFromOwner(std::int64_t owner) const {
+    if (recoveryNoteBodies_ == nullptr) return nullptr;
+    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered) {
+        auto body = std::dynamic_pointer_cast<NoteBody>(record);
+        if (body != nullptr && body->Owner == owner) return body;
+    }
+    return nullptr;
+}
+
+void NotesServices::matchNotebodiesToNotes() {
+    if (recoveryNoteBodies_ == nullptr) return;
+    std::unordered_map<std::int64_t, std::shared_ptr<NoteBody>> firstByOwner;
+    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered)
+        if (auto body = std::dynamic_pointer_cast<NoteBody>(record))
+            firstByOwner.try_emplace(body->Owner, body);
+    for (const auto& note : state_.DeletedNotes) {
+        if (note->noteBody != nullptr) continue;
+        const auto found = firstByOwner.find(note->noteBodyId);
+        if (found != firstByOwner.end()) note->noteBody = found->second;
+    }
+}
+
+void NotesServices::AdditionalFiltering() {
+    if (recoveryNoteBodies_ == nullptr) return;
+    std::unordered_set<std::string> attached;
+    for (const auto& note : state_.DeletedNotes)
+        if (note->noteBody != nullptr && note->noteBody->Content)
+            attached.insert(*note->noteBody->Content);
+    std::erase_if(recoveryNoteBodies_->RecoveredFiltered, [&](const auto& record) {
+        const auto* body = dynamic_cast<const NoteBody*>(record.get());
+        return body != nullptr && body->Content && attached.contains(*body->Content);
+    });
+    matchNotebodiesToNotes();
+}
+
+}  // namespace salvor

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <stop_token>
+#include <vector>
+
+#include "services/ServiceMakers.h"
+
+namespace salvor {
+
+/// Creates the service of every category for one scan and runs them on the calling thread.
+/// Different services may be run by different threads at once; each runs once per scan.
+class ServicesManager {
+  public:
+    ServicesManager(ScanState& state, const DeviceInfo& device,
+                    const ServiceMakers& makers = builtServices());
+    ServicesManager(const ServicesManager&) = delete;
+    ServicesManager& operator=(const ServicesManager&) = delete;
+    ~ServicesManager();
+
+    /// The device whose databases are read from now on. Not while a service runs.
+    void setDevice(const DeviceInfo& device) { device_ = device; }
+    const DeviceInfo& device() const { return device_; }
+
+    /// Runs `recoveryModules` in order; once `cancelled` is requested, no further one.
+    void StartRecovery(std::stop_token cancelled = {});
+    /// Runs the service with this `ServiceIndex`; any other number does nothing.
+    void StartRecoveryofService(int index, std::stop_token cancelled = {});
+
+    // Null for a category that is not built.
+    std::unique_ptr<abstractServices> whatsAppServ, callHistoryServ, calendarServ, noteServ,
+        messageServ, contactServ, dcmiServ, internetHistoryServ;
+    /// Messages, contacts, notes, calendars, call history, WhatsApp: neither camera roll nor
+    /// internet history.
+    std::vector<abstractServices*> recoveryModules;
+
+  private:
+    void run(abstractServices* service, const std::stop_token& cancelled) const;
+
+    DeviceInfo device_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,111 @@
+#include "services/contactServices.h"
+
+#include <array>
+#include <system_error>
+
+#include "recovery/carvers/ContactSearchsSQLiteRecovery.h"
+#include "recovery/carvers/ContactsSQLiteRecovery.h"
+#include "services/PersonStatement.h"
+#include "services/database/ContactDetails.h"
+#include "services/database/DatabaseNames.h"
+#include "services/database/RowReading.h"
+
+namespace salvor {
+namespace {
+
+struct TextColumn {
+    const char* column;
+    Text Contact::*member;
+};
+
+constexpr std::array<TextColumn, 20> kPersonColumns = {
+    {{"First", &Contact::FirstName},
+     {"Last", &Contact::LastName},
+     {"Middle", &Contact::MiddleName},
+     {"FirstPhonetic", &Contact::FirstPhonetic},
+     {"MiddlePhonetic", &Contact::MiddlePhonetic},
+     {"LastPhonetic", &Contact::LastPhonetic},
+     {"Organization", &Contact::Organization},
+     {"Department", &Contact::Department},
+     {"Note", &Contact::Note},
+     {"Birthday", &Contact::Birthday},
+     {"JobTitle", &Contact::JobTitle},
+     {"Nickname", &Contact::Nickname},
+     {"Prefix", &Contact::Prefix},
+     {"Suffix", &Contact::Suffix},
+     {"ExternalIdentifier", &Contact::ExternalIdentifier},
+     {"ExternalModificationTag", &Contact::ExternalModificationTag},
+     {"ExternalUUID", &Contact::ExternalUUID},
+     {"DisplayName", &Contact::DisplayName},
+     {"ImageURI", &Contact::ImageUri},
+     {"DateTimeCreationDate", &Contact::CreationDate}}};
+
+void fillPerson(const ResultSet& row, Contact& contact) {
+    contact.RowId = row.longLongIntForColumn("ROWID");
+    for (const auto& [column, member] : kPersonColumns)
+        contact.*member = row.stringForColumn(column);
+    contact.ModificationDate = row.stringForColumn("DateTimeModificationDate");
+}
+
+}  // namespace
+
+contactServices::contactServices(ScanState& state)
+    : abstractServices(state, ContactsIOS641SqliteDbName) {}
+
+void contactServices::RecoverFromIOSBackup(const DeviceInfo& device) {
+    initaliseForRecovery();
+    checkForExisitngData(device);
+}
+
+void contactServices::initaliseForRecovery() {
+    contactsAll_.clear();
+    byNumber_.clear();
+    byRowId_.clear();
+    retrieved_ = 0;
+    recovered_ = 0;
+}
+
+void contactServices::checkForExisitngData(const DeviceInfo& device) {
+    const auto path = ConnectionStringfromDevice(device);
+    readPersons(path);
+    ContactSearchsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(path);
+    ContactsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(path);
+    recovered_ = static_cast<std::int32_t>(state_.DeletedContact.size());
+}
+
+void contactServices::readPersons(const std::filesystem::path& path) {
+    dbUtils_ = std::make_shared<FMDBUtils>(path.string(), state_.sourcePolicy, cancelled_);
+    if (!dbUtils_->openDatabase()) return;
+    contactsAll_ = readRows<Contact>(dbUtils_->executeQuery(kPersonStatement), fillPerson);
+    numberRows(contactsAll_);
+    fillContactDetails(*dbUtils_, contactsAll_);
+    retrieved_ = static_cast<std::int32_t>(contactsAll_.size());
+    for (const auto& contact : contactsAll_) {
+        byRowId_.try_emplace(contact->RowId, contact);
+        for (const auto& number : contact->ContactNumbers)
+            if (number->Number && !number->Number->empty())
+                byNumber_.try_emplace(*number->Number, contact);
+    }
+}
+
+std::optional<std::filesystem::path> contactServices::ImagesConnectionString(
+    const DeviceInfo& device) const {
+    const auto path = BackupFiles(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY))
+                          .find(ContactsImagesIOS641SqliteDbName);
+    std::error_code error;
+    if (!path || std::filesystem::file_size(*path, error) == 0 || error) return std::nullopt;
+    return path;
+}
+
+std::shared_ptr<Contact> contactServices::FindContactByPhoneNumber(const Text& number) const {
+    if (!number) return nullptr;
+    const auto found = byNumber_.find(*number);
+    return found == byNumber_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<Contact> contactServices::FindContactByContactRowId(std::int64_t rowId) const {
+    const auto found = byRowId_.find(rowId);
+    return found == byRowId_.end() ? nullptr : found->second;
+}
+
+}  // namespace salvor

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace salvor {
+
+/// The stored name of a logical location ("domain-path"): SHA-1 over as many of its UTF-8 bytes as
+/// it has UTF-16 units, in lower-case hexadecimal. For a name that is not pure ASCII only a prefix
+/// is hashed: deliberate.
+std::string storedName(std::string_view location);
+
+}  // namespace salvor

@@ -1,0 +1,190 @@
+#include "app/ScanJob.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <map>
+#include <sys/stat.h>
+
+#include "tests/support/Digest.h"
+#include "tests/support/HashTree.h"
+#include "tests/support/SampleBackup.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Cancels its job when a status appears.
+class Watcher : public ScanObserver {
+  public:
+    ScanJob* job = nullptr;
+    std::string cancelAt;
+    void onStatus(int, const std::string& text) override {
+        if (job != nullptr && text == cancelAt) job->cancel();
+    }
+};
+
+class ScanJobs : public testing::Test {
+  protected:
+    ScanRequest request(std::int32_t category = 0) const {
+        ScanRequest made;
+        made.source = backup;
+        made.category = category;
+        made.workFolder = folder / "work";
+        made.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
+        return made;
+    }
+    static SampleOptions ios(int version) {
+        SampleOptions options;
+        options.ios = version;
+        return options;
+    }
+    SampleBackup sample(SampleOptions options = {}) const {
+        options.messages = 40;
+        return SampleBackup::write(backup, options);
+    }
+
+    TempFolder folder;
+    fs::path backup = folder / "backup";
+    Watcher watcher;
+    ScanJob job{watcher};
+};
+
+TEST_F(ScanJobs, ReadsALiveBackupOfEachGeneration) {
+    for (const int version : {4, 5, 6, 7, 8, 9}) {
+        fs::remove_all(backup);
+        const auto written = sample(ios(version));
+        ScanJob one(watcher);
+        const auto outcome = one.runScan(request(1));
+        EXPECT_EQ(outcome.result, ScanResult::Done) << outcome.message;
+        EXPECT_EQ(one.state().SMSContent.size(),
+                  SampleTruth::of(written.truth.live, "message").size())
+            << "iOS " << version;
+        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, version);
+        EXPECT_FALSE(outcome.encrypted);
+        EXPECT_TRUE(outcome.temp.empty());
+    }
+}
+
+std::map<std::string, std::int64_t> accessTimes(const fs::path& root) {
+    std::map<std::string, std::int64_t> times;
+    const auto look = [&](const fs::path& path) {
+        struct stat info {};
+        ASSERT_EQ(::lstat(path.c_str(), &info), 0);
+        times[path.string()] = info.st_atim.tv_sec;
+    };
+    // Listing a folder moves the folder's own time.
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        if (entry.is_regular_file()) look(entry.path());
+    }
+    return times;
+}
+
+TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
+    for (const bool nested : {false, true}) {
+        fs::remove_all(backup);
+        auto options = ios(nested ? 9 : 5);
+        options.nested = nested;
+        sample(options);
+        // Older than the content, so that any plain read would move them.
+        for (const auto& entry : fs::recursive_directory_iterator(backup)) {
+            const timespec past[2] = {{1'000'000'000, 0}, {0, UTIME_OMIT}};
+            ASSERT_EQ(::utimensat(AT_FDCWD, entry.path().c_str(), past, 0), 0);
+        }
+        const auto timesBefore = accessTimes(backup);
+        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(accessTimes(backup), timesBefore);
+
+        const auto before = hashTree(backup);
+        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(hashTree(backup), before);
+    }
+}
+
+TEST_F(ScanJobs, AskForMissingPropertyLists) {
+    fs::create_directories(backup);
+    EXPECT_EQ(job.runScan(request()).message,
+              "\"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. Not "
+              "able to recover data.Do you want to continue anyway?");
+    auto anyway = request();
+    anyway.continueAnyway = true;
+    const auto outcome = ScanJob(watcher).runScan(anyway);
+    EXPECT_EQ(outcome.result, ScanResult::Done);
+    EXPECT_TRUE(outcome.versionUnknown);
+    EXPECT_EQ(outcome.temp, folder / "work/Temp");
+}
+
+TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
+    auto options = ios(8);
+    options.lockdownOnly = true;
+    sample(options);
+    struct Case {
+        std::optional<std::string> wanted;
+        int major;
+        int minor;
+    };
+    for (const auto& [wanted, major, minor] :
+         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}}) {
+        auto asked = request(3);
+        asked.ios = wanted;
+        ScanJob one(watcher);
+        const auto outcome = one.runScan(asked);
+        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, major);
+        EXPECT_EQ(one.state().deviceInfo.iOSMinorVersion, minor);
+        EXPECT_EQ(outcome.versionUnknown, major == 0);
+        ASSERT_TRUE(outcome.versions.lockdown);
+        EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
+    }
+    auto automatic = request(3);
+    automatic.ios = "auto";
+    job.runScan(automatic);
+    EXPECT_EQ(job.state().deviceInfo.iOSMajorVersion, 8);
+}
+
+TEST_F(ScanJobs, SayThatABackupIsEncrypted) {
+    auto options = ios(7);
+    options.encrypted = true;
+    sample(options);
+    const auto outcome = job.runScan(request(1));
+    EXPECT_TRUE(outcome.encrypted);
+    EXPECT_EQ(outcome.result, ScanResult::Done);
+}
+
+TEST_F(ScanJobs, RefuseWhatTheyCannotUse) {
+    sample();
+    writeWholeFile(folder / "file.txt", "");
+    fs::create_directories(folder / "work/Temp");
+    const auto with = [&](auto change) {
+        auto asked = request();
+        change(asked);
+        return ScanJob(watcher).runScan(asked).result;
+    };
+    EXPECT_EQ(with([&](auto& r) { r.source = folder / "missing"; }), ScanResult::SourceUnusable);
+    EXPECT_EQ(with([&](auto& r) { r.source = folder / "file.txt"; }), ScanResult::SourceUnusable);
+    EXPECT_EQ(with([&](auto& r) { r.category = 9; }), ScanResult::InvalidRequest);
+    EXPECT_EQ(with([&](auto& r) { r.category = -1; }), ScanResult::InvalidRequest);
+    for (const char* version : {"", "x", "7.", ".1", "7,1", "-7.0", "7.1 "}) {
+        EXPECT_EQ(with([&](auto& r) { r.ios = version; }), ScanResult::InvalidRequest) << version;
+    }
+    EXPECT_EQ(with([&](auto& r) { r.workFolder = backup / "out"; }), ScanResult::InvalidRequest);
+    // Before it begins, even when no picture is asked for.
+    EXPECT_EQ(with([](auto& r) { r.category = 1; }), ScanResult::WorkFolderRefused);
+    EXPECT_TRUE(fs::is_empty(folder / "work/Temp"));
+}
+
+TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
+    sample();
+    watcher.job = &job;
+    watcher.cancelAt = "Contacts";
+    EXPECT_EQ(job.runScan(request()).result, ScanResult::Cancelled);
+    EXPECT_FALSE(job.state().SMSContent.empty());
+
+    ScanJob early(watcher);
+    early.cancel();
+    EXPECT_EQ(early.runScan(request()).result, ScanResult::Cancelled);
+    EXPECT_TRUE(early.state().SMSContent.empty());
+}
+
+}  // namespace
+}  // namespace salvor

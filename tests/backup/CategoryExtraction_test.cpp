@@ -1,0 +1,202 @@
+#include "backup/CategoryExtraction.h"
+
+#include <gmock/gmock.h>
+
+#include "backup/CategoryDatabases.h"
+#include "backup/ParseMbdb.h"
+#include "tests/support/Digest.h"
+#include "tests/support/SqliteFile.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kFirstWhatsApp = "1b6b187a1b60b9ae8b720c79e2c67f472bab09c0";
+constexpr auto kSecondWhatsApp = "7c7fba66680ef796b916b067077cc246adacf01d";
+constexpr auto kSuspendState = "daa5ae5308250ad766b12e280198bc3a432b671e";
+
+class Extraction : public testing::Test, public ScanObserver {
+  protected:
+    Extraction() {
+        std::filesystem::create_directories(backup);
+        state.BACKUP_DIRECTORY = backup.string();
+        state.observer = this;
+        state.deviceInfo.iOSMajorVersion = 7;
+    }
+    void onStatus(int, const std::string& text) override {
+        if (text == cancelAt) state.IsCancelFlag = true;
+    }
+    std::filesystem::path stored(const std::string& domain, const std::string& path) const {
+        return backup / ParseMbdb::storedName(domain, path);
+    }
+    /// A message database with `count` messages of one handle.
+    void writeMessages(int count) const {
+        SqliteFile database(stored("HomeDomain", "Library/SMS/sms.db"), {});
+        database.execute("CREATE TABLE handle (id TEXT)");
+        database.execute(
+            "CREATE TABLE message (attributedBody BLOB, text TEXT, date INTEGER, error INTEGER, "
+            "is_from_me INTEGER, handle_id INTEGER, guid TEXT)");
+        for (int i = 0; i < count; ++i) {
+            database.execute("INSERT INTO message (text, date) VALUES ('hello', 1)");
+        }
+    }
+    ExtractionResult extract(std::int32_t dataType) {
+        WorkFolder work(folder / "work");
+        CategoryExtraction extraction(state, work);
+        extraction.prepare(dataType);
+        return extraction.read(dataType);
+    }
+    std::vector<std::string> statuses() const {
+        std::vector<std::string> texts;
+        for (const auto& [code, text] : state.statusHistory()) {
+            texts.push_back(std::to_string(code) + " " + text);
+        }
+        return texts;
+    }
+
+    TempFolder folder;
+    std::filesystem::path backup = folder / "backup";
+    ScanState state;
+    std::string cancelAt;
+};
+
+struct NamesCase {
+    std::int32_t major;
+    const char* calls;
+    const char* dictionary;
+    const char* internet;
+};
+
+class DatabaseNames : public Extraction, public testing::WithParamInterface<NamesCase> {};
+
+TEST_P(DatabaseNames, FollowTheVersion) {
+    writeWholeFile(backup / kFirstWhatsApp, "x");
+    state.deviceInfo.iOSMajorVersion = GetParam().major;
+    setupDataBase(state);
+    EXPECT_EQ(state.CALLHISTORY_DATABASE, GetParam().calls);
+    EXPECT_EQ(state.DYNAMICDIT_DATABASE, GetParam().dictionary);
+    EXPECT_EQ(state.INTERNET_HISTROY_DATABASE, GetParam().internet);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kFirstWhatsApp);
+
+    // Without the WhatsApp file both names change, on every version.
+    writeWholeFile(backup / kFirstWhatsApp, "");
+    setupDataBase(state);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kSecondWhatsApp);
+    EXPECT_EQ(state.INTERNET_HISTROY_DATABASE, kSuspendState);
+    EXPECT_EQ(state.CALLHISTORY_DATABASE, GetParam().calls);
+}
+
+constexpr auto kOldCalls = "2b2b0084a1bc3a5ac8c27afdf14afb42c61a19ca";
+constexpr auto kNewCalls = "5a4935c78a5255723f707230a451d79c540d2741";
+constexpr auto kOldWords = "0df474a536db7908bb69cc9b430b94a871ae7752";
+constexpr auto kNewWords = "0b68edc697a550c9b977b77cd012fa9a0557dfcb";
+constexpr auto kOldSafari = "1d6740792a2b845f4c1e6220c43906d7f0afe8ab";
+constexpr auto kNewSafari = "ed50eadf14505ef0b433e0c4a380526ad6656d3a";
+
+INSTANTIATE_TEST_SUITE_P(Versions, DatabaseNames,
+                         testing::Values(NamesCase{0, kOldCalls, kOldWords, kOldSafari},
+                                         NamesCase{4, kOldCalls, kOldWords, kOldSafari},
+                                         NamesCase{5, kOldCalls, kNewWords, kOldSafari},
+                                         NamesCase{6, kOldCalls, kNewWords, kOldSafari},
+                                         NamesCase{7, kOldCalls, kNewWords, kNewSafari},
+                                         NamesCase{8, kNewCalls, kNewWords, kNewSafari}));
+
+// The constants stand for these places.
+TEST_F(Extraction, StoredNamesAreTheDigestsOfTheirPlaces) {
+    setupDataBase(state);
+    const auto name = ParseMbdb::storedName;
+    EXPECT_EQ(state.SMS_DATABASE, name("HomeDomain", "Library/SMS/sms.db"));
+    EXPECT_EQ(state.ADDRESSBOOK_DATABASE,
+              name("HomeDomain", "Library/AddressBook/AddressBook.sqlitedb"));
+    EXPECT_EQ(state.CALENDAR_DATABASE, name("HomeDomain", "Library/Calendar/Calendar.sqlitedb"));
+    EXPECT_EQ(state.NOTES_DATABASE, name("HomeDomain", "Library/Notes/notes.sqlite"));
+    EXPECT_EQ(state.MAPHISTORY_DATABASE, name("HomeDomain", "Library/Maps/History.plist"));
+    EXPECT_EQ(state.KEYCHAIN_DATABASE, name("KeychainDomain", "keychain-backup.plist"));
+    EXPECT_EQ(state.ACCOUNT_DATABASE,
+              name("HomeDomain", "Library/Preferences/com.apple.accountsettings.plist"));
+    EXPECT_EQ(kNotesStoreIOS9, name("AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite"));
+    EXPECT_EQ(kOldCalls, name("WirelessDomain", "Library/CallHistory/call_history.db"));
+    EXPECT_EQ(kNewCalls, name("HomeDomain", "Library/CallHistoryDB/CallHistory.storedata"));
+    EXPECT_EQ(state.WHATSAPP_DATABASE,
+              name("AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "ChatStorage.sqlite"));
+    EXPECT_EQ(kFirstWhatsApp,
+              name("AppDomain-net.whatsapp.WhatsApp", "Documents/ChatStorage.sqlite"));
+    EXPECT_EQ(kSuspendState,
+              name("AppDomain-com.apple.mobilesafari", "Library/Safari/SuspendState.plist"));
+}
+
+TEST_F(Extraction, OfEverythingShowsTheMessageCountForMostCategories) {
+    writeMessages(3);
+    EXPECT_EQ(extract(0), ExtractionResult::Complete);
+    EXPECT_EQ(state.SMSContent.size(), 3u);
+    EXPECT_EQ(state.SMSCount, 3);
+    EXPECT_THAT(
+        statuses(),
+        testing::ElementsAre("0 SMS", "3 3 SMS Retreived", "0 Contacts", "3 3 Contacts Retreived",
+                             "0 Call History", "3 0 CallHistory Retreived", "0 WhatsApp",
+                             "3 0 WhatsApp Retreived", "0 Notes", "3 3 Notes Retreived",
+                             "0 Calendar", "3 3 Calendar Retreived"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "work/Temp/Photos"));
+}
+
+TEST_F(Extraction, OfContactsAloneShowsTheMessagesOfTheScanBefore) {
+    writeMessages(3);
+    extract(1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "work/Temp")) << "pictures were not asked for";
+    extract(3);
+    EXPECT_EQ(state.SMSContent.size(), 3u);
+    EXPECT_EQ(statuses().back(), "3 3 Contacts Retreived");
+}
+
+TEST_F(Extraction, ReplacesWhatAnEarlierScanLeft) {
+    writeMessages(2);
+    extract(1);
+    state.DeletedSMS.resize(5);
+    state.DeletedSMSCount = 5;
+    state.unKnownCount = 9;
+    extract(1);
+    EXPECT_EQ(state.SMSContent.size(), 2u);
+    EXPECT_EQ(state.AllSMSContent.size(), 2u);
+    EXPECT_TRUE(state.DeletedSMS.empty());
+    EXPECT_EQ(state.DeletedSMSCount, 0);
+    EXPECT_EQ(state.unKnownCount, 0);
+}
+
+TEST_F(Extraction, OfABrokenOrMissingDatabaseIsEmpty) {
+    writeWholeFile(stored("HomeDomain", "Library/SMS/sms.db"), std::string(5000, 'x'));
+    EXPECT_EQ(extract(1), ExtractionResult::Complete);
+    EXPECT_EQ(statuses().back(), "3 0 SMS Retreived");
+    EXPECT_EQ(extract(8), ExtractionResult::Complete);
+    EXPECT_FALSE(std::filesystem::exists(backup / state.CALENDAR_DATABASE));
+}
+
+TEST_F(Extraction, ListsTheNotesOfBothStores) {
+    SqliteFile older(stored("HomeDomain", "Library/Notes/notes.sqlite"), {});
+    older.execute(
+        "CREATE TABLE ZNOTE (Z_PK INTEGER PRIMARY KEY, ZGUID TEXT, ZCREATIONDATE REAL, "
+        "ZTITLE TEXT, ZSUMMARY TEXT, ZDELETEDFLAG INTEGER)");
+    older.execute(
+        "CREATE TABLE ZNOTEBODY (Z_PK INTEGER PRIMARY KEY, ZOWNER INTEGER, ZCONTENT TEXT)");
+    older.execute("INSERT INTO ZNOTE VALUES (1, 'g', 0, 'title', 's', 0)");
+    older.execute("INSERT INTO ZNOTEBODY VALUES (1, 1, 'body')");
+    EXPECT_EQ(extract(6), ExtractionResult::Complete);
+    EXPECT_EQ(state.NotesContent.size(), 1u);
+    EXPECT_EQ(state.NoteCount, 1);
+}
+
+TEST_F(Extraction, EndsBetweenStepsWhenCancelled) {
+    writeMessages(3);
+    cancelAt = "SMS";
+    EXPECT_EQ(extract(0), ExtractionResult::Cancelled);
+    EXPECT_THAT(statuses(), testing::ElementsAre("0 SMS", "3 3 SMS Retreived"));
+    EXPECT_EQ(state.SMSContent.size(), 3u) << "what was read stays";
+}
+
+TEST_F(Extraction, NeedsAPlaceForThePictures) {
+    std::filesystem::create_directories(folder / "work/Temp");
+    EXPECT_EQ(extract(2), ExtractionResult::NoWorkFolder);
+    EXPECT_EQ(extract(1), ExtractionResult::Complete);
+}
+
+}  // namespace
+}  // namespace salvor

@@ -1,0 +1,142 @@
+#include "backup/PropertyList.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+#include "backup/PropertyListGuard.h"
+#include "tests/support/Digest.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+using namespace std::string_literals;
+
+PropertyList parse(const std::string& text) {
+    return PropertyList::parse({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+PropertyListDictionary sample() {
+    PropertyListDictionary inner;
+    inner.text("DeviceName", "Inner");
+    PropertyListDictionary top;
+    top.text("Name", "J\xC3\xBCrgen <&>").text("Empty", "").text("Yes", "yes").text("No", "no");
+    top.boolean("True", true).boolean("False", false).integer("Two", 2).integer("Zero", 0);
+    top.date("Date", 1'000'000'000).data("Data", "\x01\x00\x02"s).emptyArray("Array");
+    top.dictionary("Lockdown", std::move(inner));
+    return top;
+}
+
+std::string written(bool binary) {
+    const TempFolder folder;
+    const auto file = folder / "a.plist";
+    binary ? sample().writeBinary(file) : sample().writeXml(file);
+    return readWholeFile(file);
+}
+
+TEST(PropertyList, ReadsBothFormsAlike) {
+    for (const bool binary : {false, true}) {
+        const PropertyList list = parse(written(binary));
+        EXPECT_EQ(list.text("Name"), Text("J\xC3\xBCrgen <&>"));
+        EXPECT_EQ(list.text("Empty"), Text(""));
+        EXPECT_EQ(list.text("Missing"), std::nullopt);
+        EXPECT_EQ(list.text("Two"), std::nullopt);
+        EXPECT_TRUE(list.has("Data"));
+        for (const char* key : {"Yes", "True", "Two"}) EXPECT_EQ(list.boolean(key), true) << key;
+        for (const char* key : {"No", "Empty", "False", "Zero", "Array"}) {
+            EXPECT_EQ(list.boolean(key), false) << key;
+        }
+        EXPECT_EQ(list.boolean("Missing"), std::nullopt);
+        EXPECT_EQ(list.dictionary("Lockdown").text("DeviceName"), Text("Inner"));
+        EXPECT_FALSE(list.dictionary("Name").has("DeviceName"));
+    }
+}
+
+TEST(PropertyList, ReadsWhatPeopleAndToolsPutAroundTheDictionary) {
+    const auto list = parse(
+        "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<!-- <dict> -->\n"
+        "<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" \"http://x/y.dtd\">\n"
+        "<plist version=\"1.0\"><dict ><key>A</key><!-- </dict> --><string>b</string>\n"
+        "<key>C</key><true/></dict></plist>\n");
+    EXPECT_EQ(list.text("A"), Text("b"));
+    EXPECT_EQ(list.boolean("C"), true);
+}
+
+std::string nestedXml(int depth) {
+    std::string text = "<plist>";
+    for (int i = 0; i < depth; ++i) text += "<dict><key>k</key>";
+    text += "<true/>";
+    for (int i = 0; i < depth; ++i) text += "</dict>";
+    return text + "</plist>";
+}
+
+// An array for each object, the next one referred to `copies` times; the last is "true".
+std::string chainedBinary(int objects, int copies) {
+    std::string text = "bplist00";
+    std::string table;
+    const auto place = [&](const std::string& object) {
+        table += static_cast<char>(text.size() >> 8);
+        table += static_cast<char>(text.size() & 0xFF);
+        text += object;
+    };
+    place("\xD1\x01\x02"s);
+    place("\x51k"s);
+    for (int i = 2; i < objects - 1; ++i) {
+        place(static_cast<char>(0xA0 | copies) +
+              std::string(static_cast<std::size_t>(copies), static_cast<char>(i + 1)));
+    }
+    place("\x09"s);
+    const auto tableAt = text.size();
+    text += table;
+    text += std::string(6, '\0') + "\x02\x01"s + std::string(7, '\0') + static_cast<char>(objects);
+    text += std::string(8, '\0') + std::string(6, '\0') + static_cast<char>(tableAt >> 8) +
+            static_cast<char>(tableAt & 0xFF);
+    return text;
+}
+
+TEST(PropertyList, GarbageIsAnEmptyDictionary) {
+    const std::string cyclic = [] {
+        std::string text = chainedBinary(5, 1);
+        text[text.find('\xA1') + 1] = 2;  // the first array holds itself
+        return text;
+    }();
+    for (const auto& text :
+         {""s, "x"s, "<"s, "bplist00"s, "bplist00"s + std::string(40, '\xFF'), "<plist>"s,
+          "<plist><array/></plist>"s, "<plist><dict><key>k</key><string>v"s, "<!-- never closed"s,
+          "<plist><dict a=\"></dict>\"><key>k</key><true/></dict></plist>"s,
+          "<!DOCTYPE p [<!ENTITY e \"e\">]><plist><dict><key>k</key><true/></dict></plist>"s,
+          std::string(100'000, '<'), nestedXml(100'000), chainedBinary(200, 1),
+          chainedBinary(60, 4), cyclic}) {
+        EXPECT_FALSE(parse(text).has("k")) << text.substr(0, 60);
+    }
+    EXPECT_TRUE(parse(nestedXml(20)).has("k"));
+    EXPECT_TRUE(parse(chainedBinary(10, 2)).has("k"));
+}
+
+TEST(PropertyList, MissingFilesAndFoldersAreEmpty) {
+    const TempFolder folder;
+    EXPECT_FALSE(PropertyList::read(folder / "missing.plist").has("k"));
+    EXPECT_FALSE(PropertyList::read(folder.path()).has("k"));
+}
+
+// Damaged lists never crash; what they still hold is read or not.
+TEST(PropertyList, SurvivesDamageAnywhere) {
+    std::mt19937 random(7);
+    for (const bool binary : {false, true}) {
+        const std::string sound = written(binary);
+        for (std::size_t length = 0; length < sound.size(); ++length) {
+            const std::string cut(sound, 0, length);
+            EXPECT_NE(parse(cut).boolean("Missing"), true);
+            for (int i = 0; i < 4; ++i) {
+                std::string bent = sound;
+                bent[length] = static_cast<char>(random());
+                bent[random() % bent.size()] = static_cast<char>(random());
+                EXPECT_EQ(parse(bent).boolean("Missing"), std::nullopt);
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace salvor

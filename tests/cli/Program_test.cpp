@@ -1,0 +1,171 @@
+#include "cli/Program.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/CommandLine.h"
+#include "tests/support/Digest.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// A folder with what a person may name by mistake. "@" in a case stands for it.
+class ProgramTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::create_directories(folder_ / "empty");
+        fs::create_directories(folder_ / "backup");
+        for (const char* name : {"backup/Info.plist", "backup/Manifest.plist",
+                                 "backup/Status.plist", "file", "garbage.mbdb"})
+            writeWholeFile(folder_ / name, "\x01\x02 no property list");
+        writeWholeFile(folder_ / "header.mbdb", std::string("mbdb\x05\0", 6));
+        writeWholeFile(folder_ / "ticked.json", R"({"messages": [1, 2)");
+        writeWholeFile(folder_ / "unknown.json", R"({"letters": [1]})");
+        writeWholeFile(folder_ / "zero.json", R"({"calls": [0]})");
+        writeWholeFile(folder_ / "deep.json", std::string(100'000, '['));
+        writeWholeFile(folder_ / "signatures.xml",
+                       "<signatures><signature name='HomeDomain' database='sms.db' table='T'>"
+                       "<pattern><version value='iOS56'/><header>[1];[0];[-1]</header></pattern>"
+                       "</signature></signatures>");
+        writeWholeFile(folder_ / "broken.xml", "<signatures>\n<signature name=</signatures>");
+        fs::create_directory_symlink(folder_ / "backup", folder_ / "link");
+    }
+
+    /// The words of `line`, "@" replaced by the folder.
+    std::vector<std::string> words(const std::string& line) const {
+        std::istringstream input(line);
+        std::vector<std::string> all;
+        for (std::string word; input >> word; all.push_back(word))
+            if (const auto at = word.find('@'); at != std::string::npos)
+                word.replace(at, 1, folder_.path().string());
+        return all;
+    }
+
+    TempFolder folder_;
+};
+
+TEST_F(ProgramTest, AnswersWrongCommandLines) {
+    struct Case {
+        const char* line;
+        int status;
+        const char* err;
+    };
+    const Case cases[] = {
+        {"", 2, "no command"},
+        {"scna @/backup", 2, "scna"},
+        {"scan", 2, "BACKUP"},
+        {"scan @/backup @/empty", 2, "empty"},
+        {"scan @/backup --unknown", 2, "--unknown"},
+        {"scan @/backup --export", 2, "--export"},
+        {"scan @/backup --export=", 2, "--export"},
+        {"scan @/backup --category letters", 2, "letters"},
+        {"scan @/backup --category 9", 2, "9"},
+        {"scan @/backup --ios seven --continue-anyway", 2, "seven"},
+        {"scan @/backup --log-level loud", 2, "loud"},
+        {"scan @/backup --suffix a/b", 2, "--suffix"},
+        {"scan @/backup --ticked @/zero.json", 2, "--export"},
+        {"scan @/backup --export @/out --ticked @/absent.json", 2, "absent.json"},
+        {"scan @/backup --export @/out --ticked @/ticked.json", 2, "ticked.json: is not JSON"},
+        {"scan @/backup --export @/out --ticked @/unknown.json", 2, "letters"},
+        {"scan @/backup --export @/out --ticked @/zero.json", 2, "no serial number"},
+        {"scan @/backup --export @/out --ticked @/deep.json", 2, "nested"},
+        {"scan @/backup --export @/backup/out", 2, "inside the backup"},
+        {"scan @/backup --export @/link/new/deeper", 2, "inside the backup"},
+        {"scan @/backup/Status.plist --json @/backup/x.json", 2, "inside the backup"},
+        {"scan @/link --work @/backup", 2, "inside the backup"},
+        {"scan @/absent", 3, "absent: no such folder"},
+        {"scan @/file", 3, "file: is neither"},
+        {"scan @/empty", 3, "is missing. Please check the backup file."},
+        {"scan @/backup", 3, "Do you want to continue anyway?"},
+        {"scan @/backup --signatures @/absent.xml", 3, "absent.xml: No such file"},
+        {"scan @/backup --continue-anyway --export @/file/out", 5, "file"},
+        {"scan @/backup --continue-anyway --json @/absent/x.json", 5, "absent"},
+        {"scan @/backup --continue-anyway --json @/empty", 5, "empty: is a folder"},
+        {"info @/absent", 3, "absent: no such folder"},
+        {"info @/empty", 3, "empty: is no backup folder"},
+        {"info @/backup", 3, "Info.plist"},
+        {"list --root @/absent", 3, "absent: no such folder"},
+        {"list @/empty", 2, "empty"},
+        {"index @/absent", 3, "absent: no such file"},
+        {"index @/empty", 3, "empty: holds no Manifest.mbdb"},
+        {"index @/backup/Info.plist", 3, "backup/Info.plist: holds no Manifest.mbdb"},
+        {"index @/garbage.mbdb", 3, "garbage.mbdb: is no index"},
+        {"signatures @/absent.xml", 3, "absent.xml: No such file"},
+        {"signatures @/empty", 3, "empty: is a folder"},
+        {"signatures @/broken.xml", 3, "broken.xml: "},
+        {"carve @/file", 2, "--"},
+        {"carve --signatures @/absent.xml --domain D --database N --table T @/file", 3,
+         "absent.xml: No such file"},
+        {"carve --signatures @/signatures.xml --domain D --database N --table T @/absent", 3,
+         "absent: No such file"},
+        {"carve --signatures @/signatures.xml --domain D --database N --table T @/empty", 3,
+         "empty: is a folder"},
+    };
+    for (const auto& [line, status, err] : cases) {
+        const auto ran = runSalvor(words(line));
+        EXPECT_EQ(ran.status, status) << line << '\n' << ran.err;
+        EXPECT_EQ(ran.out, "") << line;
+        const auto firstLine = ran.err.substr(0, ran.err.find('\n'));
+        EXPECT_THAT(firstLine, StartsWith("salvor: error: ")) << line;
+        EXPECT_THAT(firstLine, HasSubstr(err)) << line;
+        const bool usage = ran.err.find("\nusage: salvor ") != std::string::npos;
+        EXPECT_EQ(usage, status == 2) << line << '\n' << ran.err;
+    }
+    EXPECT_FALSE(fs::exists(folder_ / "out"));
+}
+
+TEST_F(ProgramTest, HelpsEverywhere) {
+    EXPECT_THAT(runSalvor({"--version"}).out, StartsWith("salvor "));
+    const auto overview = runSalvor({"--help"});
+    EXPECT_EQ(overview.status, 0);
+    for (const char* name : {"scan", "info", "list", "index", "carve", "signatures"}) {
+        EXPECT_THAT(overview.out, HasSubstr(fmt::format("\n  {} ", name)));
+        const auto help = runSalvor({name, "--help"});
+        EXPECT_EQ(help.status, 0) << name;
+        EXPECT_EQ(help.err, "") << name;
+        EXPECT_THAT(help.out, StartsWith(fmt::format("usage: salvor {} ", name)));
+        std::istringstream lines(help.out);
+        for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;
+    }
+    EXPECT_THAT(runSalvor({"scan", "@", "--help"}).out, HasSubstr("--continue-anyway"));
+}
+
+TEST_F(ProgramTest, NamesThatLookLikeWordsOfTheCommandLineAreTakenAsTheyStand) {
+    // A folder called like a command, and a value that begins with a dash.
+    const auto ran = runSalvor({"scan", "list", "--suffix", "-x"});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.err, HasSubstr("list: no such folder"));
+}
+
+TEST_F(ProgramTest, ListsSignatures) {
+    const auto ran = runSalvor(words("signatures @/signatures.xml"));
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_THAT(ran.out, StartsWith("HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\n"));
+}
+
+TEST_F(ProgramTest, AnIndexWithoutRecordsIsEmpty) {
+    EXPECT_EQ(runSalvor(words("index @/header.mbdb --json")).status, 0);
+    EXPECT_EQ(runSalvor(words("index @/header.mbdb --json")).out, "");
+}
+
+TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
+    std::ostringstream err;
+    std::ostringstream out;
+    out.setstate(std::ios::badbit);
+    EXPECT_EQ(run({"--version"}, out, err), 5);
+    EXPECT_THAT(err.str(), StartsWith("salvor: error: standard output: "));
+
+    Console console{out, err};
+    console.readerGone = [] { return true; };
+    EXPECT_EQ(run({"--version"}, console), 0);
+}
+
+}  // namespace
+}  // namespace salvor::cli

@@ -1,0 +1,122 @@
+#include "services/ServicesManager.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "services/MessageServices.h"
+#include "services/messageServicesIOS7_8.h"
+
+namespace salvor {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+/// Notes what is asked of it.
+class RecordingService : public abstractServices {
+  public:
+    RecordingService(ScanState& state, std::string name, Calls& calls)
+        : abstractServices(state, std::move(name)), calls_(calls) {}
+    void RecoverFromIOSBackup(const DeviceInfo& device) override {
+        calls_.push_back(SqliteDbName() + device.DeviceName.value_or(""));
+        if (onRun) onRun();
+    }
+    bool cancelled() const { return cancelled_.stop_requested(); }
+    std::function<void()> onRun;
+
+  private:
+    Calls& calls_;
+};
+
+class Manager : public ::testing::Test {
+  protected:
+    ServiceMakers recording() {
+        const std::pair<ServiceIndex, const char*> names[] = {
+            {ServiceIndex::Messages, "messages"},   {ServiceIndex::CameraRoll, "roll"},
+            {ServiceIndex::Contacts, "contacts"},   {ServiceIndex::CallHistory, "calls"},
+            {ServiceIndex::Calendars, "events"},    {ServiceIndex::Notes, "notes"},
+            {ServiceIndex::InternetHistory, "web"}, {ServiceIndex::WhatsApp, "chats"}};
+        ServiceMakers makers;
+        for (const auto& [index, name] : names) {
+            makers[index] = [this, name = std::string(name)](ScanState& scan, const DeviceInfo&) {
+                made.push_back(name);
+                return std::make_unique<RecordingService>(scan, name, calls);
+            };
+        }
+        return makers;
+    }
+
+    ScanState state;
+    DeviceInfo device;
+    Calls made, calls;
+};
+
+TEST_F(Manager, MakesAndRunsTheServicesInTheirOrders) {
+    ServicesManager manager(state, device, recording());
+    EXPECT_EQ(made,
+              (Calls{"chats", "calls", "events", "notes", "messages", "contacts", "roll", "web"}));
+    manager.StartRecovery();
+    EXPECT_EQ(calls, (Calls{"messages", "contacts", "notes", "events", "calls", "chats"}));
+}
+
+TEST_F(Manager, RunsOneServiceByItsNumber) {
+    ServicesManager manager(state, device, recording());
+    DeviceInfo other;
+    other.DeviceName = "!";
+    manager.setDevice(other);
+    for (int index = -1; index < 10; ++index) manager.StartRecoveryofService(index);
+    EXPECT_EQ(calls, (Calls{"messages!", "roll!", "contacts!", "calls!", "events!", "notes!",
+                            "web!", "chats!"}));
+}
+
+TEST_F(Manager, CategoriesThatAreNotBuiltYieldNothing) {
+    ServicesManager manager(state, device, {});
+    for (int index = 0; index < 8; ++index) manager.StartRecoveryofService(index);
+    manager.StartRecovery();
+    EXPECT_EQ(manager.noteServ, nullptr);
+}
+
+TEST_F(Manager, HandsTheCancelOnAndStopsBetweenServices) {
+    ServicesManager manager(state, device, recording());
+    std::stop_source source;
+    auto& first = static_cast<RecordingService&>(*manager.messageServ);
+    first.onRun = [&] { source.request_stop(); };
+    manager.StartRecovery(source.get_token());
+    EXPECT_EQ(calls, Calls{"messages"});
+    EXPECT_TRUE(first.cancelled());
+}
+
+TEST_F(Manager, DrivesTheChatLayoutWhateverTheVersion) {
+    for (const int version : {4, 5, 9}) {
+        device.iOSMajorVersion = version;
+        ServicesManager manager(state, device);
+        EXPECT_NE(dynamic_cast<messageServicesIOS7_8*>(manager.messageServ.get()), nullptr);
+    }
+}
+
+TEST_F(Manager, ServicesFindTheirDatabase) {
+    auto name = (std::filesystem::temp_directory_path() / "salvor-services-XXXXXX").string();
+    const std::filesystem::path folder = mkdtemp(name.data());
+    state.BACKUP_DIRECTORY = folder.string();
+    const RecordingService service(state, "3dname", calls);
+    EXPECT_EQ(service.ConnectionFileFullPath(device), folder / "3dname");
+    EXPECT_EQ(service.ConnectionString(device), std::nullopt);
+    std::filesystem::create_directory(folder / "3d");
+    std::ofstream(folder / "3d" / "3dname") << "x";
+    EXPECT_EQ(service.ConnectionString(device), folder / "3d" / "3dname");
+    device.fullPath = "";
+    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "3d" / "3dname");
+    device.fullPath = (folder / "own").string();
+    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "own");
+    EXPECT_EQ(service.ConnectionString(device), std::nullopt);
+    EXPECT_EQ(service.retrieved(), 0);
+    EXPECT_EQ(service.recovered(), 0);
+    EXPECT_TRUE(service.model().empty());
+    std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace salvor
