@@ -41,20 +41,30 @@ bool fits(const CompiledPattern& pattern, const std::uint8_t* bytes) {
 }
 
 // The first position from `position` to `last` where the pattern fits, or `last` + 1. Only for
-// positions whose longest span lies inside the data, so no read can fail here.
+// positions whose longest span lies inside the data, so no read can fail here. Most positions are
+// turned down by the first bytes of four columns, all taken to be one byte long until one is not.
+template <bool kRowId>
 std::int64_t scan(const CompiledPattern& pattern, const std::uint8_t* data, std::int64_t position,
                   std::int64_t last) {
-    if (pattern.beginsWithRowId) {
-        // Behind a one-byte row id the first checked column begins three bytes on.
-        for (; position <= last; ++position) {
-            const std::uint8_t* at = data + position;
-            if (at[0] < 0x80 && !pattern.mayBegin[at[3]]) continue;
-            if (fits(pattern, at)) return position;
-        }
-        return position;
-    }
-    for (; position <= last; ++position) {
-        if (pattern.mayBegin[data[position + 1]] && fits(pattern, data + position)) return position;
+    // Behind a one-byte row id the first checked column begins three bytes on.
+    constexpr std::int64_t kFirst = kRowId ? 3 : 1;
+    const auto& table = pattern.mayBegin;
+    const std::uint8_t* next = data + position + kFirst;
+    unsigned a = 0;
+    unsigned b = table[next[0]];
+    unsigned c = table[next[1]];
+    unsigned d = table[next[2]];
+    for (; position <= last; ++position, ++next) {
+        a = b;
+        b = c;
+        c = d;
+        d = table[next[3]];
+        const unsigned behindB = a >> 7;
+        const unsigned behindC = behindB | b >> 7;
+        const unsigned behindD = behindC | c >> 7;
+        unsigned possible = a & (b >> 1 | behindB) & (c >> 2 | behindC) & (d >> 3 | behindD) & 1u;
+        if constexpr (kRowId) possible |= data[position] >> 7;
+        if (possible != 0 && fits(pattern, data + position)) return position;
     }
     return position;
 }
@@ -81,6 +91,12 @@ bool ColumnCodes::acceptsLarge(std::int64_t serialType) const {
     return std::find(exact_.begin(), exact_.end(), serialType) != exact_.end();
 }
 
+bool ColumnCodes::mayBeginWith(unsigned byte) const {
+    if (byte < 0x80) return acceptsByte(byte);
+    // Only a first byte of 0x80, a leading zero, can begin a value below 128.
+    return byte == 0x80 || above_ != INT64_MAX || !exact_.empty();
+}
+
 CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
     : source(std::move(pattern)) {
     const HeaderPattern header = source->Header();
@@ -89,10 +105,16 @@ CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
     firstChecked = beginsWithRowId ? 3 : 1;
     const auto checked =
         static_cast<std::int64_t>(columns.size() - std::min(columns.size(), firstChecked));
-    // At least 2: the scan looks at the byte behind the unchecked one even without checked columns.
-    longestSpan = (beginsWithRowId ? kSpan + 2 : 2) + kSpan * checked;
+    // The filter looks at a few bytes even where there are fewer checked columns.
+    longestSpan = kSpan + 2 + kSpan * checked;
     for (unsigned byte = 0; byte < mayBegin.size(); ++byte) {
-        mayBegin[byte] = byte >= 0x80 || checked == 0 || columns[firstChecked].acceptsByte(byte);
+        for (std::size_t i = 0; i < kFiltered; ++i) {
+            const std::size_t column = firstChecked + i;
+            if (column >= columns.size() || columns[column].mayBeginWith(byte)) {
+                mayBegin[byte] |= static_cast<std::uint8_t>(1u << i);
+            }
+        }
+        mayBegin[byte] |= static_cast<std::uint8_t>(byte & 0x80u);
     }
 }
 
@@ -135,7 +157,9 @@ MatchResult PatternMatcher::search(const CompiledPattern& pattern, std::int64_t 
     const std::int64_t lastSafe = std::min(last, length() - pattern.longestSpan);
     for (position = offset; position <= last; ++position) {
         if (position >= 0 && position <= lastSafe) {
-            position = scan(pattern, region_.data(), position, lastSafe);
+            position = pattern.beginsWithRowId
+                           ? scan<true>(pattern, region_.data(), position, lastSafe)
+                           : scan<false>(pattern, region_.data(), position, lastSafe);
             if (position <= lastSafe) return MatchResult::Found;
             if (position > last) break;
         }

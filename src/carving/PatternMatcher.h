@@ -27,6 +27,9 @@ class ColumnCodes {
         return (small_[serialType >> 6] >> (serialType & 63u) & 1u) != 0;
     }
 
+    /// Whether a varint that begins with this byte can be an accepted serial type.
+    bool mayBeginWith(unsigned byte) const;
+
   private:
     static constexpr std::int64_t kSmall = 128;
     bool acceptsLarge(std::int64_t serialType) const;
@@ -45,8 +48,10 @@ struct CompiledPattern {
     bool beginsWithRowId = false;
     std::size_t firstChecked = 1;  ///< first column whose serial type is looked at
     std::int64_t longestSpan = 0;  ///< bytes that trying one position can touch at most
-    /// Whether the first byte of the first checked column can belong to an accepted serial type.
-    std::array<bool, 256> mayBegin{};
+    /// Bit k of a byte's entry: the checked column k can begin with this byte. The sign bit marks
+    /// bytes that go on, behind which the following columns lie no more where they are looked for.
+    std::array<std::uint8_t, 256> mayBegin{};
+    static constexpr std::size_t kFiltered = 4;  ///< so many checked columns are looked at
 };
 
 /// What a search for a header came to.
