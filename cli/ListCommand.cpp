@@ -4,7 +4,7 @@
 #include "cli/Command.h"
 #include "cli/DeviceText.h"
 #include "cli/DisplayText.h"
-#include "cli/Failure.h"
+#include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
 #include "export/ScanReport.h"
@@ -15,9 +15,7 @@ namespace {
 
 std::vector<BackupEntry> findBackups(const std::optional<std::string>& root) {
     if (root) {
-        std::error_code ignored;
-        if (!std::filesystem::is_directory(*root, ignored))
-            throw Failure(ExitStatus::SourceUnusable, *root + ": no such folder");
+        requireReadableFolder(*root);
         return BackupStore::listBackups(*root);
     }
     std::vector<BackupEntry> all;

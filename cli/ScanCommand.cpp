@@ -21,6 +21,8 @@ void refuseUnlessRun(const ScanOutcome& outcome) {
         case ScanResult::InvalidRequest:
             throw Failure(ExitStatus::BadArguments, outcome.message);
         case ScanResult::MissingPropertyLists:
+            throw Failure(ExitStatus::SourceUnusable,
+                          fmt::format("{}: {}", outcome.backup.string(), outcome.message));
         case ScanResult::SourceUnusable:
             throw Failure(ExitStatus::SourceUnusable, outcome.message);
         case ScanResult::WorkFolderRefused:
@@ -79,7 +81,8 @@ class ScanCommand : public Command {
         if (outcome.encrypted)
             console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));
         if (written != ExitStatus::Done) return written;
-        if (cancelled) return ExitStatus::Cancelled;
+        // One that came while the results were written is told as well.
+        if (cancelled || interrupts.happened()) return ExitStatus::Cancelled;
         return outcome.encrypted ? ExitStatus::Encrypted : ExitStatus::Done;
     }
 };

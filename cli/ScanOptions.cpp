@@ -113,11 +113,14 @@ void requireRoom(const fs::path& output, bool makesFolders) {
         folder = folder.parent_path();
     }
     while (makesFolders && !fs::exists(folder, ignored)) folder = folder.parent_path();
-    const bool room = fs::is_directory(folder, ignored);
-    if (!room || ::access(folder.c_str(), W_OK | X_OK) != 0)
-        refuse(ExitStatus::NotWritten,
-               fmt::format("{}: {}: {}", output.string(), folder.string(),
-                           std::generic_category().message(room ? errno : ENOTDIR)));
+    int cause = 0;
+    if (!fs::is_directory(folder, ignored))
+        cause = fs::exists(folder, ignored) ? ENOTDIR : ENOENT;
+    else if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        cause = errno;
+    if (cause != 0)
+        refuse(ExitStatus::NotWritten, fmt::format("{}: {}: {}", output.string(), folder.string(),
+                                                   std::generic_category().message(cause)));
 }
 
 }  // namespace
