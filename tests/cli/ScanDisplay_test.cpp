@@ -66,7 +66,7 @@ TEST_F(ScanDisplayTest, RedrawsOneLineInPlace) {
     display.onStatus(3, "12 SMS\x1b Retreived");
     display.finish();
     const auto written = buffer_.str();
-    EXPECT_THAT(written, StartsWith("\rSMS  50 bytes of 200 bytes  0 del…\x1b[K"));
+    EXPECT_THAT(written, StartsWith("\r50 bytes of 200 bytes  0 deleted found\x1b[K"));
     // Texts stand above the line, which is gone in the end.
     EXPECT_THAT(written, HasSubstr("\r\x1b[K12 SMS\uFFFD Retreived\n"));
     EXPECT_THAT(written, Not(HasSubstr("\nSMS")));
