@@ -8,6 +8,7 @@
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
 #include "export/ScanReport.h"
+#include "util/FileUtils.h"
 
 namespace salvor::cli {
 namespace {
@@ -29,8 +30,8 @@ void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
     table.add({"Device", "iOS", "Last change", "Size", "Encrypted", "Folder"});
     for (const auto& entry : entries)
         table.add({entry.device.DeviceName.value_or("-"), entry.device.ProductVersion.value_or("-"),
-                   shownTime(entry.lastModified), shownBytes(entry.sizeInBytes),
-                   encryptionText(entry.device), entry.path.string()});
+                   shownTime(entry.lastModified), FileUtils::sizeText(entry.sizeInBytes),
+                   encryptionText(entry.path, entry.device), entry.path.string()});
     table.write(out);
 }
 

@@ -72,7 +72,7 @@ class ScanCommand : public Command {
         refuseUnlessRun(outcome);
 
         if (!options.quiet && outcome.versionUnknown) console.warning(versionNotice(outcome));
-        const bool cancelled = outcome.result == ScanResult::Cancelled;
+        const bool cancelled = outcome.result == ScanResult::Cancelled || Interrupts::happened();
         if (!options.quiet)
             console.err << summary(job.state(), options.request.category, cancelled,
                                    display.elapsed())

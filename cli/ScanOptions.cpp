@@ -98,15 +98,7 @@ void refuseInside(const char* option, const fs::path& output, const fs::path& ba
 void refuseInsideBackup(const ScanOptions& options, const fs::path& backup) {
     if (options.exportFolder) refuseInside("--export", *options.exportFolder, backup);
     if (options.json) refuseInside("--json", *options.json, backup);
-    if (const auto& work = options.request.workFolder) {
-        refuseInside("--work", *work, backup);
-        refuseInside("--work", *work / "Temp", backup);
-        if (liesInside(backup, *work / "Temp"))
-            refuse(
-                ExitStatus::BadArguments,
-                fmt::format("--work {}: the backup lies inside its \"Temp\", which a scan removes",
-                            work->string()));
-    }
+    if (const auto& work = options.request.workFolder) refuseInside("--work", *work, backup);
 }
 
 /// Where a file or folder would be made must exist and be writable: better said now than after an

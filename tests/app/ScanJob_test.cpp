@@ -184,6 +184,7 @@ TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     early.cancel();
     EXPECT_EQ(early.runScan(request()).result, ScanResult::Cancelled);
     EXPECT_TRUE(early.state().SMSContent.empty());
+    EXPECT_TRUE(early.state().statusHistory().empty());
 }
 
 }  // namespace

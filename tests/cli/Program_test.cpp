@@ -93,7 +93,6 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
         {"scan @/backup --continue-anyway --json @/empty", 5, "empty: is a folder"},
         {"info @/absent", 3, "absent: no such folder"},
         {"info @/empty", 3, "empty: is no backup folder"},
-        {"info @/backup", 3, "Info.plist"},
         {"list --root @/absent", 3, "absent: no such folder"},
         {"list --root @/file", 3, "file: is no folder"},
         {"list @/empty", 2, "empty"},
@@ -147,6 +146,13 @@ TEST_F(ProgramTest, NamesThatLookLikeWordsOfTheCommandLineAreTakenAsTheyStand) {
     const auto ran = runSalvor({"scan", "list", "--suffix", "-x"});
     EXPECT_EQ(ran.status, 3);
     EXPECT_THAT(ran.err, HasSubstr("list: no such folder"));
+}
+
+TEST_F(ProgramTest, TellsWhatItKnowsOfABackupWithBrokenPropertyLists) {
+    const auto ran = runSalvor(words("info @/backup --json"));
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.out, HasSubstr("\"iOSMajorVersion\": 0"));
+    EXPECT_THAT(ran.err, HasSubstr("backup: Info.plist or Manifest.plist is missing"));
 }
 
 TEST_F(ProgramTest, ListsSignatures) {
