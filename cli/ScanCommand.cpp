@@ -76,7 +76,8 @@ class ScanCommand : public Command {
         if (!options.quiet)
             console.err << summary(job.state(), options.request.category, cancelled,
                                    display.elapsed())
-                        << '\n';
+                        << '\n'
+                        << std::flush;
         const auto written = writeResults(job.state(), options, console);
         if (outcome.encrypted)
             console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));

@@ -114,7 +114,10 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
     for (const auto& [line, status, err] : cases) {
         const auto ran = runSalvor(words(line));
         EXPECT_EQ(ran.status, status) << line << '\n' << ran.err;
-        EXPECT_EQ(ran.out, "") << line;
+        // What is known of an incomplete backup is shown before the refusal.
+        if (std::string_view(line) != "info @/backup") {
+            EXPECT_EQ(ran.out, "") << line;
+        }
         const auto firstLine = ran.err.substr(0, ran.err.find('\n'));
         EXPECT_THAT(firstLine, StartsWith("salvor: error: ")) << line;
         EXPECT_THAT(firstLine, HasSubstr(err)) << line;
