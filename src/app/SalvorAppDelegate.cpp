@@ -55,7 +55,9 @@ void SalvorAppDelegate::loadRecoverySignatures(
     try {
         if (const auto file = findSignatureFile(signatures)) {
             const std::string trouble = loaded->loadSignatures(*file);
-            if (!trouble.empty()) state_.warn(trouble);
+            if (!trouble.empty()) {
+                state_.warn("signatures file " + file->string() + ": " + trouble);
+            }
         } else {
             state_.warn("no signatures file was found; deleted records will not be recovered");
         }

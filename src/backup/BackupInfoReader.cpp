@@ -21,13 +21,13 @@ bool isBlank(const Text& text) {
     return text && text->find_first_not_of(" \t\n\v\f\r") == std::string::npos;
 }
 
-DeviceInfo resetDescription(const std::filesystem::path& folder) {
+DeviceInfo resetDescription(std::uint64_t folderBytes) {
     DeviceInfo device;
     for (auto* field : {&device.ProductVersion, &device.IMSI, &device.IMEI, &device.ICICD,
                         &device.DeviceName, &device.DisplayName, &device.PhoneNumber}) {
         field->emplace();
     }
-    device.AssignSize = FileUtils::getDirectorySizeAsStringfromPath(folder);
+    device.AssignSize = FileUtils::sizeText(folderBytes);
     device.BackupDate = "N/A";
     return device;
 }
@@ -125,7 +125,8 @@ void splitProductVersion(DeviceInfo& device) {
 
 BackupInfo readBackupInfo(const std::filesystem::path& folder) {
     BackupInfo info;
-    info.device = resetDescription(folder);
+    info.folderBytes = FileUtils::directorySize(folder);
+    info.device = resetDescription(info.folderBytes);
     readPropertyLists(info.device, folder);
     auto& identifier = info.device.UniqueDeviceID;
     if (identifier) identifier = lowerCase(*identifier);

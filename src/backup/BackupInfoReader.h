@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 
 #include "app/state/DeviceInfo.h"
@@ -13,6 +14,7 @@ struct BackupInfo {
     DeviceInfo device;
     /// Whether a scan goes on without asking; false calls for the missing-property-list question.
     bool complete = false;
+    std::uint64_t folderBytes = 0;
 };
 
 /// Describes the device from Info.plist and Manifest.plist of `folder` (names found without regard

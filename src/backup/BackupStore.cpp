@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "backup/BackupInfoReader.h"
 #include "backup/BackupPaths.h"
@@ -36,8 +37,8 @@ std::int64_t lastModified(const std::filesystem::path& folder) {
 }
 
 BackupEntry describe(const std::filesystem::path& folder) {
-    return {folder, readBackupInfo(folder).device, FileUtils::directorySize(folder),
-            lastModified(folder)};
+    BackupInfo info = readBackupInfo(folder);
+    return {folder, std::move(info.device), info.folderBytes, lastModified(folder)};
 }
 
 bool isPropertyList(const std::filesystem::path& file) {

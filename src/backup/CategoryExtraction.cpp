@@ -49,6 +49,7 @@ void CategoryExtraction::prepare(std::int32_t dataType) {
 }
 
 ExtractionResult CategoryExtraction::read(std::int32_t dataType) {
+    if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
     if (dataType == kEverything || dataType == kPhotosAndVideos) {
         failure_ = sweepPictures(state_, workFolder_);
         if (!failure_.empty()) return ExtractionResult::NoWorkFolder;

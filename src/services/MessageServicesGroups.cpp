@@ -43,6 +43,7 @@ void addContact(ConversationContact& conversation, const Contact& contact) {
 
 void addMember(ConversationContact& conversation, const Text& address,
                const ContactLookup& contacts) {
+    if (StringUtils::IsNullOrEmpty(address)) return;
     if (const auto contact = contacts.find(address))
         addContact(conversation, *contact);
     else if (iPhoneNumberUtils::IsPhoneNumber(address))

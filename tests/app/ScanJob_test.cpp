@@ -35,6 +35,11 @@ class ScanJobs : public testing::Test {
         made.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
         return made;
     }
+    static SampleOptions ios(int version) {
+        SampleOptions options;
+        options.ios = version;
+        return options;
+    }
     SampleBackup sample(SampleOptions options = {}) const {
         options.messages = 40;
         return SampleBackup::write(backup, options);
@@ -47,16 +52,16 @@ class ScanJobs : public testing::Test {
 };
 
 TEST_F(ScanJobs, ReadsALiveBackupOfEachGeneration) {
-    for (const int ios : {4, 5, 6, 7, 8, 9}) {
+    for (const int version : {4, 5, 6, 7, 8, 9}) {
         fs::remove_all(backup);
-        const auto written = sample({.ios = ios});
+        const auto written = sample(ios(version));
         ScanJob one(watcher);
         const auto outcome = one.runScan(request(1));
         EXPECT_EQ(outcome.result, ScanResult::Done) << outcome.message;
         EXPECT_EQ(one.state().SMSContent.size(),
                   SampleTruth::of(written.truth.live, "message").size())
-            << "iOS " << ios;
-        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, ios);
+            << "iOS " << version;
+        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, version);
         EXPECT_FALSE(outcome.encrypted);
         EXPECT_TRUE(outcome.temp.empty());
     }
@@ -79,7 +84,9 @@ std::map<std::string, std::int64_t> accessTimes(const fs::path& root) {
 TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
     for (const bool nested : {false, true}) {
         fs::remove_all(backup);
-        sample({.ios = nested ? 9 : 5, .nested = nested});
+        auto options = ios(nested ? 9 : 5);
+        options.nested = nested;
+        sample(options);
         // Older than the content, so that any plain read would move them.
         for (const auto& entry : fs::recursive_directory_iterator(backup)) {
             const timespec past[2] = {{1'000'000'000, 0}, {0, UTIME_OMIT}};
@@ -109,21 +116,23 @@ TEST_F(ScanJobs, AskForMissingPropertyLists) {
 }
 
 TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
-    sample({.ios = 8, .lockdownOnly = true});
+    auto options = ios(8);
+    options.lockdownOnly = true;
+    sample(options);
     struct Case {
-        std::optional<std::string> ios;
+        std::optional<std::string> wanted;
         int major;
         int minor;
     };
-    for (const auto& [ios, major, minor] :
-         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}}) {
+    for (const auto& [wanted, major, minor] :
+         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}, Case{"0.0", 0, 0}}) {
         auto asked = request(3);
-        asked.ios = ios;
+        asked.ios = wanted;
         ScanJob one(watcher);
         const auto outcome = one.runScan(asked);
         EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, major);
         EXPECT_EQ(one.state().deviceInfo.iOSMinorVersion, minor);
-        EXPECT_EQ(outcome.versionUnknown, major == 0);
+        EXPECT_EQ(outcome.versionUnknown, !wanted);
         ASSERT_TRUE(outcome.versions.lockdown);
         EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
     }
@@ -134,7 +143,9 @@ TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
 }
 
 TEST_F(ScanJobs, SayThatABackupIsEncrypted) {
-    sample({.ios = 7, .encrypted = true});
+    auto options = ios(7);
+    options.encrypted = true;
+    sample(options);
     const auto outcome = job.runScan(request(1));
     EXPECT_TRUE(outcome.encrypted);
     EXPECT_EQ(outcome.result, ScanResult::Done);
@@ -173,6 +184,7 @@ TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     early.cancel();
     EXPECT_EQ(early.runScan(request()).result, ScanResult::Cancelled);
     EXPECT_TRUE(early.state().SMSContent.empty());
+    EXPECT_TRUE(early.state().statusHistory().empty());
 }
 
 }  // namespace

@@ -150,7 +150,7 @@ INSTANTIATE_TEST_SUITE_P(
         // The database test comes first and sees the folder's name, too.
         NameCase{"x.db/y.jpg", ".db/y.jpg", RecordType::Database},
         NameCase{".hidden", "", RecordType::Other}, NameCase{".db", "", RecordType::Other},
-        NameCase{"a/.db", "b", RecordType::Other}, NameCase{"abcd", "", RecordType::Other},
+        NameCase{"a/.db", "db", RecordType::Other}, NameCase{"abcd", "", RecordType::Other},
         // Characters count in UTF-16 units: two for the smiley.
         NameCase{"\xF0\x9F\x98\x80.png", ".png", RecordType::Picture},
         NameCase{"\xC3\xA9.png", ".png", RecordType::Picture}));

@@ -10,7 +10,6 @@ namespace {
 class LiveCheck : public MessageScan {
   protected:
     LiveCheck() {
-        state.sourcePolicy = SourcePolicy::Protected;
         database.makeGroupLayout();
         database.insert("message", groupMessageRow(1, "+15550100", "12345"));
     }
