@@ -74,7 +74,7 @@ class CarveCommand : public Command {
             console.out << lineOf(row, withOrigin);
             if (!console.out) cancel.request_stop();
         });
-        return interrupts.happened() ? ExitStatus::Cancelled : ExitStatus::Done;
+        return Interrupts::happened() ? ExitStatus::Cancelled : ExitStatus::Done;
     }
 };
 

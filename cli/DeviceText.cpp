@@ -1,10 +1,12 @@
 #include "cli/DeviceText.h"
 
+#include "backup/BackupInfoReader.h"
+
 namespace salvor::cli {
 
-std::string encryptionText(const DeviceInfo& device) {
-    if (!device.knownIfEncrypted) return "unknown";
-    return device.isEncrypted ? "yes" : "no";
+std::string encryptionText(const std::filesystem::path& backup, const DeviceInfo& device) {
+    if (readVersionFacts(backup).manifestSaysEncrypted) return "yes";
+    return device.knownIfEncrypted ? "no" : "unknown";
 }
 
 }  // namespace salvor::cli

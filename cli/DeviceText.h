@@ -1,13 +1,14 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include "app/state/DeviceInfo.h"
 
 namespace salvor::cli {
 
-/// "yes", "no" or "unknown".
-std::string encryptionText(const DeviceInfo& device);
+/// "yes", "no" or "unknown". Asks the manifest too, for the description does not always.
+std::string encryptionText(const std::filesystem::path& backup, const DeviceInfo& device);
 
 /// What a person does about an encrypted backup.
 inline constexpr const char* kEncryptedAdvice =

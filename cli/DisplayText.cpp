@@ -118,15 +118,6 @@ std::string fitted(std::string_view text, std::size_t columns) {
     return std::string(text.substr(0, taken)) + std::string(kEllipsis);
 }
 
-std::string shownBytes(std::uint64_t bytes) {
-    constexpr std::array kUnits = {"B", "kB", "MB", "GB", "TB", "PB", "EB"};
-    if (bytes < 1000) return fmt::format("{} B", bytes);
-    auto amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; amount >= 999.95 && unit + 1 < kUnits.size(); ++unit) amount /= 1000;
-    return fmt::format("{:.1f} {}", amount, kUnits[unit]);
-}
-
 std::string shownCount(std::uint64_t count) {
     auto digits = std::to_string(count);
     for (auto place = static_cast<std::ptrdiff_t>(digits.size()) - 3; place > 0; place -= 3)

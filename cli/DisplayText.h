@@ -18,8 +18,6 @@ std::size_t displayWidth(std::string_view text);
 /// `text` cut to at most `columns` columns, the last of them an ellipsis when something was cut.
 std::string fitted(std::string_view text, std::size_t columns);
 
-/// 12345678 as "12.3 MB".
-std::string shownBytes(std::uint64_t bytes);
 /// 1234567 as "1,234,567".
 std::string shownCount(std::uint64_t count);
 

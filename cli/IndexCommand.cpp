@@ -40,6 +40,7 @@ std::filesystem::path indexOf(const std::string& named) {
     };
     std::error_code ignored;
     if (!std::filesystem::exists(named, ignored)) refuse("no such file or folder");
+    if (std::filesystem::is_directory(named, ignored)) requireReadableFolder(named);
     auto index = BackupStore::resolveIndex(BackupStore::resolve(named).value_or(named));
     if (!index) refuse("holds no Manifest.mbdb");
     requireReadableFile(*index);

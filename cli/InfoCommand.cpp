@@ -13,7 +13,7 @@
 namespace salvor::cli {
 namespace {
 
-void writeText(const DeviceInfo& device, std::ostream& out) {
+void writeText(const std::filesystem::path& folder, const DeviceInfo& device, std::ostream& out) {
     using enum TextTable::Align;
     TextTable table({Left, Left});
     const auto add = [&table](const char* label, const Text& value) {
@@ -29,7 +29,7 @@ void writeText(const DeviceInfo& device, std::ostream& out) {
     add("Identifier", device.UniqueDeviceID);
     add("Phone number", device.PhoneNumber);
     add("SIM card", device.ICICD);
-    table.add({"Encrypted", encryptionText(device)});
+    table.add({"Encrypted", encryptionText(folder, device)});
     add("Size", device.AssignSize);
     add("Folder", device.BackupLocation);
     table.write(out);
@@ -56,7 +56,7 @@ class InfoCommand : public Command {
         if (given.has("--json"))
             console.out << jsonText(ScanReport::device(info.device));
         else
-            writeText(info.device, console.out);
+            writeText(folder, info.device, console.out);
         if (!info.complete)
             throw Failure(ExitStatus::SourceUnusable,
                           fmt::format("{}: Info.plist or Manifest.plist is missing, unreadable or "

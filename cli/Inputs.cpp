@@ -6,6 +6,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "backup/BackupPaths.h"
 #include "backup/BackupStore.h"
 #include "cli/Failure.h"
 
@@ -22,6 +23,16 @@ fs::path requireBackupFolder(const fs::path& named) {
                                                    : "is neither a backup folder nor a property "
                                                      "list inside one";
     throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", named.string(), cause));
+}
+
+void requireReadableFolder(const fs::path& path) {
+    if (isReadableFolder(path)) return;
+    std::error_code failed;
+    const auto status = fs::status(path, failed);
+    const char* cause = !fs::exists(status)        ? "no such folder"
+                        : fs::is_directory(status) ? "the folder cannot be read"
+                                                   : "is no folder";
+    throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", path.string(), cause));
 }
 
 void requireReadableFile(const fs::path& path) {

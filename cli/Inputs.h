@@ -12,6 +12,9 @@ inline constexpr const char* kBackupHelp = "a backup folder, or any property-lis
 /// The folder of the backup that was named. Throws `Failure` (source unusable) when there is none.
 std::filesystem::path requireBackupFolder(const std::filesystem::path& named);
 
+/// Throws `Failure` (source unusable) unless `path` is a folder that can be listed.
+void requireReadableFolder(const std::filesystem::path& path);
+
 /// Throws `Failure` (source unusable) unless a regular file lies at `path` and can be read.
 void requireReadableFile(const std::filesystem::path& path);
 

@@ -1,5 +1,6 @@
 #include "cli/Interrupts.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -20,8 +21,7 @@ std::atomic<int> signalsSeen{0};
 static_assert(std::atomic<int>::is_always_lock_free);  // what a signal handler may touch
 
 void send(int fd, char what) {
-    while (::write(fd, &what, 1) < 0 && errno == EINTR) {
-    }
+    while (::write(fd, &what, 1) < 0 && errno == EINTR) continue;
 }
 
 extern "C" void onSignal(int) {
@@ -53,13 +53,14 @@ Interrupts::~Interrupts() {
     for (const int fd : pipe_) ::close(fd);
 }
 
+bool Interrupts::happened() {
+    return signalsSeen > 0;
+}
+
 void Interrupts::wait() {
     char what = kEnd;
-    while (::read(pipe_[0], &what, 1) < 0 && errno == EINTR) {
-    }
-    if (what != kSignal) return;
-    happened_ = true;
-    cancel_();
+    while (::read(pipe_[0], &what, 1) < 0 && errno == EINTR) continue;
+    if (what == kSignal) cancel_();
 }
 
 }  // namespace salvor::cli

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -16,13 +15,13 @@ class Interrupts {
     Interrupts& operator=(const Interrupts&) = delete;
     ~Interrupts();
 
-    bool happened() const { return happened_; }
+    /// A signal has come.
+    static bool happened();
 
   private:
     void wait();
 
     std::function<void()> cancel_;
-    std::atomic<bool> happened_{false};
     std::array<int, 2> pipe_{-1, -1};
     std::thread watcher_;
 };

@@ -4,19 +4,18 @@
 #include "cli/Command.h"
 #include "cli/DeviceText.h"
 #include "cli/DisplayText.h"
-#include "cli/Failure.h"
+#include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
 #include "export/ScanReport.h"
+#include "util/FileUtils.h"
 
 namespace salvor::cli {
 namespace {
 
 std::vector<BackupEntry> findBackups(const std::optional<std::string>& root) {
     if (root) {
-        std::error_code ignored;
-        if (!std::filesystem::is_directory(*root, ignored))
-            throw Failure(ExitStatus::SourceUnusable, *root + ": no such folder");
+        requireReadableFolder(*root);
         return BackupStore::listBackups(*root);
     }
     std::vector<BackupEntry> all;
@@ -31,8 +30,8 @@ void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
     table.add({"Device", "iOS", "Last change", "Size", "Encrypted", "Folder"});
     for (const auto& entry : entries)
         table.add({entry.device.DeviceName.value_or("-"), entry.device.ProductVersion.value_or("-"),
-                   shownTime(entry.lastModified), shownBytes(entry.sizeInBytes),
-                   encryptionText(entry.device), entry.path.string()});
+                   shownTime(entry.lastModified), FileUtils::sizeText(entry.sizeInBytes),
+                   encryptionText(entry.path, entry.device), entry.path.string()});
     table.write(out);
 }
 

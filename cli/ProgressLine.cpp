@@ -1,48 +1,32 @@
 #include "cli/ProgressLine.h"
 
-#include <algorithm>
 #include <array>
 #include <fmt/format.h>
 #include <vector>
 
 #include "cli/DisplayText.h"
+#include "util/FileUtils.h"
 
 namespace salvor::cli {
 namespace {
 
-constexpr unsigned Step = 1, Bar = 2, Percent = 4, Moved = 8, Found = 16, Elapsed = 32;
+constexpr unsigned kStep = 1, kMoved = 2, kFound = 4, kElapsed = 8;
 
 // From the fullest line to the shortest.
-constexpr std::array<unsigned, 5> kLayouts = {
-    Step | Bar | Percent | Moved | Found | Elapsed,
-    Step | Percent | Moved | Found | Elapsed,
-    Step | Percent | Found | Elapsed,
-    Step | Percent | Found,
-    Percent | Found,
-};
-
-std::string bar(double share) {
-    constexpr std::size_t kCells = 20;
-    const auto filled = static_cast<std::size_t>(share * kCells);
-    return '[' + std::string(filled, '#') + std::string(kCells - filled, '.') + ']';
-}
+constexpr std::array<unsigned, 4> kLayouts = {kStep | kMoved | kFound | kElapsed,
+                                              kStep | kMoved | kFound, kMoved | kFound, kFound};
 
 std::string lineOf(const ProgressSnapshot& progress, unsigned layout) {
     std::vector<std::string> pieces;
     const auto seconds = progress.elapsed.count();
-    if ((layout & Step) != 0 && !progress.step.empty()) pieces.push_back(printable(progress.step));
-    if (progress.bytesTotal > 0) {
-        const auto done = std::min(progress.bytesDone, progress.bytesTotal);
-        const double share = static_cast<double>(done) / static_cast<double>(progress.bytesTotal);
-        if ((layout & Bar) != 0) pieces.push_back(bar(share));
-        if ((layout & Percent) != 0) pieces.push_back(fmt::format("{:3.0f} %", share * 100));
-        if ((layout & Moved) != 0)
-            pieces.push_back(
-                fmt::format("{} of {}", shownBytes(done), shownBytes(progress.bytesTotal)));
-    }
-    if ((layout & Found) != 0)
+    if ((layout & kStep) != 0 && !progress.step.empty()) pieces.push_back(printable(progress.step));
+    // The total grows while files are opened one after another, so a share of it would jump.
+    if ((layout & kMoved) != 0 && progress.bytesTotal > 0)
+        pieces.push_back(fmt::format("{} of {}", FileUtils::sizeText(progress.bytesDone),
+                                     FileUtils::sizeText(progress.bytesTotal)));
+    if ((layout & kFound) != 0)
         pieces.push_back(fmt::format("{} deleted found", shownCount(progress.recordsFound)));
-    if ((layout & Elapsed) != 0)
+    if ((layout & kElapsed) != 0)
         pieces.push_back(fmt::format("{}:{:02}", seconds / 60, seconds % 60));
     return fmt::format("{}", fmt::join(pieces, "  "));
 }

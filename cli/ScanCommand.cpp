@@ -21,6 +21,8 @@ void refuseUnlessRun(const ScanOutcome& outcome) {
         case ScanResult::InvalidRequest:
             throw Failure(ExitStatus::BadArguments, outcome.message);
         case ScanResult::MissingPropertyLists:
+            throw Failure(ExitStatus::SourceUnusable,
+                          fmt::format("{}: {}", outcome.backup.string(), outcome.message));
         case ScanResult::SourceUnusable:
             throw Failure(ExitStatus::SourceUnusable, outcome.message);
         case ScanResult::WorkFolderRefused:
@@ -70,16 +72,18 @@ class ScanCommand : public Command {
         refuseUnlessRun(outcome);
 
         if (!options.quiet && outcome.versionUnknown) console.warning(versionNotice(outcome));
-        const bool cancelled = outcome.result == ScanResult::Cancelled;
+        const bool cancelled = outcome.result == ScanResult::Cancelled || Interrupts::happened();
         if (!options.quiet)
             console.err << summary(job.state(), options.request.category, cancelled,
                                    display.elapsed())
-                        << '\n';
+                        << '\n'
+                        << std::flush;
         const auto written = writeResults(job.state(), options, console);
         if (outcome.encrypted)
             console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));
         if (written != ExitStatus::Done) return written;
-        if (cancelled) return ExitStatus::Cancelled;
+        // One that came while the results were written is told as well.
+        if (cancelled || interrupts.happened()) return ExitStatus::Cancelled;
         return outcome.encrypted ? ExitStatus::Encrypted : ExitStatus::Done;
     }
 };

@@ -17,8 +17,7 @@ constexpr int kStatusRunning = 0;
 
 void ScanDisplay::start(const ScanProgress& progress) {
     progress_ = &progress;
-    if (wanted_.line && console_.redraws)
-        drawer_ = std::jthread([this](std::stop_token ended) { draw(std::move(ended)); });
+    if (redraws_) drawer_ = std::jthread([this](std::stop_token ended) { draw(std::move(ended)); });
 }
 
 ScanDisplay::~ScanDisplay() {
@@ -33,7 +32,7 @@ void ScanDisplay::onStatus(int code, const std::string& text) {
         step_ = text;
     }
     // What only names the step stands in the progress line already.
-    const bool shownInLine = drawer_.joinable() && code == kStatusRunning;
+    const bool shownInLine = redraws_ && code == kStatusRunning;
     if (wanted_.texts && !shownInLine) writeLine(text);
 }
 

@@ -27,7 +27,8 @@ class ScanDisplay : public ScanObserver {
         bool line = true;   ///< the progress line, where it can be redrawn
     };
 
-    ScanDisplay(Console& console, Wanted wanted) : console_(console), wanted_(wanted) {}
+    ScanDisplay(Console& console, Wanted wanted)
+        : console_(console), wanted_(wanted), redraws_(wanted.line && console.redraws) {}
     ~ScanDisplay() override;
 
     /// Begins to draw; `progress` outlives `finish`.
@@ -53,6 +54,7 @@ class ScanDisplay : public ScanObserver {
     Console& console_;
     const ScanProgress* progress_ = nullptr;
     const Wanted wanted_;
+    const bool redraws_;
     const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     std::shared_ptr<spdlog::logger> log_;
     std::mutex mutex_;  ///< guards the console and what follows

@@ -98,15 +98,7 @@ void refuseInside(const char* option, const fs::path& output, const fs::path& ba
 void refuseInsideBackup(const ScanOptions& options, const fs::path& backup) {
     if (options.exportFolder) refuseInside("--export", *options.exportFolder, backup);
     if (options.json) refuseInside("--json", *options.json, backup);
-    if (const auto& work = options.request.workFolder) {
-        refuseInside("--work", *work, backup);
-        refuseInside("--work", *work / "Temp", backup);
-        if (liesInside(backup, *work / "Temp"))
-            refuse(
-                ExitStatus::BadArguments,
-                fmt::format("--work {}: the backup lies inside its \"Temp\", which a scan removes",
-                            work->string()));
-    }
+    if (const auto& work = options.request.workFolder) refuseInside("--work", *work, backup);
 }
 
 /// Where a file or folder would be made must exist and be writable: better said now than after an
@@ -121,11 +113,14 @@ void requireRoom(const fs::path& output, bool makesFolders) {
         folder = folder.parent_path();
     }
     while (makesFolders && !fs::exists(folder, ignored)) folder = folder.parent_path();
-    const bool room = fs::is_directory(folder, ignored);
-    if (!room || ::access(folder.c_str(), W_OK | X_OK) != 0)
-        refuse(ExitStatus::NotWritten,
-               fmt::format("{}: {}: {}", output.string(), folder.string(),
-                           std::generic_category().message(room ? errno : ENOTDIR)));
+    int cause = 0;
+    if (!fs::is_directory(folder, ignored))
+        cause = fs::exists(folder, ignored) ? ENOTDIR : ENOENT;
+    else if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        cause = errno;
+    if (cause != 0)
+        refuse(ExitStatus::NotWritten, fmt::format("{}: {}: {}", output.string(), folder.string(),
+                                                   std::generic_category().message(cause)));
 }
 
 }  // namespace

@@ -56,6 +56,8 @@ TickedSerials readTickedFile(const std::filesystem::path& path) {
         return parse(file);
     } catch (const Json::parse_error& error) {
         return refuse(syntaxFault(error));
+    } catch (const Json::exception&) {
+        return refuse("holds a number that is out of range");
     } catch (const std::runtime_error& error) {
         return refuse(error.what());
     }

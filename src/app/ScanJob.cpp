@@ -126,7 +126,8 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
         return outcome;
     }
     applyRequestedVersion(state().deviceInfo, request, outcome.versions);
-    outcome.versionUnknown = isUnknown(state().deviceInfo);
+    const bool versionGiven = request.ios && *request.ios != kAuto;
+    outcome.versionUnknown = !versionGiven && isUnknown(state().deviceInfo);
 
     application_->setWorkFolder(request.workFolder);
     application_->applicationDidFinishLaunching(request.signatures);

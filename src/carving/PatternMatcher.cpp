@@ -40,12 +40,39 @@ bool fits(const CompiledPattern& pattern, const std::uint8_t* bytes) {
     return true;
 }
 
-// The first position from `position` to `last` where the pattern fits, or `last` + 1. Only for
-// positions whose longest span lies inside the data, so no read can fail here. Most positions are
-// turned down by the first bytes of four columns, all taken to be one byte long until one is not.
+// How far behind a position the filter looks, the spans of the reads that it stands for included.
+std::int64_t filterSpan(const CompiledPattern& pattern) {
+    return static_cast<std::int64_t>(pattern.firstChecked + CompiledPattern::kFiltered) - 1 + kSpan;
+}
+
+// Bit 0 of the answers says whether the checked columns from number `column` on can begin in these
+// entries of the table. All of it is arithmetic: a branch here would be guessed wrongly as often
+// as not. A byte that goes on has its varint end with the next byte or anywhere behind.
+unsigned choose(unsigned condition, unsigned yes, unsigned no) {
+    return (yes & condition) | (no & ~condition);
+}
+
+unsigned goesOn(unsigned entry) {
+    return entry >> 7;
+}
+
+unsigned twoFit(unsigned a, unsigned b, unsigned column) {
+    return a >> column & (goesOn(a) | b >> (column + 1));
+}
+
+unsigned threeFit(unsigned a, unsigned b, unsigned c, unsigned column) {
+    return a >> column & choose(goesOn(a), goesOn(b) | c >> (column + 1), twoFit(b, c, column + 1));
+}
+
+unsigned fourFit(unsigned a, unsigned b, unsigned c, unsigned d) {
+    return a & choose(goesOn(a), goesOn(b) | twoFit(c, d, 1), threeFit(b, c, d, 1));
+}
+
+// The first position from `position` to `last` that is worth trying, or `last` + 1. Turned down
+// are those where four bytes already show that one of the leading checked columns does not fit.
 template <bool kRowId>
-std::int64_t scan(const CompiledPattern& pattern, const std::uint8_t* data, std::int64_t position,
-                  std::int64_t last) {
+std::int64_t nextCandidate(const CompiledPattern& pattern, const std::uint8_t* data,
+                           std::int64_t position, std::int64_t last) {
     // Behind a one-byte row id the first checked column begins three bytes on.
     constexpr std::int64_t kFirst = kRowId ? 3 : 1;
     const auto& table = pattern.mayBegin;
@@ -59,12 +86,12 @@ std::int64_t scan(const CompiledPattern& pattern, const std::uint8_t* data, std:
         b = c;
         c = d;
         d = table[next[3]];
-        const unsigned behindB = a >> 7;
-        const unsigned behindC = behindB | b >> 7;
-        const unsigned behindD = behindC | c >> 7;
-        unsigned possible = a & (b >> 1 | behindB) & (c >> 2 | behindC) & (d >> 3 | behindD) & 1u;
-        if constexpr (kRowId) possible |= data[position] >> 7;
-        if (possible != 0 && fits(pattern, data + position)) return position;
+        unsigned possible = fourFit(a, b, c, d);
+        if constexpr (kRowId) {
+            const std::uint8_t* rowId = data + position;
+            possible = choose(rowId[0] >> 7, rowId[1] >> 7 | threeFit(b, c, d, 0), possible);
+        }
+        if ((possible & 1u) != 0) return position;
     }
     return position;
 }
@@ -105,8 +132,7 @@ CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
     firstChecked = beginsWithRowId ? 3 : 1;
     const auto checked =
         static_cast<std::int64_t>(columns.size() - std::min(columns.size(), firstChecked));
-    // The filter looks at a few bytes even where there are fewer checked columns.
-    longestSpan = kSpan + 2 + kSpan * checked;
+    longestSpan = (beginsWithRowId ? kSpan + 2 : 1) + kSpan * checked;
     for (unsigned byte = 0; byte < mayBegin.size(); ++byte) {
         for (std::size_t i = 0; i < kFiltered; ++i) {
             const std::size_t column = firstChecked + i;
@@ -154,13 +180,17 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
 MatchResult PatternMatcher::search(const CompiledPattern& pattern, std::int64_t offset,
                                    std::int64_t& position) const {
     const std::int64_t last = length() - static_cast<std::int64_t>(pattern.columns.size());
-    const std::int64_t lastSafe = std::min(last, length() - pattern.longestSpan);
+    const std::int64_t lastSafe = length() - pattern.longestSpan;
+    const std::int64_t lastFiltered = std::min(last, length() - filterSpan(pattern));
     for (position = offset; position <= last; ++position) {
-        if (position >= 0 && position <= lastSafe) {
+        if (position >= 0 && position <= lastFiltered) {
             position = pattern.beginsWithRowId
-                           ? scan<true>(pattern, region_.data(), position, lastSafe)
-                           : scan<false>(pattern, region_.data(), position, lastSafe);
-            if (position <= lastSafe) return MatchResult::Found;
+                           ? nextCandidate<true>(pattern, region_.data(), position, lastFiltered)
+                           : nextCandidate<false>(pattern, region_.data(), position, lastFiltered);
+            if (position <= lastSafe && position <= lastFiltered) {
+                if (fits(pattern, region_.data() + position)) return MatchResult::Found;
+                continue;
+            }
             if (position > last) break;
         }
         const MatchResult result = tryPosition(pattern, position, nullptr);

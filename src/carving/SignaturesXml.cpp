@@ -101,7 +101,9 @@ bool SqLiteTableSignaturesParser::parseTableSignatures() {
         fault_ = "the XML parser could not be set up";
         return false;
     }
-    xmlCtxtUseOptions(context.get(), XML_PARSE_NONET);
+    // With NOENT "&amp;" reads as "&" in attributes. Entities that the file declares stay unknown:
+    // the handler neither keeps nor looks up any.
+    xmlCtxtUseOptions(context.get(), XML_PARSE_NONET | XML_PARSE_NOENT);
     *context->sax = handler();
     Run run{*this, context.get()};
     context->userData = &run;

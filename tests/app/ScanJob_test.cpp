@@ -125,14 +125,14 @@ TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
         int minor;
     };
     for (const auto& [wanted, major, minor] :
-         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}}) {
+         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}, Case{"0.0", 0, 0}}) {
         auto asked = request(3);
         asked.ios = wanted;
         ScanJob one(watcher);
         const auto outcome = one.runScan(asked);
         EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, major);
         EXPECT_EQ(one.state().deviceInfo.iOSMinorVersion, minor);
-        EXPECT_EQ(outcome.versionUnknown, major == 0);
+        EXPECT_EQ(outcome.versionUnknown, !wanted);
         ASSERT_TRUE(outcome.versions.lockdown);
         EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
     }

@@ -151,6 +151,16 @@ TEST(SignaturesTest, BrokenFilesLeaveWhatWasComplete) {
     EXPECT_TRUE(missing.loaded);
 }
 
+TEST(SignaturesTest, DecodesTheReferencesOfXml) {
+    const auto pattern = loadPattern(
+        "<header>&#91;5]<![CDATA[;[6]]]></header><attributemapping name='a&amp;&lt;&#98;' "
+        "column='+3'/><attributemapping name='c' column='-+3'/>");
+    EXPECT_EQ(pattern->headerPattern, "[5];[6]");
+    EXPECT_EQ(pattern->AttributesMapping[0].Name, "a&<b");
+    EXPECT_EQ(pattern->AttributesMapping[0].Column, 3);
+    EXPECT_EQ(pattern->AttributesMapping[1].Column, 0);
+}
+
 TEST(SignaturesTest, LoadingDiscardsWhatWasThere) {
     const TemporaryFile file(bytesOf("<signatures/>"));
     SqLiteTableSignatures signatures;

@@ -29,6 +29,7 @@ class ProgramTest : public testing::Test {
         writeWholeFile(folder_ / "ticked.json", R"({"messages": [1, 2)");
         writeWholeFile(folder_ / "unknown.json", R"({"letters": [1]})");
         writeWholeFile(folder_ / "zero.json", R"({"calls": [0]})");
+        writeWholeFile(folder_ / "huge.json", R"({"calls": [1e999]})");
         writeWholeFile(folder_ / "deep.json", std::string(100'000, '['));
         writeWholeFile(folder_ / "signatures.xml",
                        "<signatures><signature name='HomeDomain' database='sms.db' table='T'>"
@@ -76,22 +77,24 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
         {"scan @/backup --export @/out --ticked @/unknown.json", 2, "letters"},
         {"scan @/backup --export @/out --ticked @/zero.json", 2, "no serial number"},
         {"scan @/backup --export @/out --ticked @/deep.json", 2, "nested"},
+        {"scan @/backup --export @/out --ticked @/huge.json", 2, "huge.json: holds a number"},
         {"scan @/backup --export @/backup/out", 2, "inside the backup"},
         {"scan @/backup --export @/link/new/deeper", 2, "inside the backup"},
         {"scan @/backup/Status.plist --json @/backup/x.json", 2, "inside the backup"},
         {"scan @/link --work @/backup", 2, "inside the backup"},
         {"scan @/absent", 3, "absent: no such folder"},
         {"scan @/file", 3, "file: is neither"},
-        {"scan @/empty", 3, "is missing. Please check the backup file."},
+        {"scan @/empty", 3,
+         "empty: \"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file."},
         {"scan @/backup", 3, "Do you want to continue anyway?"},
         {"scan @/backup --signatures @/absent.xml", 3, "absent.xml: No such file"},
         {"scan @/backup --continue-anyway --export @/file/out", 5, "file"},
-        {"scan @/backup --continue-anyway --json @/absent/x.json", 5, "absent"},
+        {"scan @/backup --continue-anyway --json @/absent/x.json", 5, "absent: No such file"},
         {"scan @/backup --continue-anyway --json @/empty", 5, "empty: is a folder"},
         {"info @/absent", 3, "absent: no such folder"},
         {"info @/empty", 3, "empty: is no backup folder"},
-        {"info @/backup", 3, "Info.plist"},
         {"list --root @/absent", 3, "absent: no such folder"},
+        {"list --root @/file", 3, "file: is no folder"},
         {"list @/empty", 2, "empty"},
         {"index @/absent", 3, "absent: no such file"},
         {"index @/empty", 3, "empty: holds no Manifest.mbdb"},
@@ -111,7 +114,10 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
     for (const auto& [line, status, err] : cases) {
         const auto ran = runSalvor(words(line));
         EXPECT_EQ(ran.status, status) << line << '\n' << ran.err;
-        EXPECT_EQ(ran.out, "") << line;
+        // What is known of an incomplete backup is shown before the refusal.
+        if (std::string_view(line) != "info @/backup") {
+            EXPECT_EQ(ran.out, "") << line;
+        }
         const auto firstLine = ran.err.substr(0, ran.err.find('\n'));
         EXPECT_THAT(firstLine, StartsWith("salvor: error: ")) << line;
         EXPECT_THAT(firstLine, HasSubstr(err)) << line;
@@ -142,6 +148,13 @@ TEST_F(ProgramTest, NamesThatLookLikeWordsOfTheCommandLineAreTakenAsTheyStand) {
     const auto ran = runSalvor({"scan", "list", "--suffix", "-x"});
     EXPECT_EQ(ran.status, 3);
     EXPECT_THAT(ran.err, HasSubstr("list: no such folder"));
+}
+
+TEST_F(ProgramTest, TellsWhatItKnowsOfABackupWithBrokenPropertyLists) {
+    const auto ran = runSalvor(words("info @/backup --json"));
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.out, HasSubstr("\"iOSMajorVersion\": 0"));
+    EXPECT_THAT(ran.err, HasSubstr("backup: Info.plist or Manifest.plist is missing"));
 }
 
 TEST_F(ProgramTest, ListsSignatures) {

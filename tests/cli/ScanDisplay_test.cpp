@@ -66,7 +66,7 @@ TEST_F(ScanDisplayTest, RedrawsOneLineInPlace) {
     display.onStatus(3, "12 SMS\x1b Retreived");
     display.finish();
     const auto written = buffer_.str();
-    EXPECT_THAT(written, StartsWith("\rSMS   25 %  0 deleted found"));
+    EXPECT_THAT(written, StartsWith("\r50 bytes of 200 bytes  0 deleted found\x1b[K"));
     // Texts stand above the line, which is gone in the end.
     EXPECT_THAT(written, HasSubstr("\r\x1b[K12 SMS\uFFFD Retreived\n"));
     EXPECT_THAT(written, Not(HasSubstr("\nSMS")));
@@ -100,10 +100,10 @@ TEST(LogTest, KnowsItsLevels) {
 TEST(InterruptsTest, TheFirstSignalCancelsOnAnotherThread) {
     std::promise<std::thread::id> cancelled;
     const Interrupts interrupts([&] { cancelled.set_value(std::this_thread::get_id()); });
-    EXPECT_FALSE(interrupts.happened());
+    EXPECT_FALSE(Interrupts::happened());
     std::raise(SIGINT);
     EXPECT_NE(cancelled.get_future().get(), std::this_thread::get_id());
-    EXPECT_TRUE(interrupts.happened());
+    EXPECT_TRUE(Interrupts::happened());
 }
 
 TEST(InterruptsDeathTest, TheSecondSignalEndsAtOnce) {

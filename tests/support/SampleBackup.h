@@ -16,8 +16,8 @@ struct SampleOptions {
     std::uint32_t messages = 300;
     std::uint64_t seed = 1;
     std::uint32_t pageSize = 4096;
-    std::optional<AutoVacuum> autoVacuum;
-    std::optional<bool> secureDelete;
+    std::optional<AutoVacuum> autoVacuum = std::nullopt;
+    std::optional<bool> secureDelete = std::nullopt;
     bool incrementalVacuum = false;  ///< give the free pages back after the deletions
     bool deletions = true;
     bool lockdownOnly = false;   ///< the manifest tells its version under "Lockdown" only

@@ -64,9 +64,11 @@ std::string SampleConversation::sentence(std::size_t words) {
 }
 
 std::optional<std::string> SampleConversation::text() {
+    // One text in two hundred is long enough for an overflow page or two.
+    const bool overflows = random_.below(200) == 0;
     const auto kind = random_.below(100);
     if (kind < 2) return std::nullopt;
-    if (kind < 4) {  // long enough for one overflow page or two
+    if (overflows) {
         std::string text = sentence(20);
         const auto length = pageSize_ + random_.below(pageSize_);
         while (text.size() < length) text.append(1, ' ').append(sentence(20));

@@ -47,7 +47,10 @@ void fillCall(const ResultSet& row, CallLog& call, bool newer) {
 void nameCalls(const List<CallLog>& calls, const ScanState& state) {
     std::unordered_map<std::string, Text> names;
     for (const auto& call : calls) {
-        const auto [entry, isNew] = names.try_emplace(call->Address.value_or(""));
+        call->ContactName = "";
+        // An empty number is looked up like any other, an absent one is not.
+        if (!call->Address) continue;
+        const auto [entry, isNew] = names.try_emplace(*call->Address);
         if (isNew) {
             entry->second = CallHistory::getContactNamefromNumber(call->Address, state);
         }

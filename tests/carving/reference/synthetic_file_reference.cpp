@@ -116,7 +116,8 @@ std::int64_t SyntheticFile::pageNumber(std::int64_t least, std::int64_t most) {
 
 void SyntheticFile::writeHeader(Buffer& file) {
     const auto count = random_.chance(80) ? pages_ : pageNumber(0, pages_ + 3);
-    const auto trunk = random_.chance(40) ? 0 : pageNumber(1, pages_ + 2);
+    // From page 1 on the free-list pass just misses a short block at the end.
+    const auto trunk = random_.chance(40) ? 0 : random_.chance(20) ? 1 : pageNumber(1, pages_ + 2);
     const auto root = autoVacuum_ ? pageNumber(1, pages_ + 1) : 0;
     store(file, 16, 2, static_cast<std::uint64_t>(pageSize_));
     store(file, 28, 4, static_cast<std::uint64_t>(count));

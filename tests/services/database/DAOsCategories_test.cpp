@@ -177,6 +177,20 @@ TEST_F(DaosCalls, OlderStore) {
     EXPECT_FALSE(daos.isDeletedZCALLRECORD(1));
 }
 
+TEST_F(DaosCalls, AnAbsentNumberIsNotAnEmptyOne) {
+    version(7);
+    write("calls",
+          "CREATE TABLE call (ROWID INTEGER PRIMARY KEY, address TEXT, face_time_data BLOB);"
+          "INSERT INTO call VALUES (1, NULL, NULL), (2, '', NULL), (3, NULL, NULL);");
+    auto numberless = std::make_shared<Contact>();
+    numberless->FirstName = "Ann";
+    state.ContactContent.push_back(numberless);
+    const auto calls = daos.GetCallLogs();
+    ASSERT_EQ(calls.size(), 3U);
+    const char* names[] = {"", "Ann", ""};
+    for (std::size_t i = 0; i < calls.size(); ++i) EXPECT_EQ(calls[i]->ContactName, names[i]);
+}
+
 TEST_F(DaosCalls, NewerStore) {
     version(8);
     write("calls",

@@ -1,0 +1,183 @@
+#include <csignal>
+#include <filesystem>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/CommandLine.h"
+#include "tests/support/Digest.h"
+#include "tests/support/HashTree.h"
+#include "tests/support/SampleBackup.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class ScanCommandTest : public testing::Test {
+  protected:
+    SampleBackup writeSample(SampleOptions options = {}) const {
+        options.messages = 60;
+        return SampleBackup::write(backup(), options);
+    }
+    std::string backup() const { return folder_ / "backup"; }
+    std::string out() const { return folder_ / "out"; }
+
+    /// A scan with the project's own signatures.
+    CommandLine scan(std::vector<std::string> more) const {
+        more.insert(more.begin(), {"scan", backup(), "--signatures",
+                                   SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml"});
+        return runSalvor(more);
+    }
+
+    /// The lines of the one exported file of this name, without their serial column.
+    std::vector<std::string> exportedRows(const std::string& name) const {
+        std::vector<std::string> rows;
+        for (const auto& entry : fs::recursive_directory_iterator(out())) {
+            if (entry.path().filename() != name) continue;
+            std::istringstream lines(readWholeFile(entry.path()));
+            for (std::string line; std::getline(lines, line);)
+                rows.push_back(line.substr(line.find(',')));
+        }
+        return rows;
+    }
+
+    TempFolder folder_;
+};
+
+TEST_F(ScanCommandTest, ListsAndExportsAndLeavesTheBackupAsItWas) {
+    const auto sample = writeSample();
+    const auto before = hashTree(backup());
+    const auto ran = scan({"--export", out(), "--suffix", ".txt"});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_EQ(hashTree(backup()), before);
+
+    std::istringstream lines(ran.out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "Category           Live  Deleted");
+    std::getline(lines, line);
+    const auto live = SampleTruth::of(sample.truth.live, "message").size();
+    EXPECT_THAT(line, StartsWith(fmt::format("Messages             {}  ", live)));
+    for (int categories = 1; categories < 8; ++categories) std::getline(lines, line);
+    EXPECT_THAT(line, StartsWith("Calendar"));
+    std::getline(lines, line);
+    EXPECT_THAT(line, StartsWith(out() + "/" + sample.truth.deviceName + " - "));
+    EXPECT_TRUE(fs::is_regular_file(line + "/SMS.txt"));
+    EXPECT_FALSE(std::getline(lines, line));
+
+    EXPECT_THAT(ran.err, HasSubstr("Recovering deleted data. Please wait...\n"));
+    EXPECT_THAT(ran.err, HasSubstr("Done after "));
+}
+
+TEST_F(ScanCommandTest, JsonOnStandardOutputStandsAlone) {
+    const auto sample = writeSample();
+    const auto ran = scan({"--json", "-", "--category", "messages"});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    const auto report = json::parse(ran.out);
+    EXPECT_EQ(report["device"]["iOSMajorVersion"], 7);
+    EXPECT_THAT(report["live"]["SMSContent"],
+                SizeIs(SampleTruth::of(sample.truth.live, "message").size()));
+    EXPECT_THAT(ran.err, HasSubstr("\nMessages "));
+    EXPECT_THAT(ran.err, Not(HasSubstr("\nCalls ")));
+}
+
+TEST_F(ScanCommandTest, QuietWritesFilesAndNothingElse) {
+    writeSample();
+    const auto file = folder_ / "result.json";
+    writeWholeFile(file, "an older result");
+    const auto ran = scan({"--quiet", "--json", file, "--export", out()});
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_EQ(ran.out + ran.err, "");
+    EXPECT_TRUE(json::parse(readWholeFile(file)).contains("deleted"));
+    EXPECT_FALSE(exportedRows("SMS.csv").empty());
+}
+
+TEST_F(ScanCommandTest, TickedRowsAloneAreExported) {
+    writeSample();
+    ASSERT_EQ(scan({"--export", out()}).status, 0);
+    const auto all = exportedRows("SMS.csv");
+    fs::remove_all(out());
+    const auto ticked = folder_ / "ticked.json";
+    writeWholeFile(ticked, R"({"messages": [3, 2, 2, 999999], "3": []})");
+    const auto ran = scan({"--export", out(), "--ticked", ticked});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_EQ(exportedRows("SMS.csv"), (std::vector{all[1], all[2]}));
+}
+
+TEST_F(ScanCommandTest, AnEncryptedBackupIsSaidToBeOne) {
+    writeSample({.encrypted = true});
+    const auto ran = scan({});
+    EXPECT_EQ(ran.status, 4);
+    EXPECT_THAT(ran.out, HasSubstr("\nMessages "));
+    EXPECT_THAT(ran.err, HasSubstr("\nsalvor: error: " + backup() + ": the manifest says that"));
+}
+
+TEST_F(ScanCommandTest, AVersionThatIsNotWhereItIsReadCanBeGiven) {
+    writeSample({.lockdownOnly = true});
+    const auto plain = scan({"--category", "7", "--json", "-"});
+    EXPECT_EQ(plain.status, 0);
+    EXPECT_THAT(plain.err, HasSubstr("iOS 0.0"));
+    EXPECT_EQ(json::parse(plain.out)["device"]["iOSMajorVersion"], 0);
+
+    for (const char* version : {"auto", "7.1.2"}) {
+        const auto ran = scan({"--category", "7", "--json", "-", "--ios", version});
+        EXPECT_THAT(ran.err, Not(HasSubstr("iOS 0.0"))) << version;
+        EXPECT_EQ(json::parse(ran.out)["device"]["iOSMinorVersion"], 1) << version;
+    }
+}
+
+TEST_F(ScanCommandTest, ForeignFoldersAreNotRemoved) {
+    writeSample();
+    const auto work = folder_ / "work";
+    fs::create_directories(work / "Temp");
+    writeWholeFile(work / "Temp/thesis.txt", "years");
+    const auto ran = scan({"--work", work});
+    EXPECT_EQ(ran.status, 5);
+    EXPECT_THAT(ran.err, StartsWith("salvor: error: "));
+    EXPECT_THAT(ran.err, HasSubstr((work / "Temp").string()));
+    EXPECT_EQ(readWholeFile(work / "Temp/thesis.txt"), "years");
+}
+
+TEST_F(ScanCommandTest, AnExportFolderThatCannotBeMadeIsToldBeforeTheScan) {
+    writeSample();
+    writeWholeFile(out(), "a file where the export folder should be");
+    const auto ran = scan({"--export", out()});
+    EXPECT_EQ(ran.status, 5);
+    EXPECT_THAT(ran.err, StartsWith("salvor: error: " + out()));
+    EXPECT_EQ(ran.out, "");
+}
+
+/// Standard error that presses Ctrl-C as soon as the scan shows its first status.
+class InterruptingBuffer : public std::stringbuf {
+  protected:
+    int sync() override {
+        if (!pressed_) std::raise(SIGINT);
+        pressed_ = true;
+        return 0;
+    }
+
+  private:
+    bool pressed_ = false;
+};
+
+TEST_F(ScanCommandTest, AnInterruptedScanListsWhatItFound) {
+    writeSample();
+    std::ostringstream outStream;
+    InterruptingBuffer buffer;
+    std::ostream err(&buffer);
+    EXPECT_EQ(run({"scan", backup(), "--export", out()}, outStream, err), 130);
+    EXPECT_THAT(buffer.str(), HasSubstr("\nCancelled after "));
+    EXPECT_THAT(outStream.str(), StartsWith("Category "));
+    EXPECT_THAT(outStream.str(), HasSubstr("\n" + out()));
+}
+
+}  // namespace
+}  // namespace salvor::cli
