@@ -19,15 +19,15 @@ struct InfoCase {
     std::optional<Values> info;
     std::optional<Values> manifest;
     std::optional<Values> lockdown;
-    int encrypted = -1;
+    int encrypted;
 
-    const char* name = "";
-    const char* displayName = "";
-    const char* version = "";
-    int major = 0;
-    int minor = 0;
-    int known = -1;  ///< -1 unknown, else what `isEncrypted` says
-    bool complete = false;
+    const char* name;
+    const char* displayName;
+    const char* version;
+    int major;
+    int minor;
+    int known;  ///< -1 unknown, else what `isEncrypted` says
+    bool complete;
 };
 
 PropertyListDictionary dictionary(const Values& values) {
@@ -55,6 +55,7 @@ Text expected(const char* text) {
 
 TEST_P(DeviceDescription, ComesFromTheRightLists) {
     const InfoCase& c = GetParam();
+    SCOPED_TRACE(c.what);
     write(c);
     const auto read = readBackupInfo(folder.path());
     const DeviceInfo& device = read.device;
@@ -75,115 +76,43 @@ const Values kInfo{
     {"Device Name", "Phone"}, {"Display Name", "Shown"}, {"Product Version", "7.1.2"}};
 const Values kLockdown{{"ProductVersion", "6.1"}, {"DeviceName", "Locked"}};
 
+const std::optional<Values> kNoList;
+const Values kBlankList;
+const Values kNameless{{"Device Name", ""}, {"Product Version", "5.0"}};
+const Values kDisplayOnly{{"Display Name", "x"}};
+const Values kEmptyVersion{{"ProductVersion", ""}};
+const Values kBlankVersion{{"ProductVersion", " \n"}};
+const Values kVersion9{{"ProductVersion", "9"}};
+const Values kVersion10{{"ProductVersion", "10.3.1"}};
+
 INSTANTIATE_TEST_SUITE_P(
     Lists, DeviceDescription,
     testing::Values(
-        InfoCase{.what = "a: no manifest, the version of Info.plist stays",
-                 .info = kInfo,
-                 .manifest = {},
-                 .lockdown = {},
-                 .name = "Phone",
-                 .displayName = "Shown",
-                 .version = "7.1.2",
-                 .major = 7,
-                 .minor = 1,
-                 .complete = true},
-        InfoCase{.what = "a: the manifest's top-level version wins, encryption is not consulted",
-                 .info = kInfo,
-                 .manifest = Values{{"ProductVersion", "9"}},
-                 .lockdown = kLockdown,
-                 .encrypted = 1,
-                 .name = "Phone",
-                 .displayName = "Shown",
-                 .version = "9",
-                 .major = 9,
-                 .complete = true},
-        InfoCase{.what = "a: a manifest without one leaves no version, and that is complete",
-                 .info = kInfo,
-                 .manifest = Values{},
-                 .lockdown = kLockdown,
-                 .encrypted = 1,
-                 .name = "Phone",
-                 .displayName = "Shown",
-                 .version = "-",
-                 .known = 1,
-                 .complete = true},
-        InfoCase{.what = "a: an empty version in the manifest is blank",
-                 .info = kInfo,
-                 .manifest = Values{{"ProductVersion", ""}},
-                 .lockdown = {},
-                 .encrypted = 0,
-                 .name = "Phone",
-                 .displayName = "Shown",
-                 .version = "",
-                 .known = 0},
-        InfoCase{.what = "a: a blank version is not empty, but not complete either",
-                 .info = kInfo,
-                 .manifest = Values{{"ProductVersion", " \n"}},
-                 .lockdown = {},
-                 .encrypted = 1,
-                 .name = "Phone",
-                 .displayName = "Shown",
-                 .version = " \n"},
-        InfoCase{.what = "a: an empty device name is a name",
-                 .info = Values{{"Device Name", ""}, {"Product Version", "5.0"}},
-                 .manifest = {},
-                 .lockdown = {},
-                 .displayName = "-",
-                 .version = "5.0",
-                 .major = 5,
-                 .complete = true},
-        InfoCase{.what = "b: the top level of the manifest",
-                 .info = Values{{"Display Name", "x"}},
-                 .manifest = Values{{"ProductVersion", "10.3.1"}},
-                 .lockdown = kLockdown,
-                 .encrypted = 1,
-                 .version = "10.3.1",
-                 .major = 10,
-                 .minor = 3,
-                 .known = 1,
-                 .complete = true},
-        InfoCase{.what = "b: Lockdown when the top level has none",
-                 .info = Values{},
-                 .manifest = Values{},
-                 .lockdown = kLockdown,
-                 .encrypted = 0,
-                 .name = "Locked",
-                 .version = "6.1",
-                 .major = 6,
-                 .minor = 1,
-                 .known = 0,
-                 .complete = true},
-        InfoCase{.what = "c: as b, with the device's name to display",
-                 .info = {},
-                 .manifest = Values{},
-                 .lockdown = kLockdown,
-                 .name = "Locked",
-                 .displayName = "Locked",
-                 .version = "6.1",
-                 .major = 6,
-                 .minor = 1,
-                 .complete = true},
-        InfoCase{.what = "c: no Lockdown, no name, no version",
-                 .info = {},
-                 .manifest = Values{},
-                 .lockdown = {},
-                 .name = "-",
-                 .displayName = "-",
-                 .version = "-"},
-        InfoCase{.what = "c: no name and a blank version is complete",
-                 .info = {},
-                 .manifest = Values{},
-                 .lockdown = Values{{"ProductVersion", ""}},
-                 .name = "-",
-                 .displayName = "-",
-                 .version = "",
-                 .complete = true},
-        InfoCase{.what = "d: neither list", .info = {}, .manifest = {}, .lockdown = {}},
-        InfoCase{.what = "d: Info.plist without the device's name",
-                 .info = Values{},
-                 .manifest = {},
-                 .lockdown = {}}),
+        InfoCase{"a: no manifest, the version of Info.plist stays", kInfo, kNoList, kNoList, -1,
+                 "Phone", "Shown", "7.1.2", 7, 1, -1, true},
+        InfoCase{"a: the manifest's top-level version wins, encryption is not consulted", kInfo,
+                 kVersion9, kLockdown, 1, "Phone", "Shown", "9", 9, 0, -1, true},
+        InfoCase{"a: a manifest without one leaves no version, and that is complete", kInfo,
+                 kBlankList, kLockdown, 1, "Phone", "Shown", "-", 0, 0, 1, true},
+        InfoCase{"a: an empty version in the manifest is blank", kInfo, kEmptyVersion, kNoList, 0,
+                 "Phone", "Shown", "", 0, 0, 0, false},
+        InfoCase{"a: a blank version is not empty, but not complete either", kInfo, kBlankVersion,
+                 kNoList, 1, "Phone", "Shown", " \n", 0, 0, -1, false},
+        InfoCase{"a: an empty device name is a name", kNameless, kNoList, kNoList, -1, "", "-",
+                 "5.0", 5, 0, -1, true},
+        InfoCase{"b: the top level of the manifest", kDisplayOnly, kVersion10, kLockdown, 1, "", "",
+                 "10.3.1", 10, 3, 1, true},
+        InfoCase{"b: Lockdown when the top level has none", kBlankList, kBlankList, kLockdown, 0,
+                 "Locked", "", "6.1", 6, 1, 0, true},
+        InfoCase{"c: as b, with the device's name to display", kNoList, kBlankList, kLockdown, -1,
+                 "Locked", "Locked", "6.1", 6, 1, -1, true},
+        InfoCase{"c: no Lockdown, no name, no version", kNoList, kBlankList, kNoList, -1, "-", "-",
+                 "-", 0, 0, -1, false},
+        InfoCase{"c: no name and a blank version is complete", kNoList, kBlankList, kEmptyVersion,
+                 -1, "-", "-", "", 0, 0, -1, true},
+        InfoCase{"d: neither list", kNoList, kNoList, kNoList, -1, "", "", "", 0, 0, -1, false},
+        InfoCase{"d: Info.plist without the device's name", kBlankList, kNoList, kNoList, -1, "",
+                 "", "", 0, 0, -1, false}),
     [](const auto& test) { return "Case" + std::to_string(test.index); });
 
 TEST(BackupInfoReader, FindsTheListsWhateverTheirCaseAndDescribesAfresh) {
