@@ -14,8 +14,8 @@ struct Console {
     bool redraws = false;  ///< `err` is a terminal on which a line can be redrawn
     bool coloured = false;
     std::function<int()> width = [] { return 80; };  ///< columns of the terminal, asked anew
-    /// True when writing to `out` failed because its reader has gone.
-    std::function<bool()> readerGone = [] { return false; };
+    /// Why writing to `out` failed (errno), 0 when that is not known.
+    std::function<int()> outError = [] { return 0; };
 
     void error(std::string_view text) const;
     void warning(std::string_view text) const;

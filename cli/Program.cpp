@@ -8,6 +8,7 @@
 #include <exception>
 #include <string_view>
 #include <sys/ioctl.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "cli/Command.h"
@@ -83,8 +84,10 @@ ExitStatus dispatch(const std::vector<std::string>& args, Console& console) {
 ExitStatus settleOutput(ExitStatus status, const Console& console) {
     console.out.flush();
     console.err.flush();
-    if (console.out || console.readerGone() || status != ExitStatus::Done) return status;
-    console.error("standard output: the result could not be written");
+    if (console.out || status != ExitStatus::Done) return status;
+    const int cause = console.outError();
+    if (cause == EPIPE) return status;
+    console.error("standard output: " + std::generic_category().message(cause == 0 ? EIO : cause));
     return ExitStatus::NotWritten;
 }
 
@@ -130,7 +133,7 @@ int runProgram(int argc, char** argv) {
     const char* noColour = std::getenv("NO_COLOR");
     console.coloured = console.redraws && (noColour == nullptr || *noColour == '\0');
     console.width = [] { return terminalWidth(STDERR_FILENO); };
-    console.readerGone = [&out] { return out.errorNumber() == EPIPE; };
+    console.outError = [&out] { return out.errorNumber(); };
     return run(std::vector<std::string>(argv + std::min(argc, 1), argv + argc), console);
 }
 

@@ -1,5 +1,6 @@
 #include "cli/Program.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -169,15 +170,25 @@ TEST_F(ProgramTest, AnIndexWithoutRecordsIsEmpty) {
 }
 
 TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
-    std::ostringstream err;
-    std::ostringstream out;
-    out.setstate(std::ios::badbit);
-    EXPECT_EQ(run({"--version"}, out, err), 5);
-    EXPECT_THAT(err.str(), StartsWith("salvor: error: standard output: "));
-
-    Console console{out, err};
-    console.readerGone = [] { return true; };
-    EXPECT_EQ(run({"--version"}, console), 0);
+    struct Case {
+        int cause;
+        int status;
+        const char* err;
+    };
+    const Case cases[] = {
+        {0, 5, "salvor: error: standard output: Input/output error\n"},
+        {ENOSPC, 5, "salvor: error: standard output: No space left on device\n"},
+        {EPIPE, 0, ""},  // the reader has seen what it wanted
+    };
+    for (const auto& [cause, status, text] : cases) {
+        std::ostringstream err;
+        std::ostringstream out;
+        out.setstate(std::ios::badbit);
+        Console console{out, err};
+        console.outError = [number = cause] { return number; };
+        EXPECT_EQ(run({"--version"}, console), status) << cause;
+        EXPECT_EQ(err.str(), text);
+    }
 }
 
 }  // namespace
