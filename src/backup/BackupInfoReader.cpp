@@ -114,13 +114,13 @@ bool namesVersion(const Text& version) {
 }  // namespace
 
 void splitProductVersion(DeviceInfo& device) {
-    const std::string_view version = device.ProductVersion ? *device.ProductVersion : "";
+    const std::string version = device.ProductVersion.value_or("");
     const auto dot = version.find('.');
-    const std::int32_t major = integerValue(version.substr(0, dot));
+    const std::int32_t major = integerValue(std::string_view(version).substr(0, dot));
     if (major != 0) device.iOSMajorVersion = major;
-    if (dot == std::string_view::npos) return;
-    const auto rest = version.substr(dot + 1);
-    device.iOSMinorVersion = integerValue(rest.substr(0, rest.find('.')));
+    if (dot == std::string::npos) return;
+    const std::string rest = version.substr(dot + 1);
+    device.iOSMinorVersion = integerValue(std::string_view(rest).substr(0, rest.find('.')));
 }
 
 BackupInfo readBackupInfo(const std::filesystem::path& folder) {
