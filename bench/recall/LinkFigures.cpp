@@ -14,7 +14,8 @@ namespace {
 
 using Pair = std::pair<std::int64_t, std::string>;
 
-/// Every link that the sample holds or held, as number and text.
+/// Every link that the sample holds or held, as number and text. A handle counts by its id alone:
+/// its row id is among the first bytes that a freeblock takes.
 struct TrueLinks {
     std::set<Pair> chatMessages, messageGuids, chatGuids, chatHandles, handles;
 
@@ -24,7 +25,7 @@ struct TrueLinks {
         }
         SqliteFile database(sample.messageDatabase());
         addRows(database, "SELECT ROWID, guid FROM chat", chatGuids);
-        addRows(database, "SELECT ROWID, id FROM handle", handles);
+        addRows(database, "SELECT 0, id FROM handle", handles);
         addRows(database, "SELECT chat_id, CAST(handle_id AS TEXT) FROM chat_handle_join",
                 chatHandles);
     }
@@ -37,7 +38,7 @@ struct TrueLinks {
         messageGuids.emplace(row.rowId, row.guid.value_or(""));
         if (handle == 0) return;
         chatHandles.emplace(chat, std::to_string(handle));
-        handles.emplace(handle, row.handle);
+        handles.emplace(0, row.handle);
         for (const char* service : {"SMS;-;", "iMessage;-;"}) {
             chatGuids.emplace(chat, service + row.handle);
         }
@@ -70,7 +71,7 @@ LinkFigures measureLinks(const SampleBackup& sample, ScanState& state) {
     LinkFigures figures;
     figures["HANDLE"] = carve<MessageHandleSQLiteRecovery, MessageHandle>(
         sample, state, truth.handles,
-        [](const auto& record) { return Pair(record.RowId, record.Id.value_or("")); });
+        [](const auto& record) { return Pair(0, record.Id.value_or("")); });
     figures["ChatMessageJoin"] = carve<MessageChatMessageJoinSQLiteRecovery, ChatMessageJoin>(
         sample, state, truth.chatMessages,
         [](const auto& record) { return Pair(record.ChatId, std::to_string(record.MessageId)); });
