@@ -42,27 +42,61 @@ RecallFigures measure(const Plan& plan, const SampleOptions& options,
     return sum;
 }
 
-void printFigures(int ios, std::uint32_t pageSize, const char* variant,
-                  const RecallFigures& figures) {
+constexpr const char* kSpaces[] = {
+    "gap",
+    "freeblock, single",
+    "freeblock, merged",
+    "free page",
+    "after-root gap",
+    "after-root freeblock, single",
+    "after-root freeblock, merged",
+    "after-root free page",
+    "other",
+    "after-root other",
+};
+
+/// "exact/present", and the damaged ones behind a plus.
+std::string cell(const RecallCount& count) {
+    if (count.present == 0) return "";
+    const auto plain = fmt::format("{}/{}", count.exact, count.present);
+    return count.damaged == 0 ? plain : fmt::format("{} +{}", plain, count.damaged);
+}
+
+void printHead() {
+    fmt::print("| iOS | page size | auto-vacuum |");
+    for (const char* space : kSpaces) fmt::print(" {} |", space);
+    fmt::print(" all | per cent | gone | live listed | other listed | row ids right |\n|");
+    for (std::size_t i = 0; i < std::size(kSpaces) + 9; ++i) fmt::print("---|");
+    fmt::print("\n");
+}
+
+void printFigures(const std::string& name, const RecallFigures& figures) {
+    fmt::print("| {} |", name);
     RecallCount all;
-    for (const auto& [space, count] : figures.bySpace) {
-        fmt::print("| {} | {} | {} | {} | {} | {} | {} |\n", ios, pageSize, variant, space,
-                   count.present, count.exact, count.damaged);
+    for (const char* space : kSpaces) {
+        const auto found = figures.bySpace.find(space);
+        const auto count = found == figures.bySpace.end() ? RecallCount() : found->second;
+        fmt::print(" {} |", cell(count));
         all.add(count);
     }
-    fmt::print("| {} | {} | {} | **all** ({} deleted, {} gone) | {} | {} | {} |\n", ios, pageSize,
-               variant, figures.deleted, figures.gone, all.present, all.exact, all.damaged);
-    fmt::print("|  |  |  | row ids right {}, live listed {}, other listed {}", figures.rowIdsRight,
-               figures.liveListed, figures.otherListed);
-    for (const auto& [table, count] : figures.links) {
-        fmt::print(", {} {}/{}", table, count.first, count.second);
+    fmt::print(" {} | {} | {} of {} | {} of {} | {} | {} |\n", cell(all),
+               all.present == 0 ? "-" : std::to_string(100 * all.exact / all.present), figures.gone,
+               figures.deleted, figures.liveListed, figures.live, figures.otherListed,
+               figures.rowIdsRight);
+}
+
+void printLinks(const std::map<std::string, RecallFigures>& byVariant) {
+    fmt::print("\n| auto-vacuum | table | right | wrong |\n|---|---|---|---|\n");
+    for (const auto& [variant, figures] : byVariant) {
+        for (const auto& [table, count] : figures.links) {
+            fmt::print("| {} | {} | {} | {} |\n", variant, table, count.right, count.wrong);
+        }
     }
-    fmt::print(" |  |  |  |\n");
 }
 
 void run(const Plan& plan, const std::shared_ptr<SqLiteTableSignatures>& signatures) {
-    fmt::print("| iOS | page size | auto-vacuum | space | rows present | exact | damaged |\n");
-    fmt::print("|---|---|---|---|---|---|---|\n");
+    std::map<std::string, RecallFigures> byVariant;
+    printHead();
     for (const auto& variant : kVariants) {
         for (const int ios : plan.versions) {
             for (const auto pageSize : plan.pageSizes) {
@@ -72,10 +106,16 @@ void run(const Plan& plan, const std::shared_ptr<SqLiteTableSignatures>& signatu
                 options.messages = plan.messages;
                 options.autoVacuum = variant.autoVacuum;
                 options.secureDelete = variant.secureDelete;
-                printFigures(ios, pageSize, variant.name, measure(plan, options, signatures));
+                const auto figures = measure(plan, options, signatures);
+                printFigures(fmt::format("{} | {} | {}", ios, pageSize, variant.name), figures);
+                byVariant[variant.name].add(figures);
             }
         }
     }
+    for (const auto& [variant, figures] : byVariant) {
+        printFigures(fmt::format("all | all | {}", variant), figures);
+    }
+    printLinks(byVariant);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 #include "bench/recall/RecallCase.h"
 
 #include <algorithm>
-#include <set>
 #include <vector>
 
 #include "app/state/ScanState.h"
 #include "bench/recall/FreeSpaceMap.h"
-#include "carving/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
-#include "carving/MessageChatMessageJoinSQLiteRecovery.h"
-#include "carving/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
+#include "bench/recall/LinkFigures.h"
 #include "carving/MessagesSQLiteRecovery.h"
 #include "services/database/DAOs.h"
 #include "tests/support/Digest.h"
@@ -63,9 +60,13 @@ class RecallCase {
             judge(static_cast<const Message&>(*record));
         }
         for (const auto& row : rows_) {
-            if (!row.live) count(row);
+            if (row.live) {
+                ++figures_.live;
+            } else {
+                count(row);
+            }
         }
-        judgeLinks();
+        if (sample_.truth.ios >= 6) figures_.links = measureLinks(sample_, state_);
         return figures_;
     }
 
@@ -151,8 +152,6 @@ class RecallCase {
         return rows;
     }
 
-    void judgeLinks();
-
     const SampleBackup& sample_;
     std::string bytes_;
     FreeSpaceMap space_;
@@ -162,31 +161,6 @@ class RecallCase {
     std::map<std::string, std::size_t> byKey_;
     RecallFigures figures_;
 };
-
-void RecallCase::judgeLinks() {
-    if (sample_.truth.ios < 6) return;
-    std::set<std::pair<std::int64_t, std::int64_t>> chats;
-    std::set<std::pair<std::string, std::int64_t>> guids;
-    for (const auto* rows : {&sample_.truth.live, &sample_.truth.deleted}) {
-        for (const auto& row : *rows) {
-            chats.emplace(std::get<std::int64_t>(row.values.at("chatId")), row.rowId);
-            guids.emplace(*row.guid, row.rowId);
-        }
-    }
-    MessageChatMessageJoinSQLiteRecovery joins(state_);
-    joins.DoRecoveryPath(sample_.messageDatabase());
-    for (const auto& record : joins.RecoveredFiltered) {
-        auto& [right, wrong] = figures_.links["ChatMessageJoin"];
-        ++(chats.contains({record->ChatId, record->MessageId}) ? right : wrong);
-    }
-    MessageGuidAndRowIdConnectionSQLiteRecovery pairs(state_);
-    pairs.DoRecoveryPath(sample_.messageDatabase());
-    for (const auto& record : pairs.RecoveredFiltered) {
-        const auto& pair = static_cast<const MessageGuidRowId&>(*record);
-        auto& [right, wrong] = figures_.links["MessageGuidAndRowIdConnection"];
-        ++(guids.contains({pair.Guid.value_or(""), pair.RowId}) ? right : wrong);
-    }
-}
 
 }  // namespace
 
@@ -199,13 +173,14 @@ void RecallCount::add(const RecallCount& other) {
 void RecallFigures::add(const RecallFigures& other) {
     deleted += other.deleted;
     gone += other.gone;
+    live += other.live;
     rowIdsRight += other.rowIdsRight;
     liveListed += other.liveListed;
     otherListed += other.otherListed;
     for (const auto& [space, count] : other.bySpace) bySpace[space].add(count);
     for (const auto& [table, count] : other.links) {
-        links[table].first += count.first;
-        links[table].second += count.second;
+        links[table].right += count.right;
+        links[table].wrong += count.wrong;
     }
 }
 

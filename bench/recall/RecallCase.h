@@ -1,13 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
-#include <tuple>
 
+#include "bench/recall/LinkFigures.h"
 #include "carving/SqLiteTableSignatures.h"
 #include "tests/support/SampleBackup.h"
 
@@ -25,12 +23,12 @@ struct RecallCount {
 struct RecallFigures {
     std::size_t deleted = 0;  ///< deleted rows with a text
     std::size_t gone = 0;     ///< of these, nothing is left in the file
+    std::size_t live = 0;     ///< live rows with a text
     std::map<std::string, RecallCount> bySpace;
     std::size_t rowIdsRight = 0;  ///< of the exact ones
     std::size_t liveListed = 0;   ///< live rows in the list of deleted ones
     std::size_t otherListed = 0;  ///< listed, but neither a deleted nor a live row
-    /// Carved link rows by table: right and wrong.
-    std::map<std::string, std::pair<std::size_t, std::size_t>> links;
+    LinkFigures links;
     void add(const RecallFigures& other);
 };
 

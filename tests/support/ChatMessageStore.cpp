@@ -136,6 +136,10 @@ class ChatMessageStore : public MessageStore {
     }
     bool hasGuid(const SampleMessage&) const override { return true; }
     std::int64_t chatRowId(std::size_t chat) const override { return rowIds_[chat]; }
+    std::int64_t handleRowId(const SampleMessage& message) const override {
+        const auto known = handles_.find(keyOf(message.handle, chats_[message.chat].service));
+        return known == handles_.end() ? 0 : known->second;
+    }
 
   private:
     void createTables() {
@@ -188,8 +192,12 @@ class ChatMessageStore : public MessageStore {
         chats_.push_back(chat);
     }
 
+    static std::string keyOf(const std::string& number, const std::string& service) {
+        return number + "\n" + service;
+    }
+
     std::int64_t handleOf(const std::string& number, const std::string& service) {
-        const auto key = number + "\n" + service;
+        const auto key = keyOf(number, service);
         const auto known = handles_.find(key);
         if (known != handles_.end()) return known->second;
         const SqliteValue uncanonicalized =

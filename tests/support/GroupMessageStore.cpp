@@ -113,6 +113,7 @@ class GroupMessageStore : public MessageStore {
     }
 
     std::int64_t chatRowId(std::size_t chat) const override { return groups_[chat]; }
+    std::int64_t handleRowId(const SampleMessage&) const override { return 0; }
 
   private:
     void addChat(const SampleChat& chat) {

@@ -28,6 +28,8 @@ class MessageStore {
     virtual bool hasGuid(const SampleMessage& message) const = 0;
     /// The row id of the chat or group.
     virtual std::int64_t chatRowId(std::size_t chat) const = 0;
+    /// The row id of the message's handle, 0 when it has none.
+    virtual std::int64_t handleRowId(const SampleMessage& message) const = 0;
 };
 
 /// iOS 4 and 5: messages grouped by group_id.

@@ -118,6 +118,7 @@ class MessageSample {
             row.fromMe = message.fromMe;
             row.how = how_[i];
             row.values["chatId"] = store_->chatRowId(message.chat);
+            row.values["handleId"] = store_->handleRowId(message);
             (row.how.empty() ? truth.live : truth.deleted).push_back(std::move(row));
         }
     }
