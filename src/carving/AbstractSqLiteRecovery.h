@@ -122,6 +122,9 @@ class AbstractSqLiteRecovery {
     Text _field;  ///< name of the record field filled last
     bool workingOnCallList_ = false;
 
+    /// In place of a record on `RecoveredData`, for carvers that keep none: its row id alone.
+    void rememberRowId(std::int64_t rowId) { rowIds_.remember(rowId); }
+
     // State of the record loop.
     std::int32_t _processOffset = 0;  ///< extra shift of the data start, 1 inside freeblocks
     std::int32_t _dataOffset = 0;     ///< data-start correction in force

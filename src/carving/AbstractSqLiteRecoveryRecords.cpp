@@ -1,4 +1,5 @@
 // The record loop: one header after the other, its columns, the correction of the data start.
+#include <algorithm>
 #include <functional>
 
 #include "carving/AbstractSqLiteRecovery.h"
@@ -62,7 +63,9 @@ void AbstractSqLiteRecovery::beginRecord(Bytes data) {
     const std::uint64_t base = offsetWithin(file_, data);
     RecordOrigin origin;
     origin.database = originDatabase;
-    origin.offset = base + static_cast<std::uint64_t>(info_.HeaderStartIndex);
+    // After a correction backwards a header may begin in front of its region.
+    const std::int64_t offset = static_cast<std::int64_t>(base) + info_.HeaderStartIndex;
+    origin.offset = static_cast<std::uint64_t>(std::max<std::int64_t>(offset, 0));
     origin.page = pageSize_ == 0 ? 0 : static_cast<std::uint32_t>(base / pageSize_ + 1);
     origin.space = space_;
     _recObject->Origin = std::move(origin);

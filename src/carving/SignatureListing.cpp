@@ -1,6 +1,7 @@
 #include "carving/SignatureListing.h"
 
-#include <algorithm>
+#include <string_view>
+#include <unordered_set>
 
 #include "util/MappedFile.h"
 
@@ -10,12 +11,10 @@ namespace {
 SignatureSummary summarise(const SQLiteSignature& signature) {
     SignatureSummary summary{
         signature.Name, signature.Database, signature.Table, signature.TablePatterns.size(), {}};
-    auto& versions = summary.versions;
+    std::unordered_set<std::string_view> seen;
     for (const auto& pattern : signature.TablePatterns) {
         for (const std::string& version : pattern->SupportedVersions) {
-            if (std::find(versions.begin(), versions.end(), version) == versions.end()) {
-                versions.push_back(version);
-            }
+            if (seen.insert(version).second) summary.versions.push_back(version);
         }
     }
     return summary;

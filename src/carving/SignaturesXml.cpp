@@ -11,7 +11,7 @@
 namespace salvor {
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{64} << 20;
+constexpr std::size_t kLargestFile = std::size_t{16} << 20;
 
 // What the callbacks are given.
 struct Run {

@@ -13,6 +13,7 @@ namespace {
 // No header of a real table comes near this; it bounds what a hostile file can make us hold.
 constexpr std::size_t kLongestText = std::size_t{1} << 20;
 constexpr std::size_t kMostOddities = 1000;
+constexpr std::size_t kLongestVersion = 1000;
 
 // A whole number with an optional sign, or nothing.
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
@@ -141,7 +142,7 @@ void SqLiteTableSignaturesParser::startMapping(const Attributes& attributes) {
 
 void SqLiteTableSignaturesParser::endSignature() {
     if (!signature_ || signatures_ == nullptr) return;
-    if (signatures_->Find(signature_->Name, signature_->Database, signature_->Table)) {
+    if (!known_.insert({signature_->Name, signature_->Database, signature_->Table}).second) {
         oddity(fmt::format("\"{}\" is there already; only the first is ever found",
                            signature_->Table));
     }
@@ -186,7 +187,9 @@ std::string SqLiteTableSignaturesParser::processCurrentString() {
 // "iOS456" stands for iOS4, iOS5 and iOS6, and is kept whole as well.
 void SqLiteTableSignaturesParser::separateIosVersions() {
     constexpr std::string_view kPrefix = "iOS";
-    if (version_.starts_with(kPrefix) && utf16Length(version_) > kPrefix.size() + 1) {
+    if (version_.size() > kLongestVersion) {
+        oddity(fmt::format("version of {} bytes is not split", version_.size()));
+    } else if (version_.starts_with(kPrefix) && utf16Length(version_) > kPrefix.size() + 1) {
         std::string_view rest = version_;
         rest.remove_prefix(kPrefix.size());
         while (!rest.empty()) {

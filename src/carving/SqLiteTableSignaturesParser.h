@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,6 +89,7 @@ class SqLiteTableSignaturesParser {
     std::string text_;
     std::string fault_;
     std::vector<SignatureOddity> oddities_;
+    std::set<std::array<std::string, 3>> known_;  ///< domain, database and table of each
     long line_ = 0;
     long patternLine_ = 0;
 };

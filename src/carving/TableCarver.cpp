@@ -41,7 +41,7 @@ class RowCarver : public Engine {
     }
 
     void addRecoveredObject() override {
-        this->RecoveredData.push_back(this->_recObject);
+        this->rememberRowId(this->_recObject->RowId);
         row_.rowId = this->_recObject->RowId;
         row_.origin = *this->_recObject->Origin;
         found_(row_);
