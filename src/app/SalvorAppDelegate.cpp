@@ -31,7 +31,7 @@ SalvorAppDelegate::SalvorAppDelegate(ScanObserver* observer, ServicesFactory ser
 SalvorAppDelegate::~SalvorAppDelegate() {
     if (scanThread_.joinable()) cancel();
     waitForScan();
-    if (signatureThread_.joinable()) signatureThread_.join();
+    waitForSignatures();
     SalvorAppDelegate* self = this;
     theApplication.compare_exchange_strong(self, nullptr);
 }
@@ -104,6 +104,10 @@ void SalvorAppDelegate::exploreInBackground(const dataTypeHolder& holder) {
 
 void SalvorAppDelegate::waitForScan() {
     if (scanThread_.joinable()) scanThread_.join();
+}
+
+void SalvorAppDelegate::waitForSignatures() {
+    if (signatureThread_.joinable()) signatureThread_.join();
 }
 
 void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder) {

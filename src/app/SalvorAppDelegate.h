@@ -85,6 +85,8 @@ class SalvorAppDelegate {
     /// The same on a thread of its own, after an earlier one has ended.
     void exploreInBackground(const dataTypeHolder& holder);
     void waitForScan();
+    /// Until then the observer may still be warned about the signatures file.
+    void waitForSignatures();
 
     /// Ends the scan that runs, extraction and workers alike. A scan on the calling thread that
     /// has yet to begin ends at once.
