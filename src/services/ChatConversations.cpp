@@ -104,10 +104,9 @@ std::shared_ptr<ConversationContact> handleConversation(const Text& id, const st
 
 List<Message> liveChatMessages(FMDBUtils& database) {
     auto rows = database.executeQuery(
-        "SELECT chat_message_join.chat_id AS chat_id, message.ROWID AS MSG_ROW_ID, message.guid, "
-        "message.text, message.handle_id, handle.id AS MSG_ADDRESS, message.country, "
-        "message.service, message.account, message.account_guid, message.date, message.date_read, "
-        "message.date_delivered, message.is_from_me, message.cache_has_attachments "
+        // All columns by name: a table that lacks one still gives its texts.
+        "SELECT chat_message_join.chat_id AS chat_id, message.ROWID AS MSG_ROW_ID, "
+        "handle.id AS MSG_ADDRESS, message.* "
         "FROM chat_message_join "
         "INNER JOIN message ON message.ROWID = chat_message_join.message_id "
         "LEFT JOIN handle ON handle.ROWID = message.handle_id "

@@ -160,6 +160,17 @@ TEST_F(ChatLayout, UnknownCounterpartsAreNumberedAndKeptApart) {
     EXPECT_EQ(state.DeletedSMS[0]->Address, "unknown1");
 }
 
+TEST_F(ChatLayout, AMissingColumnCostsNoMessage) {
+    database.insert("chat", "(51,'g','a',NULL)");
+    database.insert("message", messageRow(11, "GUID-0011", "still here", 31));
+    database.exec(
+        "INSERT INTO chat_message_join VALUES(51,11);"
+        "ALTER TABLE message DROP COLUMN cache_has_attachments;"
+        "ALTER TABLE message DROP COLUMN account_guid");
+    ASSERT_EQ(run().size(), 1U);
+    EXPECT_THAT(textsOf(*state.Conversations[0]), ElementsAre("still here"));
+}
+
 TEST_F(ChatLayout, NothingComesOfACancelledRunOrAMissingDatabase) {
     database.insertDeleted(kMessageColumns, messageRow(1, "GUID-0001", "a", 0));
     std::stop_source stop;
