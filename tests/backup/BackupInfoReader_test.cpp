@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <optional>
+#include <ostream>
 
 #include "tests/support/Digest.h"
 #include "tests/support/PropertyList.h"
@@ -28,6 +29,8 @@ struct InfoCase {
     int minor;
     int known;  ///< -1 unknown, else what `isEncrypted` says
     bool complete;
+
+    friend std::ostream& operator<<(std::ostream& out, const InfoCase& c) { return out << c.what; }
 };
 
 PropertyListDictionary dictionary(const Values& values) {

@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 
@@ -41,6 +42,10 @@ struct Floor {
     int ios;
     AutoVacuum autoVacuum;
     std::size_t perCent;  ///< of the deleted rows whose text is still in the file
+
+    friend std::ostream& operator<<(std::ostream& out, const Floor& floor) {
+        return out << "iOS " << floor.ios << ", auto_vacuum " << static_cast<int>(floor.autoVacuum);
+    }
 };
 
 class ShippedSignatures : public testing::TestWithParam<Floor> {};
