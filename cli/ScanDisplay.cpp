@@ -40,6 +40,10 @@ void ScanDisplay::onWarning(const std::string& text) {
     if (log_ != nullptr) log_->warn("{}", printable(text));
 }
 
+void ScanDisplay::onError(const std::string& text) {
+    if (log_ != nullptr) log_->error("{}", printable(text));
+}
+
 void ScanDisplay::writeLine(std::string_view line) {
     const std::lock_guard lock(mutex_);
     eraseLine();

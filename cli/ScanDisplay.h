@@ -36,6 +36,7 @@ class ScanDisplay : public ScanObserver {
 
     void onStatus(int code, const std::string& text) override;
     void onWarning(const std::string& text) override;
+    void onError(const std::string& text) override;
 
     /// Writes a line of its own above the progress line.
     void writeLine(std::string_view line);

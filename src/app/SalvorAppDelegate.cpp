@@ -56,13 +56,13 @@ void SalvorAppDelegate::loadRecoverySignatures(
         if (const auto file = findSignatureFile(signatures)) {
             const std::string trouble = loaded->loadSignatures(*file);
             if (!trouble.empty()) {
-                state_.warn("signatures file " + file->string() + ": " + trouble);
+                state_.tellError("signatures file " + file->string() + ": " + trouble);
             }
         } else {
-            state_.warn("no signatures file was found; deleted records will not be recovered");
+            state_.tellError("no signatures file was found; deleted records will not be recovered");
         }
     } catch (const std::exception& failure) {
-        state_.warn(std::string("the signatures could not be loaded: ") + failure.what());
+        state_.tellError(std::string("the signatures could not be loaded: ") + failure.what());
     }
     state_.recoverySignatures = std::move(loaded);
     state_.signatureLoaded = true;

@@ -100,6 +100,15 @@ TEST_F(ScanCommandTest, QuietWritesFilesAndNothingElse) {
     EXPECT_FALSE(exportedRows("SMS.csv").empty());
 }
 
+TEST_F(ScanCommandTest, QuietStillTellsThatNothingDeletedCanBeFound) {
+    writeSample();
+    const auto broken = folder_ / "broken.xml";
+    writeWholeFile(broken, "<signatures");
+    const auto ran = runSalvor({"scan", backup(), "--quiet", "--signatures", broken});
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_THAT(ran.err, StartsWith("salvor: error: signatures file " + broken.string()));
+}
+
 TEST_F(ScanCommandTest, TickedRowsAloneAreExported) {
     writeSample();
     ASSERT_EQ(scan({"--export", out()}).status, 0);

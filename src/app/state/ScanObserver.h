@@ -26,6 +26,8 @@ class ScanObserver {
     virtual void onScreen(int screen) { (void)screen; }
     /// Anything a person should know that is no status: a file that could not be read, a limit.
     virtual void onWarning(const std::string& text) { (void)text; }
+    /// What a person must know even where warnings are unwanted: the scan cannot do its work.
+    virtual void onError(const std::string& text) { onWarning(text); }
 };
 
 }  // namespace salvor

@@ -55,6 +55,10 @@ void ScanState::warn(const std::string& text) {
     if (observer != nullptr) observer->onWarning(text);
 }
 
+void ScanState::tellError(const std::string& text) {
+    if (observer != nullptr) observer->onError(text);
+}
+
 std::vector<std::pair<int, std::string>> ScanState::statusHistory() const {
     const std::lock_guard lock(statusMutex_);
     return statusHistory_;

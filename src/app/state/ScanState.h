@@ -127,6 +127,7 @@ class ScanState : public RecordContext {
     void selectTab(int dataType);
     void showScreen(int screen);
     void warn(const std::string& text);
+    void tellError(const std::string& text);
 
     /// Every status that `updateStatus` was given, in order.
     std::vector<std::pair<int, std::string>> statusHistory() const;
