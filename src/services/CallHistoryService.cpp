@@ -38,8 +38,8 @@ void fillNewer(const ResultSet& row, CallHistory& call) {
 
 }  // namespace
 
-CallHistoryService::CallHistoryService(ScanState& state, const contactServices& contacts)
-    : abstractServices(state, CallHistoryIOS7641SqliteDbName), contactServ_(contacts) {}
+CallHistoryService::CallHistoryService(ScanState& state)
+    : abstractServices(state, CallHistoryIOS7641SqliteDbName) {}
 
 void CallHistoryService::RecoverFromIOSBackup(const DeviceInfo& device) {
     doRecovery(device);
@@ -80,10 +80,10 @@ std::shared_ptr<Contact> CallHistoryService::contactOf(const CallHistory& call,
                                                        bool byRowId) const {
     std::shared_ptr<Contact> contact;
     // The database writes -1 for a call without a contact.
-    if (byRowId && call.ContactRowId > 0)
-        contact = contactServ_.FindContactByContactRowId(call.ContactRowId);
-    else
-        contact = contactServ_.FindContactByPhoneNumber(call.Address);
+    if (contactServ != nullptr && byRowId && call.ContactRowId > 0)
+        contact = contactServ->FindContactByContactRowId(call.ContactRowId);
+    else if (contactServ != nullptr)
+        contact = contactServ->FindContactByPhoneNumber(call.Address);
     return contact ? contact : std::make_shared<Contact>();
 }
 

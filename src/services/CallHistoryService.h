@@ -10,10 +10,14 @@
 namespace salvor {
 
 /// The call-history category. Both generations of the database are always tried, whatever the iOS
-/// version; a missing file yields nothing. Callers are looked up in the contact service.
+/// version; a missing file yields nothing.
 class CallHistoryService : public abstractServices {
   public:
-    CallHistoryService(ScanState& state, const contactServices& contacts);
+    explicit CallHistoryService(ScanState& state);
+
+    /// Where callers are looked up; without it they stay without a contact. Read only once the
+    /// contacts of the scan are complete.
+    const contactServices* contactServ = nullptr;
 
     void RecoverFromIOSBackup(const DeviceInfo& device) override;
     void doRecovery(const DeviceInfo& device);
@@ -29,7 +33,6 @@ class CallHistoryService : public abstractServices {
                    Fill fill);
     std::shared_ptr<Contact> contactOf(const CallHistory& call, bool byRowId) const;
 
-    const contactServices& contactServ_;
     std::string callHistoryIOS567ConnectionString_;
     std::string callHistoryIOS8ConnectionString_;
 };

@@ -3,6 +3,9 @@
 #include <array>
 #include <utility>
 
+#include "services/CallHistoryService.h"
+#include "services/contactServices.h"
+
 namespace salvor {
 namespace {
 
@@ -31,6 +34,8 @@ ServicesManager::ServicesManager(ScanState& state, const DeviceInfo& device,
         const auto maker = makers.find(slot.index);
         if (maker != makers.end()) this->*slot.service = maker->second(state, device_);
     }
+    if (auto* calls = dynamic_cast<CallHistoryService*>(callHistoryServ.get()))
+        calls->contactServ = dynamic_cast<const contactServices*>(contactServ.get());
     recoveryModules = {messageServ.get(),  contactServ.get(),     noteServ.get(),
                        calendarServ.get(), callHistoryServ.get(), whatsAppServ.get()};
 }
