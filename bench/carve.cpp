@@ -5,7 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <random>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "CarveDatabases.h"
 #include "carving/PatternMatcher.h"
@@ -16,6 +19,7 @@ namespace salvor::bench {
 namespace {
 
 constexpr std::size_t kPage = 4096;
+constexpr std::size_t kContent = std::size_t{64} << 20;
 
 CarveDatabases& databases() {
     static CarveDatabases files;
@@ -50,25 +54,28 @@ double secondsOf(const auto& work) {
     return processorSeconds() - begin;
 }
 
-/// Runs `work` over `file` and sets its speed and how many memchr passes it takes as long as.
-void measure(benchmark::State& state, const std::filesystem::path& path, const auto& work) {
-    const auto file = MappedFile::open(path);
-    if (!file) return state.SkipWithError("the database could not be written");
-    const auto pass = [&] { benchmark::DoNotOptimize(countByte(file->bytes())); };
-    pass();  // the file is in memory from here on
+/// Runs `work` over `content` and sets its speed and how many memchr passes it takes as long as.
+void measure(benchmark::State& state, Bytes content, const auto& work) {
+    const auto pass = [&] { benchmark::DoNotOptimize(countByte(content)); };
+    pass();  // a file is in memory from here on
     double memchrSeconds = 0;
     double workSeconds = 0;
     std::size_t found = 0;
     for (auto _ : state) {
         memchrSeconds += secondsOf(pass);
-        const double seconds = secondsOf([&] { found = work(file->bytes()); });
+        const double seconds = secondsOf([&] { found = work(content); });
         workSeconds += seconds;
         state.SetIterationTime(seconds);
     }
-    const auto bytes = static_cast<std::int64_t>(file->bytes().size());
-    state.SetBytesProcessed(state.iterations() * bytes);
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(content.size()));
     state.counters["found"] = static_cast<double>(found);
     state.counters["x_memchr"] = workSeconds / memchrSeconds;
+}
+
+void measure(benchmark::State& state, const std::filesystem::path& path, const auto& work) {
+    const auto file = MappedFile::open(path);
+    if (!file) return state.SkipWithError("the database could not be written");
+    measure(state, file->bytes(), work);
 }
 
 void memchrPass(benchmark::State& state) {
@@ -95,6 +102,59 @@ void matcher(benchmark::State& state) {
     });
 }
 
+/// Bytes in which no header stands, a region after the other, under the message patterns that the
+/// program ships.
+void searchInVain(benchmark::State& state, const std::vector<std::uint8_t>& content) {
+    static const SqLiteTableSignatures kShipped = [] {
+        SqLiteTableSignatures signatures;
+        signatures.loadSignatures(SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml");
+        return signatures;
+    }();
+    const auto signature = kShipped.Find("HomeDomain", "sms.db", "MESSAGE");
+    if (!signature) return state.SkipWithError("the shipped signatures could not be read");
+    PatternMatcher matcher;
+    matcher.use(signature->TablePatterns);
+    measure(state, content, [&](Bytes data) {
+        std::size_t found = 0;
+        SQLiteTableHeaderInfo info;
+        for (std::size_t page = 0; page < data.size(); page += kPage) {
+            matcher.begin(slice(data, page, kPage));
+            found += matcher.find(0, info) == MatchResult::Found ? 1U : 0U;
+        }
+        return found;
+    });
+}
+
+std::vector<std::uint8_t> repeated(std::string_view text) {
+    std::vector<std::uint8_t> bytes(kContent);
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<std::uint8_t>(text[i % text.size()]);
+    return bytes;
+}
+
+std::vector<std::uint8_t> noise() {
+    std::vector<std::uint8_t> bytes(kContent);
+    std::mt19937_64 random(1);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
+void registerVainSearches() {
+    using namespace std::string_view_literals;
+    static const std::pair<const char*, std::vector<std::uint8_t>> kContents[] = {
+        {"search_zeros", repeated("\0"sv)},
+        {"search_text", repeated("The train leaves at seven, platform 4; bring the blue bag. ")},
+        {"search_cyrillic", repeated("Поезд отходит в семь, возьми синюю сумку. ")},
+        {"search_noise", noise()},
+    };
+    for (const auto& [name, content] : kContents) {
+        benchmark::RegisterBenchmark(
+            name, [&bytes = content](auto& state) { searchInVain(state, bytes); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    }
+}
+
 void carve(benchmark::State& state, Layout layout, bool fullSearch) {
     TableCarveOptions options;
     options.domain = kDomain;
@@ -117,6 +177,7 @@ void registerAll(std::int64_t largest) {
         }
         one->UseManualTime()->Unit(benchmark::kMillisecond)->ArgName("MB");
     };
+    registerVainSearches();
     add("memchr", memchrPass);
     add("matcher", matcher);
     add("carve_plain", [](benchmark::State& state) { carve(state, Layout::Plain, false); });

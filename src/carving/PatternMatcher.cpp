@@ -40,60 +40,16 @@ bool fits(const CompiledPattern& pattern, const std::uint8_t* bytes) {
     return true;
 }
 
-// How far behind a position the filter looks, the spans of the reads that it stands for included.
-std::int64_t filterSpan(const CompiledPattern& pattern) {
-    return static_cast<std::int64_t>(pattern.firstChecked + CompiledPattern::kFiltered) - 1 + kSpan;
-}
-
-// Bit 0 of the answers says whether the checked columns from number `column` on can begin in these
-// entries of the table. All of it is arithmetic: a branch here would be guessed wrongly as often
-// as not. A byte that goes on has its varint end with the next byte or anywhere behind.
-unsigned choose(unsigned condition, unsigned yes, unsigned no) {
-    return (yes & condition) | (no & ~condition);
-}
-
-unsigned goesOn(unsigned entry) {
-    return entry >> 7;
-}
-
-unsigned twoFit(unsigned a, unsigned b, unsigned column) {
-    return a >> column & (goesOn(a) | b >> (column + 1));
-}
-
-unsigned threeFit(unsigned a, unsigned b, unsigned c, unsigned column) {
-    return a >> column & choose(goesOn(a), goesOn(b) | c >> (column + 1), twoFit(b, c, column + 1));
-}
-
-unsigned fourFit(unsigned a, unsigned b, unsigned c, unsigned d) {
-    return a & choose(goesOn(a), goesOn(b) | twoFit(c, d, 1), threeFit(b, c, d, 1));
-}
-
-// The first position from `position` to `last` that is worth trying, or `last` + 1. Turned down
-// are those where four bytes already show that one of the leading checked columns does not fit.
-template <bool kRowId>
-std::int64_t nextCandidate(const CompiledPattern& pattern, const std::uint8_t* data,
-                           std::int64_t position, std::int64_t last) {
-    // Behind a one-byte row id the first checked column begins three bytes on.
-    constexpr std::int64_t kFirst = kRowId ? 3 : 1;
-    const auto& table = pattern.mayBegin;
-    const std::uint8_t* next = data + position + kFirst;
-    unsigned a = 0;
-    unsigned b = table[next[0]];
-    unsigned c = table[next[1]];
-    unsigned d = table[next[2]];
-    for (; position <= last; ++position, ++next) {
-        a = b;
-        b = c;
-        c = d;
-        d = table[next[3]];
-        unsigned possible = fourFit(a, b, c, d);
-        if constexpr (kRowId) {
-            const std::uint8_t* rowId = data + position;
-            possible = choose(rowId[0] >> 7, rowId[1] >> 7 | threeFit(b, c, d, 0), possible);
+LeadingColumns leadingColumns(const CompiledPattern& pattern) {
+    LeadingColumns leading;
+    for (std::size_t k = 0; k < LeadingColumns::kColumns; ++k) {
+        const std::size_t column = pattern.firstChecked + k;
+        for (unsigned byte = 0; byte < 256; ++byte) {
+            leading.mayBegin[k][byte] =
+                column >= pattern.columns.size() || pattern.columns[column].mayBeginWith(byte);
         }
-        if ((possible & 1u) != 0) return position;
     }
-    return position;
+    return leading;
 }
 
 }  // namespace
@@ -133,30 +89,44 @@ CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
     const auto checked =
         static_cast<std::int64_t>(columns.size() - std::min(columns.size(), firstChecked));
     longestSpan = (beginsWithRowId ? kSpan + 2 : 1) + kSpan * checked;
-    for (unsigned byte = 0; byte < mayBegin.size(); ++byte) {
-        for (std::size_t i = 0; i < kFiltered; ++i) {
-            const std::size_t column = firstChecked + i;
-            if (column >= columns.size() || columns[column].mayBeginWith(byte)) {
-                mayBegin[byte] |= static_cast<std::uint8_t>(1u << i);
-            }
-        }
-        mayBegin[byte] |= static_cast<std::uint8_t>(byte & 0x80u);
-    }
 }
 
 void PatternMatcher::use(const TablePatterns& patterns) {
     if (patterns == inUse_) return;
     inUse_ = patterns;
     patterns_.clear();
+    groups_.clear();
+    std::bitset<256> rare;
     for (const auto& pattern : patterns) {
-        if (pattern && pattern->hasHeader) patterns_.emplace_back(pattern);
+        if (pattern && pattern->hasHeader) addToGroup(patterns_.emplace_back(pattern));
     }
+    for (const Group& group : groups_) rare |= group.columns.rarest();
+    rareBytes_ = ByteSearch(rare);
     memory_.assign(patterns_.size(), {});
+}
+
+void PatternMatcher::addToGroup(CompiledPattern& pattern) {
+    const LeadingColumns columns = leadingColumns(pattern);
+    const auto known = std::find_if(groups_.begin(), groups_.end(),
+                                    [&](const Group& group) { return group.columns == columns; });
+    pattern.group = static_cast<std::size_t>(known - groups_.begin());
+    if (known == groups_.end()) groups_.emplace_back(columns);
+}
+
+const CandidateMap& PatternMatcher::candidates(std::size_t number) {
+    if (!rareBlocksKnown_) rareBlocks_.find(method_, rareBytes_, region_);
+    rareBlocksKnown_ = true;
+    Group& group = groups_[number];
+    if (!group.built) group.map.build(method_, group.tables, rareBlocks_);
+    group.built = true;
+    return group.map;
 }
 
 void PatternMatcher::begin(Bytes region) {
     region_ = region;
     memory_.assign(patterns_.size(), {});
+    rareBlocksKnown_ = false;
+    for (auto& group : groups_) group.built = false;
 }
 
 MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& found) {
@@ -178,25 +148,25 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
 }
 
 MatchResult PatternMatcher::search(const CompiledPattern& pattern, std::int64_t offset,
-                                   std::int64_t& position) const {
+                                   std::int64_t& position) {
     const std::int64_t last = length() - static_cast<std::int64_t>(pattern.columns.size());
     const std::int64_t lastSafe = length() - pattern.longestSpan;
-    const std::int64_t lastFiltered = std::min(last, length() - filterSpan(pattern));
-    for (position = offset; position <= last; ++position) {
-        if (position >= 0 && position <= lastFiltered) {
-            position = pattern.beginsWithRowId
-                           ? nextCandidate<true>(pattern, region_.data(), position, lastFiltered)
-                           : nextCandidate<false>(pattern, region_.data(), position, lastFiltered);
-            if (position <= lastSafe && position <= lastFiltered) {
-                if (fits(pattern, region_.data() + position)) return MatchResult::Found;
-                continue;
-            }
-            if (position > last) break;
+    for (position = offset; position < 0 && position <= last; ++position) {
+        const MatchResult result = tryPosition(pattern, position, nullptr);
+        if (result != MatchResult::None) return result;
+    }
+    if (position > last) return MatchResult::None;
+    const CandidateMap& map = candidates(pattern.group);
+    for (;; ++position) {
+        position = pattern.beginsWithRowId ? map.nextWithRowId(position) : map.nextPlain(position);
+        if (position > last) return MatchResult::None;
+        if (position <= lastSafe) {
+            if (fits(pattern, region_.data() + position)) return MatchResult::Found;
+            continue;
         }
         const MatchResult result = tryPosition(pattern, position, nullptr);
         if (result != MatchResult::None) return result;
     }
-    return MatchResult::None;
 }
 
 MatchResult PatternMatcher::tryPosition(const CompiledPattern& pattern, std::int64_t position,

@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "carving/CandidateMap.h"
+#include "carving/LeadingColumns.h"
 #include "carving/SQLiteTableHeaderInfo.h"
 #include "carving/SqLiteTableSignatures.h"
 #include "util/Bytes.h"
@@ -48,10 +50,7 @@ struct CompiledPattern {
     bool beginsWithRowId = false;
     std::size_t firstChecked = 1;  ///< first column whose serial type is looked at
     std::int64_t longestSpan = 0;  ///< bytes that trying one position can touch at most
-    /// Bit k of a byte's entry: the checked column k can begin with this byte. The sign bit marks
-    /// bytes that go on, behind which the following columns lie no more where they are looked for.
-    std::array<std::uint8_t, 256> mayBegin{};
-    static constexpr std::size_t kFiltered = 4;  ///< so many checked columns are looked at
+    std::size_t group = 0;         ///< which of the matcher's groups it belongs to
 };
 
 /// What a search for a header came to.
@@ -75,6 +74,14 @@ class PatternMatcher {
     MatchResult find(std::int64_t offset, SQLiteTableHeaderInfo& found);
 
   private:
+    /// Patterns whose first checked columns accept the same share a map of a region's candidates.
+    struct Group {
+        explicit Group(const LeadingColumns& leading) : columns(leading), tables(leading) {}
+        LeadingColumns columns;
+        LeadingColumnTables tables;
+        CandidateMap map;
+        bool built = false;
+    };
     /// What is known of one pattern in this region.
     struct Memory {
         bool known = false;
@@ -83,8 +90,10 @@ class PatternMatcher {
         std::int64_t position = 0;  ///< the first match
     };
 
-    MatchResult search(const CompiledPattern& pattern, std::int64_t offset,
-                       std::int64_t& position) const;
+    void addToGroup(CompiledPattern& pattern);
+    /// Where headers for the patterns of a group may stand.
+    const CandidateMap& candidates(std::size_t group);
+    MatchResult search(const CompiledPattern& pattern, std::int64_t offset, std::int64_t& position);
     MatchResult tryPosition(const CompiledPattern& pattern, std::int64_t position,
                             SQLiteTableHeaderInfo* info) const;
     std::int64_t length() const { return static_cast<std::int64_t>(region_.size()); }
@@ -92,6 +101,11 @@ class PatternMatcher {
     TablePatterns inUse_;
     std::vector<CompiledPattern> patterns_;
     std::vector<Memory> memory_;
+    std::vector<Group> groups_;
+    ByteSearch rareBytes_{{}};  ///< every header has one of these bytes
+    RareBlocks rareBlocks_;
+    bool rareBlocksKnown_ = false;
+    MaskMethod method_ = fastestMaskMethod();
     Bytes region_;
 };
 
