@@ -21,7 +21,9 @@ constexpr std::array kDevices{
 };
 
 // A further category is one more row and one more file.
-constexpr std::array<SampleCategory, 1> kCategories{&writeSampleMessages};
+constexpr std::array<SampleCategory, 6> kCategories{&writeSampleMessages, &writeSampleContacts,
+                                                    &writeSampleCalls,    &writeSampleCalendar,
+                                                    &writeSampleNotes,    &writeSampleWhatsApp};
 
 const SampleDevice& deviceOf(int ios) {
     for (const auto& device : kDevices) {

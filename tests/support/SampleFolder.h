@@ -56,5 +56,10 @@ class SampleFolder {
 /// Writes one category's databases.
 using SampleCategory = void (*)(SampleFolder& folder);
 void writeSampleMessages(SampleFolder& folder);
+void writeSampleContacts(SampleFolder& folder);
+void writeSampleCalls(SampleFolder& folder);
+void writeSampleCalendar(SampleFolder& folder);
+void writeSampleNotes(SampleFolder& folder);
+void writeSampleWhatsApp(SampleFolder& folder);
 
 }  // namespace salvor
