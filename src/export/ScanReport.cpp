@@ -76,7 +76,9 @@ class Writer {
     template <class Row>
     void list(const char* key, const List<Row>& rows) {
         open(key, '[');
-        for (const auto& row : rows) value(nullptr, json::fromValue(row));
+        // Rows are written whole; a record inside another one may be its name alone.
+        for (const auto& row : rows)
+            value(nullptr, row != nullptr ? json::fromRecord(*row) : json::Json(nullptr));
         close(']');
     }
     std::string finish() && { return std::move(text_) + "\n"; }

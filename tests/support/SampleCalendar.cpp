@@ -104,6 +104,7 @@ void writeSampleCalendar(SampleFolder& folder) {
     SqliteFile database(folder.add(kDomain, kPath), sampleLayout(folder));
     database.execute("CREATE TABLE _SqliteDatabaseProperties (key TEXT, value TEXT)");
     database.execute("CREATE TABLE Calendar (ROWID INTEGER PRIMARY KEY, title TEXT)");
+    database.execute("CREATE TABLE Location (ROWID INTEGER PRIMARY KEY, title TEXT)");
     if (ios == 4) return database.close();
     const auto columns = itemColumns(ios);
     columns.create(database, "CalendarItem");

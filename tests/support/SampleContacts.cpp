@@ -144,12 +144,14 @@ class ContactSample {
 
     SampleRecord searchRow(std::int64_t number) {
         const auto person = personOf(number);
+        const std::string phones = person.phone + " " + person.phone.substr(1) + " ";
         SampleRecord record;
         record.row = search_.row({{"c0First", person.first},
                                   {"c1Last", orNull(person.last)},
-                                  {"c15Phone", person.phone + " " + person.phone.substr(1) + " "},
+                                  {"c15Phone", phones},
                                   {"c16Email", orNull(person.email)}});
         record.truth = truthOf(person);
+        record.truth.handle = phones;
         return record;
     }
 
