@@ -51,8 +51,9 @@ void CategoryExtraction::prepare(std::int32_t dataType) {
 ExtractionResult CategoryExtraction::read(std::int32_t dataType) {
     if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
     if (dataType == kEverything || dataType == kPhotosAndVideos) {
-        failure_ = sweepPictures(state_, workFolder_);
+        failure_ = sweepPictures(state_, workFolder_, cancelled_);
         if (!failure_.empty()) return ExtractionResult::NoWorkFolder;
+        if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
     }
     for (const LiveCategory& category : liveCategories()) {
         if (state_.IsCancelFlag) return ExtractionResult::Cancelled;

@@ -9,6 +9,7 @@
 #include "app/state/ScanState.h"
 #include "export/CsvWriter.h"
 #include "util/FileUtils.h"
+#include "util/ReadableFile.h"
 #include "util/StringUtils.h"
 
 namespace salvor {
@@ -142,13 +143,10 @@ class ExportRun {
     }
 
     static ExportedFile copyFile(const fs::path& source, const fs::path& copy) {
-        std::error_code error;
-        fs::copy_file(source, copy, error);
-        if (!error) return {copy, 1, ""};
-        std::error_code ignored;
-        // On a file system that ignores case another copy may have this name.
-        if (error != std::errc::file_exists) fs::remove(copy, ignored);
-        return {copy, 0, error.message()};
+        const auto file = ReadableFile::open(source);
+        if (!file) return {copy, 0, "cannot read " + source.string()};
+        std::string failure = file->copyTo(copy);
+        return {copy, failure.empty() ? 1U : 0U, std::move(failure)};
     }
 
     void writeDeviceInfo(const fs::path& path) {

@@ -4,6 +4,7 @@
 #include <exception>
 #include <system_error>
 
+#include "app/state/ListLock.h"
 #include "backup/cameraroll/AssetFiles.h"
 #include "backup/cameraroll/PhotoLibrary.h"
 
@@ -11,18 +12,6 @@ namespace salvor {
 namespace {
 
 enum Folder { CameraRoll, PhotoStream, AppPhotos, CameraRollVideos, PhotoStreamVideos, AppVideos };
-
-/// Holds a list's lock flag while something is inserted.
-class LockFlag {
-  public:
-    explicit LockFlag(std::atomic<bool>& flag) : flag_(flag) { flag_ = true; }
-    LockFlag(const LockFlag&) = delete;
-    LockFlag& operator=(const LockFlag&) = delete;
-    ~LockFlag() { flag_ = false; }
-
-  private:
-    std::atomic<bool>& flag_;
-};
 
 }  // namespace
 
@@ -110,7 +99,7 @@ bool DcimService::isDuplicatePhoto(const Dcmi& asset) {
 }
 
 void DcimService::list(const Dcmi& asset, bool video) {
-    const LockFlag lock(video ? state_.dcimLocked : state_.photosLocked);
+    const ListLock lock(video ? state_.dcimLocked : state_.photosLocked);
     if (video) {
         (asset.Recovered ? state_.DeletedVideos : state_.Videos).push_back(asset.convertToVideo());
         ++(asset.Recovered ? state_.DeletedVideosCount : state_.VideosCount);

@@ -141,6 +141,8 @@ TEST_P(EveryCategory, ShowsItsLiveRowsAndWhatIsLeftOfTheDeletedOnes) {
         checkLive(category, job.state());
         checkDeleted(category, job.state());
     }
+    EXPECT_EQ(job.state().Photos.size(), SampleTruth::of(sample.truth.live, "Photos").size());
+    EXPECT_EQ(job.state().Videos.size(), SampleTruth::of(sample.truth.live, "Videos").size());
     EXPECT_EQ(hashTree(sample.folder), before);
 }
 

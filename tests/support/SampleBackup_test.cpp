@@ -35,14 +35,19 @@ TEST_P(SampleOfVersion, TruthAgreesWithTheDatabases) {
             rows.insert(std::get<std::int64_t>(one[0]));
         return rows;
     };
-    for (const auto& row : sample.truth.live) EXPECT_TRUE(rowsOf(row).contains(row.rowId));
+    std::size_t files = 0;
+    for (const auto& row : sample.truth.live) {
+        const bool isFile = row.table == "Photos" || row.table == "Videos";
+        files += isFile ? 1U : 0U;
+        EXPECT_TRUE(isFile || rowsOf(row).contains(row.rowId));
+    }
     for (const auto& row : sample.truth.deleted) {
         EXPECT_FALSE(rowsOf(row).contains(row.rowId));
         if (row.table == "message") ways.insert(row.how);
     }
     std::size_t rows = 0;
     for (const auto& [table, ids] : live) rows += ids.size();
-    EXPECT_EQ(rows, sample.truth.live.size());
+    EXPECT_EQ(rows + files, sample.truth.live.size());
     EXPECT_EQ(ways.size(), 4U) << "every way of deleting must occur";
 }
 

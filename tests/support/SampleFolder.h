@@ -61,5 +61,6 @@ void writeSampleCalls(SampleFolder& folder);
 void writeSampleCalendar(SampleFolder& folder);
 void writeSampleNotes(SampleFolder& folder);
 void writeSampleWhatsApp(SampleFolder& folder);
+void writeSamplePictures(SampleFolder& folder);
 
 }  // namespace salvor

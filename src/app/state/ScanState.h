@@ -34,6 +34,7 @@ struct ScanProgress {
     std::atomic<std::uint64_t> bytesTotal{0};
     std::atomic<std::uint64_t> bytesDone{0};
     std::atomic<std::uint64_t> recordsFound{0};  ///< deleted records that reached a list
+    std::atomic<std::uint32_t> pictureSteps{0};  ///< eighths of the stored files looked at
 };
 
 /// The hub of one scan: source, database names, result lists, counters, flags. Boxes are handed a

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace salvor {
+
+/// A regular file of the host, opened for reading. Opening waits for nobody, not even on a pipe,
+/// and leaves the access time as it is where the system allows it.
+class ReadableFile {
+  public:
+    /// Nothing when the file cannot be opened or is no regular file.
+    static std::optional<ReadableFile> open(const std::filesystem::path& path);
+
+    ReadableFile(ReadableFile&& other) noexcept;
+    ReadableFile& operator=(ReadableFile&& other) noexcept;
+    ReadableFile(const ReadableFile&) = delete;
+    ReadableFile& operator=(const ReadableFile&) = delete;
+    ~ReadableFile();
+
+    /// The first bytes of the file, as many as there are and fit; returns how many.
+    std::size_t readHead(std::span<std::uint8_t> head) const;
+
+    /// Copies the whole file to `target`, which must not be there yet, as cheaply as the file
+    /// systems can: shared blocks, else inside the kernel, else through memory. Returns "" or the
+    /// cause of the failure, after which there is no copy. `cancelled` is asked now and then; a
+    /// cancelled copy fails.
+    std::string copyTo(const std::filesystem::path& target,
+                       const std::function<bool()>& cancelled = {}) const;
+
+  private:
+    explicit ReadableFile(int descriptor) : descriptor_(descriptor) {}
+
+    int descriptor_ = -1;
+};
+
+}  // namespace salvor
