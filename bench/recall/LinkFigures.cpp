@@ -21,7 +21,7 @@ struct TrueLinks {
 
     explicit TrueLinks(const SampleBackup& sample) {
         for (const auto* rows : {&sample.truth.live, &sample.truth.deleted}) {
-            for (const auto& row : *rows) addMessage(row);
+            for (const auto& row : SampleTruth::of(*rows, "message")) addMessage(row);
         }
         SqliteFile database(sample.messageDatabase());
         addRows(database, "SELECT ROWID, guid FROM chat", chatGuids);

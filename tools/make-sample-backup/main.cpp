@@ -17,7 +17,7 @@ int makeSample(const std::filesystem::path& out, const salvor::SampleOptions& op
         return 2;
     }
     const auto sample = salvor::SampleBackup::write(out, options);
-    fmt::print("{}: iOS {}, {} live and {} deleted messages\n{}: what was deleted and how\n",
+    fmt::print("{}: iOS {}, {} live and {} deleted records\n{}: what was deleted and how\n",
                out.string(), sample.truth.version, sample.truth.live.size(),
                sample.truth.deleted.size(), salvor::SampleBackup::truthFile(out).string());
     return 0;
