@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "backup/BackupPaths.h"
-#include "backup/PropertyList.h"
 #include "util/FileUtils.h"
+#include "util/PropertyList.h"
 
 namespace salvor {
 namespace {

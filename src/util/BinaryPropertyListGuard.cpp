@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "backup/PropertyListGuard.h"
+#include "util/PropertyListGuard.h"
 
 namespace salvor {
 namespace {

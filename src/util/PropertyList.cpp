@@ -1,10 +1,10 @@
-#include "backup/PropertyList.h"
+#include "util/PropertyList.h"
 
 #include <plist/plist.h>
 #include <string_view>
 
-#include "backup/PropertyListGuard.h"
 #include "util/MappedFile.h"
+#include "util/PropertyListGuard.h"
 #include "util/Utf8.h"
 
 namespace salvor {
@@ -75,6 +75,14 @@ bool PropertyList::has(const char* key) const {
 
 Text PropertyList::text(const char* key) const {
     return textOf(item(key));
+}
+
+std::optional<std::string> PropertyList::data(const char* key) const {
+    const plist_t node = item(key);
+    if (node == nullptr || plist_get_node_type(node) != PLIST_DATA) return std::nullopt;
+    std::uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return bytes != nullptr ? std::string(bytes, static_cast<std::size_t>(length)) : std::string();
 }
 
 std::optional<bool> PropertyList::boolean(const char* key) const {

@@ -1,12 +1,12 @@
-#include "backup/PropertyList.h"
+#include "util/PropertyList.h"
 
 #include <gtest/gtest.h>
 #include <random>
 
-#include "backup/PropertyListGuard.h"
 #include "tests/support/Digest.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/TempFolder.h"
+#include "util/PropertyListGuard.h"
 
 namespace salvor {
 namespace {

@@ -1,6 +1,6 @@
 #include <string_view>
 
-#include "backup/PropertyListGuard.h"
+#include "util/PropertyListGuard.h"
 
 namespace salvor {
 namespace {

@@ -22,6 +22,8 @@ class PropertyList {
     bool has(const char* key) const;
     /// The text under `key`; absent when there is none or it is no text.
     Text text(const char* key) const;
+    /// The bytes under `key`; absent when there are none.
+    std::optional<std::string> data(const char* key) const;
     /// The truth of the value under `key` (a boolean, a number that is not 0, a text that begins
     /// like yes or true); nothing when the key is absent.
     std::optional<bool> boolean(const char* key) const;
