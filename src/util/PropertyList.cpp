@@ -1,5 +1,8 @@
 #include "util/PropertyList.h"
 
+#include <cmath>
+#include <cstdlib>
+#include <fmt/format.h>
 #include <plist/plist.h>
 #include <string_view>
 
@@ -49,6 +52,40 @@ Text textOf(plist_t node) {
     return isValidUtf8(text) ? Text(std::move(text)) : std::nullopt;
 }
 
+Text decimal(plist_t node) {
+    if (plist_get_node_type(node) == PLIST_UINT) {
+        std::uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return std::to_string(static_cast<std::int64_t>(value));
+    }
+    if (plist_get_node_type(node) != PLIST_REAL) return std::nullopt;
+    double value = 0;
+    plist_get_real_val(node, &value);
+    return std::isfinite(value) ? Text(fmt::format("{}", value)) : std::nullopt;
+}
+
+/// Calls `visit` with every value of an array or dictionary.
+template <class Visit>
+void forEachValue(plist_t container, Visit visit) {
+    const bool isArray = plist_get_node_type(container) == PLIST_ARRAY;
+    void* iterator = nullptr;
+    isArray ? plist_array_new_iter(container, &iterator)
+            : plist_dict_new_iter(container, &iterator);
+    const std::unique_ptr<void, decltype(&std::free)> owned(iterator, &std::free);
+    if (iterator == nullptr) return;
+    for (plist_t value = nullptr;;) {
+        isArray ? plist_array_next_item(container, iterator, &value)
+                : plist_dict_next_item(container, iterator, nullptr, &value);
+        if (value == nullptr) return;
+        visit(value);
+    }
+}
+
+bool isContainer(plist_t node) {
+    const auto type = plist_get_node_type(node);
+    return type == PLIST_DICT || type == PLIST_ARRAY;
+}
+
 }  // namespace
 
 PropertyList PropertyList::read(const std::filesystem::path& file) {
@@ -61,11 +98,12 @@ PropertyList PropertyList::parse(Bytes data) {
     plist_t node = isBinary(data) ? parseBinary(data) : parseXml(data);
     if (node == nullptr) return {};
     std::shared_ptr<void> tree(node, plist_free);
-    if (plist_get_node_type(node) != PLIST_DICT) return {};
+    if (!isContainer(node)) return {};
     return {std::move(tree), node};
 }
 
 void* PropertyList::item(const char* key) const {
+    // The library answers a question for a key of an array with nothing.
     return node_ == nullptr ? nullptr : plist_dict_get_item(node_, key);
 }
 
@@ -102,10 +140,41 @@ std::optional<bool> PropertyList::boolean(const char* key) const {
     }
 }
 
+std::optional<std::int64_t> PropertyList::integer(const char* key) const {
+    const plist_t node = item(key);
+    if (node == nullptr || plist_get_node_type(node) != PLIST_UINT) return std::nullopt;
+    std::uint64_t value = 0;
+    plist_get_uint_val(node, &value);
+    return static_cast<std::int64_t>(value);
+}
+
+Text PropertyList::scalar(const char* key) const {
+    const plist_t node = item(key);
+    if (node == nullptr) return std::nullopt;
+    return plist_get_node_type(node) == PLIST_STRING ? textOf(node) : decimal(node);
+}
+
 PropertyList PropertyList::dictionary(const char* key) const {
     const plist_t node = item(key);
     if (node == nullptr || plist_get_node_type(node) != PLIST_DICT) return {};
     return {tree_, node};
+}
+
+std::vector<PropertyList> PropertyList::dictionaries() const {
+    return dictionariesOf(node_);
+}
+
+std::vector<PropertyList> PropertyList::dictionaries(const char* key) const {
+    return dictionariesOf(item(key));
+}
+
+std::vector<PropertyList> PropertyList::dictionariesOf(void* container) const {
+    std::vector<PropertyList> found;
+    if (container == nullptr || !isContainer(container)) return found;
+    forEachValue(container, [&](plist_t value) {
+        if (plist_get_node_type(value) == PLIST_DICT) found.push_back({tree_, value});
+    });
+    return found;
 }
 
 }  // namespace salvor

@@ -72,6 +72,19 @@ PropertyListDictionary& PropertyListDictionary::dictionary(const std::string& ke
     return set(key, std::exchange(value.root_, nullptr));
 }
 
+PropertyListDictionary& PropertyListDictionary::real(const std::string& key, double value) {
+    return set(key, plist_new_real(value));
+}
+
+PropertyListDictionary& PropertyListDictionary::array(const std::string& key,
+                                                      std::vector<PropertyListDictionary> values) {
+    const plist_t array = plist_new_array();
+    for (auto& value : values) {
+        plist_array_append_item(array, std::exchange(value.root_, nullptr));
+    }
+    return set(key, array);
+}
+
 PropertyListDictionary& PropertyListDictionary::emptyArray(const std::string& key) {
     return set(key, plist_new_array());
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace salvor {
 
@@ -22,7 +23,11 @@ class PropertyListDictionary {
     PropertyListDictionary& date(const std::string& key, std::int64_t unixSeconds);
     PropertyListDictionary& data(const std::string& key, std::string_view bytes);
     PropertyListDictionary& dictionary(const std::string& key, PropertyListDictionary value);
+    PropertyListDictionary& real(const std::string& key, double value);
     PropertyListDictionary& emptyArray(const std::string& key);
+    /// An array of dictionaries.
+    PropertyListDictionary& array(const std::string& key,
+                                  std::vector<PropertyListDictionary> values);
 
     void writeXml(const std::filesystem::path& file) const;
     void writeBinary(const std::filesystem::path& file) const;

@@ -1,6 +1,7 @@
 #include "util/PropertyList.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 
 #include "tests/support/Digest.h"
@@ -25,6 +26,12 @@ PropertyListDictionary sample() {
     top.boolean("True", true).boolean("False", false).integer("Two", 2).integer("Zero", 0);
     top.date("Date", 1'000'000'000).data("Data", "\x01\x00\x02"s).emptyArray("Array");
     top.dictionary("Lockdown", std::move(inner));
+    PropertyListDictionary visit;
+    visit.text("", "https://a").real("Latitude", -51.5).real("Whole", 2).integer("Minus", ~0ULL);
+    std::vector<PropertyListDictionary> visits;
+    visits.push_back(std::move(visit));
+    visits.emplace_back();
+    top.real("Endless", std::numeric_limits<double>::infinity()).array("Visits", std::move(visits));
     return top;
 }
 
@@ -50,7 +57,36 @@ TEST(PropertyList, ReadsBothFormsAlike) {
         EXPECT_EQ(list.boolean("Missing"), std::nullopt);
         EXPECT_EQ(list.dictionary("Lockdown").text("DeviceName"), Text("Inner"));
         EXPECT_FALSE(list.dictionary("Name").has("DeviceName"));
+        EXPECT_EQ(list.integer("Two"), 2);
+        EXPECT_EQ(list.integer("Name"), std::nullopt);
+        EXPECT_EQ(list.scalar("Name"), list.text("Name"));
+        EXPECT_EQ(list.scalar("Two"), Text("2"));
+        EXPECT_EQ(list.scalar("Data"), std::nullopt);
+        EXPECT_EQ(list.scalar("Endless"), std::nullopt);
     }
+}
+
+TEST(PropertyList, HandsOutTheDictionariesOfArraysAndDictionaries) {
+    for (const bool binary : {false, true}) {
+        const PropertyList list = parse(written(binary));
+        const auto visits = list.dictionaries("Visits");
+        ASSERT_EQ(visits.size(), 2U);
+        EXPECT_EQ(visits[0].text(""), Text("https://a")) << "a key may be empty";
+        EXPECT_EQ(visits[0].scalar("Latitude"), Text("-51.5"));
+        EXPECT_EQ(visits[0].scalar("Whole"), Text("2"));
+        EXPECT_EQ(visits[0].integer("Minus"), -1);
+        EXPECT_FALSE(visits[1].has(""));
+        ASSERT_EQ(list.dictionaries().size(), 1U) << "arrays are none";
+        EXPECT_EQ(list.dictionaries()[0].text("DeviceName"), Text("Inner"));
+        for (const char* key : {"Array", "Name", "Missing"}) {
+            EXPECT_TRUE(list.dictionaries(key).empty()) << key;
+        }
+    }
+    const auto top = parse("<plist><array><dict><key>a</key><true/></dict><true/></array></plist>");
+    ASSERT_EQ(top.dictionaries().size(), 1U);
+    EXPECT_TRUE(top.dictionaries()[0].has("a"));
+    EXPECT_FALSE(top.has("a"));
+    EXPECT_TRUE(PropertyList().dictionaries().empty());
 }
 
 TEST(PropertyList, ReadsWhatPeopleAndToolsPutAroundTheDictionary) {
@@ -133,6 +169,9 @@ TEST(PropertyList, SurvivesDamageAnywhere) {
                 bent[length] = static_cast<char>(random());
                 bent[random() % bent.size()] = static_cast<char>(random());
                 EXPECT_EQ(parse(bent).boolean("Missing"), std::nullopt);
+                for (const auto& visit : parse(bent).dictionaries("Visits")) {
+                    EXPECT_EQ(visit.scalar("Missing"), std::nullopt);
+                }
             }
         }
     }
