@@ -1,9 +1,14 @@
 #include "services/InternetHistoryService.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
+#include <utility>
 
 #include "records/ListRows.h"
 #include "util/DateUtils.h"
+#include "util/PropertyList.h"
 
 namespace salvor {
 namespace {
@@ -15,6 +20,26 @@ constexpr std::array kCandidates{"e74113c185fd8297e140cfcf9c99436c5cc06b57",
 constexpr auto kVisits =
     "SELECT hv.id, title, visit_time, url, visit_count  FROM history_visits hv inner join "
     "history_items hi on hv.history_item = hi.id order by visit_time desc, hv.id";
+
+/// The visit times count from 2001 but are read as Unix time, which this format undoes.
+Text displayDate(double secondsSince2001) {
+    const auto date = DateUtils::ConvertFromUnixTimeStampToDateTime(secondsSince2001);
+    return date ? Text(DateUtils::DateTimeToStringWithOffset(*date)) : std::nullopt;
+}
+
+/// The whole text as a number.
+std::optional<double> numberOf(const Text& text) {
+    if (!text) return std::nullopt;
+    double number = 0;
+    const char* end = text->data() + text->size();
+    const auto read = std::from_chars(text->data(), end, number);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+std::int32_t countOf(std::int64_t number) {
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(number, 0, std::numeric_limits<std::int32_t>::max()));
+}
 
 }  // namespace
 
@@ -34,24 +59,41 @@ void InternetHistoryService::RecoverFromIOSBackup(const DeviceInfo& device) {
 void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
     const auto path = ConnectionString(device);
     if (!path) return;
+    const auto before = retrieved_;
     dbUtils_ = std::make_shared<FMDBUtils>(path->string(), state_.sourcePolicy, cancelled_);
-    if (!dbUtils_->openDatabase()) return;
-    auto rows = dbUtils_->executeQuery(kVisits);
-    while (rows.next()) {
-        auto visit = std::make_shared<InternetHistory>();
-        visit->Url = rows.stringForColumn("url");
-        visit->Title = rows.stringForColumn("title");
-        visit->VisitCount = rows.intForColumn("visit_count");
-        // The column holds seconds since 2001 and is read as Unix time, which this format undoes.
-        if (const auto date =
-                DateUtils::ConvertFromUnixTimeStampToDateTime(rows.doubleForColumn("visit_time")))
-            visit->LastVisitedDate = DateUtils::DateTimeToStringWithOffset(*date);
-        visit->SlNo = ++retrieved_;
-        state_.AllInternetContent.push_back(visit);
-        state_.InternetContent.push_back(visit);
-        ++state_.InternetCount;
-        state_.updateUIfoundRecoveredData();
+    if (dbUtils_->openDatabase()) {
+        auto rows = dbUtils_->executeQuery(kVisits);
+        while (rows.next()) {
+            auto visit = std::make_shared<InternetHistory>();
+            visit->Url = rows.stringForColumn("url");
+            visit->Title = rows.stringForColumn("title");
+            visit->VisitCount = rows.intForColumn("visit_count");
+            visit->LastVisitedDate = displayDate(rows.doubleForColumn("visit_time"));
+            list(std::move(visit));
+        }
     }
+    if (retrieved_ == before) readPropertyList(*path);
+}
+
+void InternetHistoryService::readPropertyList(const std::filesystem::path& path) {
+    for (const PropertyList& page : PropertyList::read(path).dictionaries("WebHistoryDates")) {
+        if (cancelled_.stop_requested()) return;
+        auto visit = std::make_shared<InternetHistory>();
+        visit->Url = page.text("");
+        visit->Title = page.text("title");
+        visit->VisitCount = countOf(page.integer("visitCount").value_or(0));
+        if (const auto seconds = numberOf(page.scalar("lastVisitedDate")))
+            visit->LastVisitedDate = displayDate(*seconds);
+        list(std::move(visit));
+    }
+}
+
+void InternetHistoryService::list(std::shared_ptr<InternetHistory> visit) {
+    visit->SlNo = ++retrieved_;
+    state_.AllInternetContent.push_back(visit);
+    state_.InternetContent.push_back(std::move(visit));
+    ++state_.InternetCount;
+    state_.updateUIfoundRecoveredData();
 }
 
 }  // namespace salvor

@@ -4,8 +4,9 @@
 
 namespace salvor {
 
-/// The browser history: reads the live visits of three candidate files. Nothing is carved, and a
-/// history that lies in two of the places is listed twice.
+/// The browser history: reads the live visits of three candidate files, each either a database or,
+/// as before iOS 8, a property list. Nothing is carved, and a history that lies in two of the
+/// places is listed twice.
 class InternetHistoryService : public abstractServices {
   public:
     explicit InternetHistoryService(ScanState& state);
@@ -15,6 +16,10 @@ class InternetHistoryService : public abstractServices {
     void queryDbForHistory(const DeviceInfo& device);
     /// Browser history is not carved.
     void doRecovery(const DeviceInfo&) {}
+
+  private:
+    void readPropertyList(const std::filesystem::path& path);
+    void list(std::shared_ptr<InternetHistory> visit);
 };
 
 }  // namespace salvor

@@ -9,6 +9,7 @@
 #include "tests/support/HashTree.h"
 #include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "util/DateUtils.h"
 
 namespace salvor {
 namespace {
@@ -36,7 +37,17 @@ std::string textOf(const TruthRow& row) {
     return row.text.value_or("");
 }
 
+std::string keyOfVisit(const TruthRow& row) {
+    const Date date{static_cast<double>(row.date)};
+    return row.handle + "|" + textOf(row) + "|" + DateUtils::DateTimeToString(date) + "|" +
+           std::to_string(std::get<std::int64_t>(row.values.at("visits")));
+}
+
 const std::vector<Category>& categories() {
+    static const auto visits = [](const auto& row) {
+        return row.Url.value_or("") + "|" + row.Title.value_or("") + "|" +
+               row.LastVisitedDate.value_or("") + "|" + std::to_string(row.VisitCount);
+    };
     static const auto calls = [](const auto& row) { return row.Address.value_or(""); };
     static const auto titles = [](const auto& row) { return row.Title.value_or(""); };
     static const auto summaries = [](const auto& row) { return row.Summary.value_or(""); };
@@ -69,6 +80,9 @@ const std::vector<Category>& categories() {
         {"WhatsApp", "ZWAMESSAGE", "ZWAMESSAGE", textOf,
          [](const ScanState& s) { return keysOf(s.WhatsAppContent, texts); },
          [](const ScanState& s) { return keysOf(s.DeletedWhatsApp, texts); }},
+        {"browser history", "history_visits", "history_visits", keyOfVisit,
+         [](const ScanState& s) { return keysOf(s.InternetContent, visits); },
+         [](const ScanState& s) { return keysOf(s.DeletedInternet, visits); }},
     };
     return all;
 }

@@ -21,9 +21,9 @@ constexpr std::array kDevices{
 };
 
 // A further category is one more row and one more file.
-constexpr std::array<SampleCategory, 7> kCategories{
-    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,   &writeSampleCalendar,
-    &writeSampleNotes,    &writeSampleWhatsApp, &writeSamplePictures};
+constexpr std::array<SampleCategory, 8> kCategories{
+    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,    &writeSampleCalendar,
+    &writeSampleNotes,    &writeSampleWhatsApp, &writeSamplePictures, &writeSampleInternet};
 
 const SampleDevice& deviceOf(int ios) {
     for (const auto& device : kDevices) {

@@ -61,6 +61,7 @@ void writeSampleCalls(SampleFolder& folder);
 void writeSampleCalendar(SampleFolder& folder);
 void writeSampleNotes(SampleFolder& folder);
 void writeSampleWhatsApp(SampleFolder& folder);
+void writeSampleInternet(SampleFolder& folder);
 void writeSamplePictures(SampleFolder& folder);
 
 }  // namespace salvor

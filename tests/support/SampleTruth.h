@@ -16,7 +16,7 @@ namespace salvor {
 struct TruthRow {
     std::string database;  ///< stored name in the backup
     std::string table;
-    std::int64_t rowId = 0;
+    std::int64_t rowId = 0;  ///< 0 for what lies in no database
     std::optional<std::string> guid;
     std::optional<std::string> text;
     std::int64_t date = 0;
