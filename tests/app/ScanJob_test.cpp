@@ -1,13 +1,16 @@
 #include "app/ScanJob.h"
 
+#include <chrono>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <map>
 #include <sys/stat.h>
+#include <thread>
 
 #include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/SampleBackup.h"
+#include "tests/support/SampleRandom.h"
 #include "tests/support/TempFolder.h"
 
 namespace salvor {
@@ -185,6 +188,33 @@ TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     EXPECT_EQ(early.runScan(request()).result, ScanResult::Cancelled);
     EXPECT_TRUE(early.state().SMSContent.empty());
     EXPECT_TRUE(early.state().statusHistory().empty());
+}
+
+TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
+    sample();
+    ASSERT_EQ(job.runScan(request()).result, ScanResult::Done);
+    SampleRandom random(7);
+    int cancelled = 0;
+    for (int round = 0; round < 40; ++round) {
+        ScanJob one(watcher);
+        // Spread over the whole of a scan, however long one takes on this machine.
+        const auto moment = std::chrono::microseconds(random.below(round < 20 ? 4'000 : 100'000));
+        std::jthread hand([&] {
+            std::this_thread::sleep_for(moment);
+            one.cancel();
+        });
+        const auto result = one.runScan(request()).result;
+        hand.join();
+        cancelled += result == ScanResult::Cancelled ? 1 : 0;
+        const ScanState& found = one.state();
+        for (std::size_t i = 0; i < found.SMSContent.size(); ++i) {
+            EXPECT_EQ(found.SMSContent[i]->RowID, job.state().SMSContent.at(i)->RowID);
+        }
+        EXPECT_LE(found.DeletedSMS.size(), job.state().DeletedSMS.size());
+        EXPECT_LE(found.DeletedContact.size(), job.state().DeletedContact.size());
+        EXPECT_LE(found.DeletedWhatsApp.size(), job.state().DeletedWhatsApp.size());
+    }
+    EXPECT_GT(cancelled, 0);
 }
 
 }  // namespace
