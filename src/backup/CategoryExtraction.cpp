@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "backup/CategoryDatabases.h"
+#include "backup/DeviceLists.h"
 #include "backup/LiveCategories.h"
 #include "backup/PictureSweep.h"
 
@@ -45,6 +46,7 @@ void CategoryExtraction::prepare(std::int32_t dataType) {
         state_.InternetContent.clear();
         state_.InternetCount = 0;
     }
+    clearDeviceLists(state_);
     setupDataBase(state_);
 }
 
@@ -61,6 +63,7 @@ ExtractionResult CategoryExtraction::read(std::int32_t dataType) {
         readCategory(category, state_, cancelled_);
         if (dataType == category.code) state_.refreshTabButtons();
     }
+    if (dataType == kEverything && !state_.IsCancelFlag) readDeviceLists(state_, cancelled_);
     return state_.IsCancelFlag ? ExtractionResult::Cancelled : ExtractionResult::Complete;
 }
 

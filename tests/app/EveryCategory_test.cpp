@@ -43,7 +43,12 @@ std::string keyOfVisit(const TruthRow& row) {
            std::to_string(std::get<std::int64_t>(row.values.at("visits")));
 }
 
+std::string keyOfEntry(const TruthRow& row) {
+    return textOf(row) + "|" + row.handle;
+}
+
 const std::vector<Category>& categories() {
+    static const auto nothing = [](const ScanState&) { return Keys(); };
     static const auto visits = [](const auto& row) {
         return row.Url.value_or("") + "|" + row.Title.value_or("") + "|" +
                row.LastVisitedDate.value_or("") + "|" + std::to_string(row.VisitCount);
@@ -53,8 +58,7 @@ const std::vector<Category>& categories() {
     static const auto summaries = [](const auto& row) { return row.Summary.value_or(""); };
     static const auto texts = [](const auto& row) { return row.zText.value_or(""); };
     static const std::vector<Category> all{
-        {"contacts", "ABPerson", "ABPersonFullTextSearch_content",
-         [](const TruthRow& row) { return textOf(row) + "|" + row.handle; },
+        {"contacts", "ABPerson", "ABPersonFullTextSearch_content", keyOfEntry,
          [](const ScanState& s) {
              return keysOf(s.ContactContent, [](const Contact& row) {
                  return row.FirstName.value_or("") + "|" + row.ContactNo1.value_or("");
@@ -83,6 +87,35 @@ const std::vector<Category>& categories() {
         {"browser history", "history_visits", "history_visits", keyOfVisit,
          [](const ScanState& s) { return keysOf(s.InternetContent, visits); },
          [](const ScanState& s) { return keysOf(s.DeletedInternet, visits); }},
+        {"accounts", "Accounts", "Accounts", keyOfEntry,
+         [](const ScanState& s) {
+             return keysOf(s.AccountContent, [](const Account& row) {
+                 return row.Username.value_or("") + "|" + row.ClassName.value_or("") + "|" +
+                        row.Hostname.value_or("") + "|" + row.PortNumber.value_or("");
+             });
+         },
+         nothing},
+        {"applications", "Applications", "Applications", keyOfEntry,
+         [](const ScanState& s) {
+             return keysOf(s.ApplicationContent, [](const Application& row) {
+                 return row.ApplicationName.value_or("") + "|" + row.BundleIdentifer.value_or("") +
+                        "|" + row.BundleVersion.value_or("");
+             });
+         },
+         nothing},
+        {"map history", "HistoryItems", "HistoryItems", keyOfEntry,
+         [](const ScanState& s) {
+             return keysOf(s.MapContent, [](const MapHistory& row) {
+                 return row.Query.value_or("") + "|" + row.Location.value_or("");
+             });
+         },
+         nothing},
+        {"keyboard dictionary", "words", "words", textOf,
+         [](const ScanState& s) {
+             return keysOf(s.UserDictContent,
+                           [](const UserDict& row) { return row.UserKey.value_or(""); });
+         },
+         nothing},
     };
     return all;
 }

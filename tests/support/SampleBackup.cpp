@@ -21,9 +21,10 @@ constexpr std::array kDevices{
 };
 
 // A further category is one more row and one more file.
-constexpr std::array<SampleCategory, 8> kCategories{
-    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,    &writeSampleCalendar,
-    &writeSampleNotes,    &writeSampleWhatsApp, &writeSamplePictures, &writeSampleInternet};
+constexpr std::array<SampleCategory, 9> kCategories{
+    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,
+    &writeSampleCalendar, &writeSampleNotes,    &writeSampleWhatsApp,
+    &writeSamplePictures, &writeSampleInternet, &writeSampleLists};
 
 const SampleDevice& deviceOf(int ios) {
     for (const auto& device : kDevices) {

@@ -33,7 +33,11 @@ std::filesystem::path SampleFolder::add(const std::string& domain, const std::st
     record.domain = domain;
     record.path = path;
     index_.push_back(record);
-    auto stored = folder_ / storedPath(sampleStoredName(domain, path), options_.nested);
+    return addUnlisted(sampleStoredName(domain, path));
+}
+
+std::filesystem::path SampleFolder::addUnlisted(const std::string& storedName) const {
+    auto stored = folder_ / storedPath(storedName, options_.nested);
     std::filesystem::create_directories(stored.parent_path());
     return stored;
 }

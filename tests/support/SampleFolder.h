@@ -36,6 +36,8 @@ class SampleFolder {
 
     /// The path under which the file at `path` of `domain` is stored; its folder exists.
     std::filesystem::path add(const std::string& domain, const std::string& path);
+    /// The path of a stored file whose place on the device nobody knows; the index lacks it.
+    std::filesystem::path addUnlisted(const std::string& storedName) const;
     /// Property lists and index; called last.
     void finish();
 
@@ -62,6 +64,7 @@ void writeSampleCalendar(SampleFolder& folder);
 void writeSampleNotes(SampleFolder& folder);
 void writeSampleWhatsApp(SampleFolder& folder);
 void writeSampleInternet(SampleFolder& folder);
+void writeSampleLists(SampleFolder& folder);
 void writeSamplePictures(SampleFolder& folder);
 
 }  // namespace salvor
