@@ -218,6 +218,7 @@ void addTexts(SeedWriter& seeds) {
     seeds.add("values", bytesOf(1.0e300) + "+49 (0)30 1234-567" + "030 1234567");
     seeds.add("values", bytesOf(-0.0) + "_$!<Home>!$_ http://example.org/a?b");
     seeds.add("values", bytesOf(1.5) + "\xF0\x9F\x98\x80 \xC3\xBC\xE2\x82\xAC");
+    seeds.add("keyboard_words", "DynamicDictionary-5\0\0\1Hello\0\2w\xC3\xBCrld\0\0\3it's\0"s);
     seeds.add("csv_writer", "a,b\0c\"d\0\1#first\0\\\0\xE2\x80\xA8\1\n\0\r\0;\t|"s);
     seeds.add("csv_writer", ",\0,,\0\"\"\0\"\1plain\0fields"s);
 }
