@@ -23,7 +23,7 @@ using namespace std::string_literals;
 namespace fs = std::filesystem;
 
 const fs::path kSignatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
-constexpr std::size_t kChoice = 72;  // of a database: the byte that a target chooses by
+constexpr std::size_t kChoice = 72;  // of a database: the two bytes that targets choose by
 constexpr std::size_t kLargestDatabase = 64 << 10;
 
 /// A database of a sample and what may be carved from it.
@@ -32,16 +32,24 @@ struct SeedDatabase {
     const char* path;
     const char* signatures;         ///< `database` of its signatures
     std::vector<unsigned> carvers;  ///< numbers of its carvers in the target category_carvers
+    char service;                   ///< and of its file in category_services
 };
 
-const std::array<SeedDatabase, 7> kDatabases = {{
-    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}},
-    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}},
-    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}},
-    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}},
-    {"AppDomain-net.whatsapp.WhatsApp", "Documents/ChatStorage.sqlite", "ChatStorage.sqlite", {8}},
+const std::array<SeedDatabase, 10> kDatabases = {{
+    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}, 0},
+    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}, 2},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}, 3},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}, 4},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}, 5},
+    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}, 6},
+    {"AppDomain-net.whatsapp.WhatsApp",
+     "Documents/ChatStorage.sqlite",
+     "ChatStorage.sqlite",
+     {8},
+     8},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", "", {}, 7},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", "", {}, 9},
+    {"HomeDomain", "Library/Safari/History.db", "", {}, 10},
 }};
 
 std::string read(const fs::path& path) {
@@ -104,11 +112,13 @@ void addDatabases(SeedWriter& seeds, const SampleBackup& sample,
         for (std::size_t i = 0; i < signatures.tableSignatures.size(); ++i) {
             if (signatures.tableSignatures[i]->Database != one.signatures) continue;
             addRegions(seeds, signatures, i, path, database);
-            const std::string cut = database.substr(0, kLargestDatabase);
-            seeds.add("database_pages", chosen(cut, i, static_cast<char>(i % 4)));
+            seeds.add("database_pages",
+                      chosen(database.substr(0, kLargestDatabase), i, static_cast<char>(i % 4)));
         }
+        const std::string cut = database.substr(0, kLargestDatabase);
         for (const unsigned carver : one.carvers)
-            seeds.add("category_carvers", chosen(database.substr(0, kLargestDatabase), carver, 0));
+            seeds.add("category_carvers", chosen(cut, carver, 0));
+        seeds.add("category_services", chosen(cut, 0, one.service));
     }
 }
 
