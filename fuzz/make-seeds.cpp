@@ -49,7 +49,7 @@ const std::array<SeedDatabase, 10> kDatabases = {{
      8},
     {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", "", {}, 7},
     {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", "", {}, 9},
-    {"HomeDomain", "Library/Safari/History.db", "", {}, 10},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", "", {}, 10},
 }};
 
 std::string read(const fs::path& path) {
