@@ -21,10 +21,10 @@ constexpr std::array kDevices{
 };
 
 // A further category is one more row and one more file.
-constexpr std::array<SampleCategory, 9> kCategories{
-    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,
-    &writeSampleCalendar, &writeSampleNotes,    &writeSampleWhatsApp,
-    &writeSamplePictures, &writeSampleInternet, &writeSampleLists};
+constexpr std::array<SampleCategory, 10> kCategories{
+    &writeSampleMessages, &writeSampleContacts, &writeSampleCalls,    &writeSampleCalendar,
+    &writeSampleNotes,    &writeSampleWhatsApp, &writeSamplePictures, &writeSampleInternet,
+    &writeSampleLists,    &writeSampleNoteStore};
 
 const SampleDevice& deviceOf(int ios) {
     for (const auto& device : kDevices) {

@@ -62,6 +62,7 @@ void writeSampleContacts(SampleFolder& folder);
 void writeSampleCalls(SampleFolder& folder);
 void writeSampleCalendar(SampleFolder& folder);
 void writeSampleNotes(SampleFolder& folder);
+void writeSampleNoteStore(SampleFolder& folder);
 void writeSampleWhatsApp(SampleFolder& folder);
 void writeSampleInternet(SampleFolder& folder);
 void writeSampleLists(SampleFolder& folder);
