@@ -112,12 +112,27 @@ std::string fewPages(const std::string& database, const std::vector<std::uint32_
 }
 
 std::vector<CarvedRow> carve(const SqLiteTableSignatures& signatures, std::size_t index,
-                             const fs::path& path, bool fullSearch) {
+                             const fs::path& path, bool fullSearch,
+                             const std::optional<std::string>& version = std::nullopt) {
     std::vector<CarvedRow> rows;
     const auto& one = *signatures.tableSignatures.at(index);
-    carveTable(signatures, {one.Name, one.Database, one.Table, {}, fullSearch, false}, path, {},
-               [&](const CarvedRow& row) { rows.push_back(row); });
+    carveTable(signatures, {one.Name, one.Database, one.Table, version, fullSearch, false}, path,
+               {}, [&](const CarvedRow& row) { rows.push_back(row); });
     return rows;
+}
+
+/// The number of the first version, from 1, whose patterns find as many rows as all do; 0 for none.
+unsigned versionThatFinds(const SqLiteTableSignatures& signatures, std::size_t index,
+                          const fs::path& path, bool fullSearch, std::size_t rows) {
+    constexpr unsigned kMost = 63;
+    unsigned number = 0;
+    for (const auto& pattern : signatures.tableSignatures.at(index)->TablePatterns) {
+        for (const auto& version : pattern->SupportedVersions) {
+            if (++number > kMost) return 0;
+            if (carve(signatures, index, path, fullSearch, version).size() == rows) return number;
+        }
+    }
+    return 0;
 }
 
 /// A database of the pages in which the signature finds its first rows.
@@ -126,13 +141,15 @@ void addPages(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std::s
     constexpr std::size_t kMost = 3;
     for (const bool fullSearch : {false, true}) {
         std::vector<std::uint32_t> pages;
-        for (const auto& row : carve(signatures, index, path, fullSearch)) {
+        const auto rows = carve(signatures, index, path, fullSearch);
+        for (const auto& row : rows) {
             const auto page = row.origin.page;
             if (pages.size() == kMost) break;
             if (std::find(pages.begin(), pages.end(), page) == pages.end()) pages.push_back(page);
         }
         if (pages.empty()) continue;
-        const char way = static_cast<char>((fullSearch ? 1 : 0) + (index % 2 == 0 ? 0 : 2));
+        const unsigned version = versionThatFinds(signatures, index, path, fullSearch, rows.size());
+        const auto way = static_cast<char>(version << 2U | (index & 1U) << 1U | fullSearch);
         seeds.add("database_pages", chosen(fewPages(database, pages), index, way));
     }
 }
@@ -147,8 +164,11 @@ void addRegions(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std:
     for (std::size_t i = 0; i < std::min(kMost, rows.size()); ++i) {
         const std::size_t offset = rows[i].origin.offset;
         const std::size_t begin = offset - std::min(offset, kBefore);
-        seeds.add("record_loop", std::string(1, static_cast<char>(index)) + static_cast<char>(i) +
-                                     database.substr(begin, kLength));
+        const std::size_t patterns = signatures.tableSignatures[index]->TablePatterns.size();
+        for (std::size_t first = 0; first < patterns; first += 4)
+            seeds.add("record_loop", std::string(1, static_cast<char>(index)) +
+                                         static_cast<char>(first << 3U | i) +
+                                         database.substr(begin, kLength));
     }
 }
 

@@ -1,5 +1,6 @@
 // Database header and page walk over a whole file. Files that are small enough are carved by the
-// literal engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way.
+// literal engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way;
+// the upper six bits of the second narrow the patterns to a version.
 #include "carving/SQLiteHeader.h"
 #include "carving/TableCarver.h"
 #include "fuzz/ShippedSignatures.h"
@@ -17,6 +18,21 @@ constexpr std::size_t kMostLiterally = 12 << 10;
 
 std::uint8_t byteAt(Bytes input, std::size_t at) {
     return at < input.size() ? input[at] : std::uint8_t{0};
+}
+
+/// Every version that a pattern of the signature names, once or more often.
+std::vector<std::string> versionsOf(const reference::LiteralSignature& signature) {
+    std::vector<std::string> versions;
+    for (const auto& pattern : signature.patterns)
+        versions.insert(versions.end(), pattern.versions.begin(), pattern.versions.end());
+    return versions;
+}
+
+std::optional<std::string> versionOf(const reference::LiteralSignature& signature,
+                                     unsigned choice) {
+    const auto versions = versionsOf(signature);
+    if (choice == 0 || choice > versions.size()) return std::nullopt;
+    return versions[choice - 1];
 }
 
 std::vector<CarvedRow> carve(const TableCarveOptions& options, const fuzz::InputFile& file) {
@@ -45,6 +61,7 @@ SALVOR_FUZZ_TARGET(database_pages) {
     const auto& literal = fuzz::literalSignatures();
     const auto& chosen = literal.at(byteAt(input, kChoice) % literal.size());
     TableCarveOptions options{chosen.domain, chosen.database, chosen.table, {}, false, false};
+    options.version = versionOf(chosen, byteAt(input, kChoice + 1) >> 2U);
     options.fullSearch = (byteAt(input, kChoice + 1) & 1) != 0;
     options.callList = (byteAt(input, kChoice + 1) & 2) != 0;
 
@@ -53,7 +70,7 @@ SALVOR_FUZZ_TARGET(database_pages) {
     if (input.size() > kMostLiterally) return;
     reference::Events ignored;
     const auto patterns = reference::selectPatterns(literal, chosen.domain, chosen.database,
-                                                    chosen.table, std::nullopt);
+                                                    chosen.table, options.version);
     const auto wrong = reference::difference(
         reference::carveLiterally(patterns, {options.fullSearch, options.callList, true},
                                   {input.begin(), input.end()}, ignored),

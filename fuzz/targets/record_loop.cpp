@@ -1,5 +1,6 @@
-// Matcher and record loop over one or two regions, with the patterns of a shipped signature, held
-// against the literal engine. The first byte chooses the signature, the second how to search.
+// Matcher and record loop over one or two regions, with patterns of a shipped signature, held
+// against the literal engine. The first byte chooses the signature, the second how to search and,
+// in its upper five bits, the first of the few patterns.
 #include <algorithm>
 
 #include "carving/AbstractSqLiteRecovery.h"
@@ -13,20 +14,30 @@ using namespace salvor;
 
 namespace {
 
+/// Both engines spend most of their time on preparing patterns.
+constexpr std::size_t kMostPatterns = 4;
+
 struct Choice {
     std::size_t signature;
+    std::size_t firstPattern;
     std::int32_t processOffset;
     bool twoRegions;
     bool deduplicate;
 };
+
+template <class Patterns>
+Patterns few(const Patterns& all, const Choice& choice) {
+    const auto first = all.begin() + static_cast<std::ptrdiff_t>(choice.firstPattern % all.size());
+    return {first, first + std::min<std::ptrdiff_t>(kMostPatterns, all.end() - first)};
+}
 
 /// Keeps every mapped column under its name.
 class RegionCarver : public AbstractSqLiteRecovery {
   public:
     RegionCarver(ScanState& state, const Choice& choice)
         : AbstractSqLiteRecovery(state), deduplicate_(choice.deduplicate) {
-        tablePatterns =
-            fuzz::shippedSignatures()->tableSignatures.at(choice.signature)->TablePatterns;
+        tablePatterns = few(
+            fuzz::shippedSignatures()->tableSignatures.at(choice.signature)->TablePatterns, choice);
         _processOffset = choice.processOffset;
     }
 
@@ -68,8 +79,8 @@ std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Byte
     reference::Events ignored;
     reference::LiteralOptions options;
     options.deduplicate = choice.deduplicate;
-    reference::LiteralRecordLoop loop(fuzz::literalSignatures().at(choice.signature).patterns,
-                                      options, ignored);
+    const auto patterns = few(fuzz::literalSignatures().at(choice.signature).patterns, choice);
+    reference::LiteralRecordLoop loop(patterns, options, ignored);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
         const reference::Buffer data(region.begin(), region.end());
@@ -93,8 +104,8 @@ std::vector<CarvedRow> actualRows(const Choice& choice, const std::vector<Bytes>
 
 SALVOR_FUZZ_TARGET(record_loop) {
     if (input.size() < 2) return;
-    const Choice choice{input[0] % fuzz::literalSignatures().size(), input[1] & 1,
-                        (input[1] & 2) != 0, (input[1] & 4) == 0};
+    const Choice choice{input[0] % fuzz::literalSignatures().size(), std::size_t{input[1]} >> 3U,
+                        input[1] & 1, (input[1] & 2) != 0, (input[1] & 4) == 0};
     const Bytes bytes = input.subspan(2);
     std::vector<Bytes> regions{bytes};
     if (choice.twoRegions)
