@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
+#include <unistd.h>
 
 #include "backup/BackupPaths.h"
 #include "backup/BackupStore.h"
@@ -38,10 +39,7 @@ WorkFolder::WorkFolder(std::optional<fs::path> parent) : private_(!parent) {
     if (parent) parent_ = std::move(*parent);
 }
 
-WorkFolder::~WorkFolder() {
-    std::error_code ignored;
-    if (private_ && !parent_.empty()) fs::remove_all(parent_, ignored);
-}
+WorkFolder::~WorkFolder() = default;
 
 fs::path WorkFolder::path() const {
     return private_ && parent_.empty() ? fs::path() : parent_ / "Temp";
@@ -63,13 +61,13 @@ std::string WorkFolder::refusal(const fs::path& backup) const {
 
 std::string WorkFolder::makePrivateParent(const fs::path& backup) {
     std::error_code failed;
-    const fs::path system = fs::temp_directory_path(failed);
+    fs::path system = fs::temp_directory_path(failed);
+    if (!system.empty()) system /= "salvor-" + std::to_string(::getuid());
     for (const auto& candidate : {cacheFolder(), system}) {
         if (candidate.empty() || liesInside(candidate, backup)) continue;
-        fs::create_directories(candidate, failed);
-        std::string name = (candidate / "run-XXXXXX").string();
-        if (failed || ::mkdtemp(name.data()) == nullptr) continue;
-        parent_ = name;
+        privateFolder_ = PrivateFolder::make(candidate);
+        if (privateFolder_ == nullptr) continue;
+        parent_ = privateFolder_->path();
         return {};
     }
     return "cannot make a work folder in " + cacheFolder().string() + " or " + system.string();

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
+
+#include "backup/PrivateFolder.h"
 
 namespace salvor {
 
@@ -37,6 +40,7 @@ class WorkFolder {
     std::string makePrivateParent(const std::filesystem::path& backup);
 
     std::filesystem::path parent_;
+    std::unique_ptr<PrivateFolder> privateFolder_;
     bool private_ = false;
     bool made_ = false;
 };

@@ -6,6 +6,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "util/MappingGuard.h"
+
 namespace salvor {
 namespace {
 
@@ -34,6 +36,7 @@ std::optional<MappedFile> MappedFile::open(const std::filesystem::path& path) {
     ::close(fd);
     if (address == MAP_FAILED) return std::nullopt;
     ::madvise(address, size, MADV_SEQUENTIAL);
+    MappingGuard::add(address, size);
     return MappedFile(static_cast<const std::uint8_t*>(address), size);
 }
 
@@ -47,8 +50,10 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
 }
 
 MappedFile::~MappedFile() {
+    if (data_ == nullptr) return;
+    MappingGuard::remove(data_);
     // munmap takes a pointer to non-const, though it never writes.
-    if (data_ != nullptr) ::munmap(const_cast<std::uint8_t*>(data_), size_);
+    ::munmap(const_cast<std::uint8_t*>(data_), size_);
 }
 
 }  // namespace salvor

@@ -8,8 +8,8 @@
 namespace salvor {
 
 /// A whole file, mapped read-only into memory. The file is opened without updating its access
-/// time where the system allows it. A file that shrinks while it is mapped is the one thing that
-/// a mapping cannot survive; `open` therefore takes the size that the file has at that moment.
+/// time where the system allows it. It keeps the size that it has at that moment: what is lost
+/// later, because it shrinks or its medium fails, reads as zeros.
 class MappedFile {
   public:
     /// The mapped file, or nothing when it cannot be opened, is no regular file or cannot be

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 #include <sys/stat.h>
 
 #include "util/FileUtils.h"
+#include "util/MappedFile.h"
 #include "util/dataUtils.h"
 
 namespace salvor {
@@ -96,6 +98,17 @@ TEST(dataUtils, ReadsBigEndianInsideTheBufferOnly) {
     EXPECT_EQ(dataUtils::indexOfCharinData(data, 0x40), 2);
     EXPECT_EQ(dataUtils::indexOfCharinData(data, 0), -1);
     EXPECT_EQ(dataUtils::indexOfCharinData({}, 0), -1);
+}
+
+TEST_F(Files, MappedOnesReadAsZerosWhatIsLostMeanwhile) {
+    constexpr std::size_t kSize = 64 * 1024;
+    write("mapped", std::string(kSize, 'x'));
+    const auto mapped = MappedFile::open(folder_ / "mapped");
+    ASSERT_TRUE(mapped);
+    fs::resize_file(folder_ / "mapped", 1);
+    EXPECT_EQ(mapped->bytes().size(), kSize);
+    EXPECT_EQ(mapped->bytes()[0], 'x');
+    EXPECT_EQ(std::count(mapped->bytes().begin(), mapped->bytes().end(), 'x'), 1);
 }
 
 }  // namespace
