@@ -32,6 +32,9 @@ bool exportRows(ScanState& state, const ScanOptions& options, std::ostream& out,
     if (!options.quiet) {
         for (const auto& category : done.omitted)
             console.warning(category + ": ticked rows of this category are never exported");
+        if (done.missingMedia != 0)
+            console.warning(fmt::format(
+                "pictures and videos that the backup lists without a file: {}", done.missingMedia));
         if (!done.folder.empty()) out << printable(done.folder.string()) << '\n';
     }
     return done.failed.empty();

@@ -13,12 +13,16 @@ endif()
 target_compile_definitions(salvor_options INTERFACE
     $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(SALVOR_SANITIZERS)
-    # GCC's null-dereference analysis misfires on instrumented code.
     target_compile_options(salvor_options INTERFACE
-        -fsanitize=${SALVOR_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer
-        -Wno-null-dereference -Wno-maybe-uninitialized)
+        -fsanitize=${SALVOR_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # GCC's analysis of null dereferences and initialisation misfires on instrumented code.
+        target_compile_options(salvor_options INTERFACE
+            -Wno-null-dereference -Wno-maybe-uninitialized)
+    endif()
     target_link_options(salvor_options INTERFACE -fsanitize=${SALVOR_SANITIZERS})
 endif()
 if(SALVOR_FUZZ)
     target_compile_options(salvor_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_compile_definitions(salvor_options INTERFACE _GLIBCXX_ASSERTIONS)
 endif()

@@ -2,9 +2,10 @@
 
 #include <cerrno>
 #include <fmt/format.h>
-#include <set>
 #include <sys/stat.h>
 #include <system_error>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "app/state/ScanState.h"
 #include "export/CsvWriter.h"
@@ -44,6 +45,25 @@ constexpr Tag tags[] = {
     {112, "_info.csv", nullptr, true},
 };
 
+/// The names given away in one folder; a name that is taken gets " (2)", " (3)" and so on.
+class MediaNames {
+  public:
+    std::string take(const std::string& name) {
+        if (taken_.insert(name).second) return name;
+        const fs::path parts = name;
+        std::string free;
+        for (int& number = next_.try_emplace(name, 2).first->second;; ++number) {
+            free =
+                fmt::format("{} ({}){}", parts.stem().string(), number, parts.extension().string());
+            if (taken_.insert(free).second) return free;
+        }
+    }
+
+  private:
+    std::unordered_set<std::string> taken_;
+    std::unordered_map<std::string, int> next_;  ///< where the search for a free number goes on
+};
+
 class ExportRun {
   public:
     ExportRun(const ScanState& state, bool onlyTicked) : state_(state), onlyTicked_(onlyTicked) {}
@@ -63,9 +83,9 @@ class ExportRun {
         if (tag.operation != nullptr) {
             note((exporter.*tag.operation)(state_, inFolder(tag.word + suffix), onlyTicked_));
         } else if (tag.number == 107) {
-            copyMedia(state_.Photos, tag.word);
+            copyMedia(tag.word, state_.Photos, state_.DeletedPhotos);
         } else if (tag.number == 108) {
-            copyMedia(state_.Videos, tag.word);
+            copyMedia(tag.word, state_.Videos, state_.DeletedVideos);
         } else {
             writeDeviceInfo(inFolder(deviceName() + tag.word));
         }
@@ -119,27 +139,28 @@ class ExportRun {
     }
 
     template <class Media>
-    void copyMedia(const List<Media>& media, const char* word) {
-        const fs::path folder = summary_.folder / word;
-        std::error_code error;
-        std::set<std::string> taken;
-        for (const auto& item : media) {
-            if (onlyTicked_ && item->isChecked != 1) continue;
-            if (taken.empty()) fs::create_directory(folder, error);
-            const fs::path source = item->Location.value_or("");
-            const std::string name = item->Name.value_or(source.filename().string());
-            note(copyFile(source, folder / freeName(taken, FileUtils::safeFileName(name))));
+    void copyMedia(const char* word, const List<Media>& live, const List<Media>& deleted) {
+        MediaNames names;
+        for (const auto* list : {&live, &deleted}) {
+            for (const auto& item : *list) {
+                if (onlyTicked_ && item->isChecked != 1) continue;
+                copyMedium(summary_.folder / word, *item, names);
+            }
         }
     }
 
-    static std::string freeName(std::set<std::string>& taken, const std::string& name) {
-        std::string free = name;
-        const fs::path parts = name;
-        for (int number = 2; !taken.insert(free).second; ++number) {
-            free =
-                fmt::format("{} ({}){}", parts.stem().string(), number, parts.extension().string());
+    template <class Media>
+    void copyMedium(const fs::path& folder, const Media& item, MediaNames& names) {
+        const fs::path source = item.Location.value_or("");
+        std::error_code error;
+        // A photo library lists what lies in the network only, too.
+        if (!fs::exists(source, error) && !error) {
+            ++summary_.missingMedia;
+            return;
         }
-        return free;
+        fs::create_directory(folder, error);
+        const std::string name = item.Name.value_or(source.filename().string());
+        note(copyFile(source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes))));
     }
 
     static ExportedFile copyFile(const fs::path& source, const fs::path& copy) {

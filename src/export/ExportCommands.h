@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -19,11 +20,13 @@ struct ExportSummary {
     std::vector<ExportedFile> written;
     std::vector<ExportedFile> failed;
     std::vector<std::string> omitted;  ///< categories with rows that this command never writes
+    std::size_t missingMedia = 0;      ///< pictures and videos whose file the source lacks
 };
 
 /// The folder "<device name> - yyyy-MM-dd hh.mm a" in `target` (made when missing), with a file
 /// per category that has rows, named by the category and `suffix`, copies of the pictures and
-/// videos, and the device-information file. A folder of that name that exists already gives
+/// videos (live ones, then deleted ones), and the device-information file. A folder of that name
+/// that exists already gives
 /// "... (2)" and so on.
 ExportSummary exportAll(const ScanState& state, const std::filesystem::path& target,
                         const std::string& suffix, Date now = DateUtils::now());

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -62,6 +63,7 @@ class Exports : public testing::Test {
         event.EndDate = "some day";
         event.AllDay = "1";
         event.OrginalDate = "O";
+        event.Priority = "P";
         auto& whatsApp = add(state_.WhatsAppContent);
         whatsApp.MessageDate = "2013-06-30 23:05:09";
         whatsApp.zText = "#hi";
@@ -98,7 +100,7 @@ TEST_F(Exports, EveryCategoryHasItsColumns) {
          "1,2013/06/30 12:05 AM,First,Middle,Last,Nick,Display,1,,,,,6,,,e3,Job,Dep,Org,\n"},
         {"Call history.csv", "1,Ann,2013-06-30 13:05:09,+1,FaceTime,61(Secs)\n"},
         {"Notes.csv", "1,2013/06/30 12:05 PM,T,S\n"},
-        {"Calendar.csv", "1,S,D,2013/06/30 12:00 AM,Z,some day,1,O,\n"},
+        {"Calendar.csv", "1,S,D,2013/06/30 12:00 AM,Z,some day,1,O,P\n"},
         {"WhatsApp.csv", "1,2013/06/30 11:05 PM,\"#hi\",,Ann\n"},
         {"Internet history.csv", "7,u,2013/06/30 01:05 AM,t,3\n"},
         {"Map.csv", "8,q,l,1,2\n"},
@@ -114,6 +116,26 @@ TEST_F(Exports, EveryCategoryHasItsColumns) {
     const auto accounts = target_ / "accounts";
     Exporter::defaultExporter("x").ExportAccountData(state_, accounts, true);
     EXPECT_EQ(contentOf(accounts), "9,u,c,h,25\n");
+}
+
+TEST_F(Exports, DeletedRowsFollowTheLiveOnesWhereACategoryIsCarved) {
+    fillEverything();
+    add(state_.DeletedSMS);
+    add(state_.DeletedContact);
+    add(state_.DeletedCallLog);
+    add(state_.DeletedNotes);
+    add(state_.DeletedCalendar);
+    add(state_.DeletedWhatsApp);
+    add(state_.DeletedInternet);
+    const auto summary = exportAll(state_, target_.path(), "", now);
+    for (const char* name :
+         {"SMS", "Addressbook", "Call history", "Notes", "Calendar", "WhatsApp"}) {
+        const std::string content = contentOf(summary.folder / name);
+        EXPECT_THAT(content, testing::StartsWith("1,")) << name;
+        EXPECT_THAT(content, testing::HasSubstr("\n2,,")) << name;
+    }
+    const std::string visits = contentOf(summary.folder / "Internet history");
+    EXPECT_EQ(std::count(visits.begin(), visits.end(), '\n'), 1);
 }
 
 TEST_F(Exports, TickedRowsAreNumberedWithoutGaps) {
@@ -190,24 +212,48 @@ TEST_F(Exports, DeviceFileHasALinePerField) {
 TEST_F(Exports, PicturesAreCopied) {
     std::ofstream(target_ / "one") << "1";
     std::ofstream(target_ / "two") << "2";
-    const auto photo = [&](const char* name, const char* source, int checked) {
-        state_.Photos.push_back(
-            std::make_shared<Photo>(Photo{name, (target_ / source).string(), checked}));
+    const auto photo = [&](List<Photo>& list, const char* name, const char* source, int checked) {
+        list.push_back(std::make_shared<Photo>(Photo{name, (target_ / source).string(), checked}));
     };
-    photo("a.jpg", "one", 1);
-    photo("a.jpg", "two", 0);
-    photo("../b.jpg", "one", 1);
-    photo("c.jpg", "missing", 1);
+    photo(state_.Photos, "a.jpg", "one", 1);
+    photo(state_.Photos, "a.jpg", "two", 0);
+    photo(state_.Photos, "../b.jpg", "one", 1);
+    photo(state_.Photos, "c.jpg", "missing", 1);
+    photo(state_.Photos, "folder.jpg", ".", 0);
+    photo(state_.Photos, "a (2).jpg", "one", 0);
+    photo(state_.DeletedPhotos, "a.jpg", "two", 1);
     const auto all = exportAll(state_, target_.path(), ".csv", now);
-    EXPECT_EQ(contentOf(all.folder / "Photos/a.jpg"), "1");
-    EXPECT_EQ(contentOf(all.folder / "Photos/a (2).jpg"), "2");
-    EXPECT_EQ(contentOf(all.folder / "Photos/.._b.jpg"), "1");
+    const std::pair<const char*, const char*> cases[] = {{"a.jpg", "1"},
+                                                         {"a (2).jpg", "2"},
+                                                         {".._b.jpg", "1"},
+                                                         {"a (2) (2).jpg", "1"},
+                                                         {"a (3).jpg", "2"}};
+    for (const auto& [name, content] : cases) {
+        EXPECT_EQ(contentOf(all.folder / "Photos" / name), content) << name;
+    }
+    EXPECT_EQ(namesIn(all.folder / "Photos").size(), std::size(cases));
+    EXPECT_EQ(all.missingMedia, 1U);
     ASSERT_EQ(all.failed.size(), 1U);
-    EXPECT_EQ(all.failed[0].path, all.folder / "Photos/c.jpg");
+    EXPECT_EQ(all.failed[0].path, all.folder / "Photos/folder.jpg");
     EXPECT_NE(all.failed[0].cause, "");
     EXPECT_FALSE(fs::exists(all.folder / "Videos"));
     const auto ticked = exportTicked(state_, target_.path(), ".csv", now);
-    EXPECT_THAT(namesIn(ticked.folder / "Photos"), UnorderedElementsAre("a.jpg", ".._b.jpg"));
+    EXPECT_THAT(namesIn(ticked.folder / "Photos"),
+                UnorderedElementsAre("a.jpg", ".._b.jpg", "a (2).jpg"));
+    EXPECT_TRUE(ticked.failed.empty());
+}
+
+// The photo library counts every video as deleted.
+TEST_F(Exports, DeletedVideosAreCopiedBehindTheLiveOnes) {
+    std::ofstream(target_ / "one") << "1";
+    std::ofstream(target_ / "two") << "2";
+    add(state_.DeletedVideos).Name = "m.mov";
+    add(state_.Videos).Name = "m.mov";
+    state_.DeletedVideos[0]->Location = (target_ / "two").string();
+    state_.Videos[0]->Location = (target_ / "one").string();
+    const auto all = exportAll(state_, target_.path(), ".csv", now);
+    EXPECT_EQ(contentOf(all.folder / "Videos/m.mov"), "1");
+    EXPECT_EQ(contentOf(all.folder / "Videos/m (2).mov"), "2");
 }
 
 TEST_F(Exports, AFileThatCannotBeWrittenIsReported) {

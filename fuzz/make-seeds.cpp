@@ -1,0 +1,262 @@
+// make-fuzz-seeds FOLDER: writes a seed corpus per target into FOLDER, from sample backups and
+// the shipped signatures. Seeds are small, since libFuzzer mutates short inputs best.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <fmt/format.h>
+#include <fstream>
+#include <map>
+#include <zlib.h>
+
+#include "carving/TableCarver.h"
+#include "tests/support/MbdbWriter.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/SampleBackup.h"
+#include "tests/support/TempFolder.h"
+#include "util/MappedFile.h"
+
+namespace {
+
+using namespace salvor;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+const fs::path kSignatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
+constexpr std::size_t kChoice = 72;  // of a database: the byte that a target chooses by
+constexpr std::size_t kLargestDatabase = 64 << 10;
+
+/// A database of a sample and what may be carved from it.
+struct SeedDatabase {
+    const char* domain;
+    const char* path;
+    const char* signatures;         ///< `database` of its signatures
+    std::vector<unsigned> carvers;  ///< numbers of its carvers in the target category_carvers
+};
+
+const std::array<SeedDatabase, 7> kDatabases = {{
+    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}},
+    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}},
+    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}},
+    {"AppDomain-net.whatsapp.WhatsApp", "Documents/ChatStorage.sqlite", "ChatStorage.sqlite", {8}},
+}};
+
+std::string read(const fs::path& path) {
+    const auto file = MappedFile::open(path);
+    return file ? std::string(file->bytes().begin(), file->bytes().end()) : std::string();
+}
+
+class SeedWriter {
+  public:
+    explicit SeedWriter(fs::path folder) : folder_(std::move(folder)) {}
+
+    void add(const std::string& target, const std::string& seed) {
+        const fs::path folder = folder_ / target;
+        fs::create_directories(folder);
+        const auto name = fmt::format("seed-{:03}", ++counts_[target]);
+        std::ofstream file(folder / name, std::ios::binary);
+        file << seed;
+        file.close();
+        if (!file) throw std::runtime_error((folder / name).string() + ": cannot be written");
+    }
+
+    void tell() const {
+        for (const auto& [target, count] : counts_) fmt::print("{}: {} seeds\n", target, count);
+    }
+
+  private:
+    fs::path folder_;
+    std::map<std::string, int> counts_;
+};
+
+std::string chosen(std::string database, std::size_t choice, char way) {
+    database.at(kChoice) = static_cast<char>(choice);
+    database.at(kChoice + 1) = way;
+    return database;
+}
+
+/// What surrounds the first rows that the signature finds in the database, as regions.
+void addRegions(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std::size_t index,
+                const fs::path& path, const std::string& database) {
+    constexpr std::size_t kBefore = 24;
+    constexpr std::size_t kLength = 640;
+    constexpr std::size_t kMost = 3;
+    std::vector<std::size_t> offsets;
+    const auto& one = *signatures.tableSignatures.at(index);
+    carveTable(signatures, {one.Name, one.Database, one.Table, {}, true, false}, path, {},
+               [&](const CarvedRow& row) { offsets.push_back(row.origin.offset); });
+    for (std::size_t i = 0; i < std::min(kMost, offsets.size()); ++i) {
+        const std::size_t begin = offsets[i] - std::min(offsets[i], kBefore);
+        seeds.add("record_loop", std::string(1, static_cast<char>(index)) + static_cast<char>(i) +
+                                     database.substr(begin, kLength));
+    }
+}
+
+void addDatabases(SeedWriter& seeds, const SampleBackup& sample,
+                  const SqLiteTableSignatures& signatures) {
+    for (const auto& one : kDatabases) {
+        const fs::path path = sample.file(one.domain, one.path);
+        std::string database = read(path);
+        if (database.size() <= kChoice + 1) continue;
+        for (std::size_t i = 0; i < signatures.tableSignatures.size(); ++i) {
+            if (signatures.tableSignatures[i]->Database != one.signatures) continue;
+            addRegions(seeds, signatures, i, path, database);
+            const std::string cut = database.substr(0, kLargestDatabase);
+            seeds.add("database_pages", chosen(cut, i, static_cast<char>(i % 4)));
+        }
+        for (const unsigned carver : one.carvers)
+            seeds.add("category_carvers", chosen(database.substr(0, kLargestDatabase), carver, 0));
+    }
+}
+
+void addSample(SeedWriter& seeds, const SampleOptions& options,
+               const SqLiteTableSignatures& signatures) {
+    const TempFolder folder("salvor-seeds");
+    const auto sample = SampleBackup::write(folder / "backup", options);
+    addDatabases(seeds, sample, signatures);
+    constexpr std::size_t kIndexPart = 2048;
+    seeds.add("mbdb", read(sample.folder / "Manifest.mbdb").substr(0, kIndexPart));
+    for (const char* list : {"Info.plist", "Manifest.plist", "Status.plist"})
+        seeds.add("property_list", read(sample.folder / list));
+}
+
+void addIndexes(SeedWriter& seeds) {
+    MbdbRecord record;
+    record.domain = "CameraRollDomain";
+    record.path = "Media/DCIM/100APPLE/IMG_0001.JPG";
+    record.digest = std::string(20, '\x5A');
+    record.encryptionKey = "\x04\x00\x00\x00"s;
+    record.properties = {{"name", "value"}, {"", "unnamed"}, {"name", "\xFF"}};
+    MbdbRecord folder;
+    folder.domain = "HomeDomain";
+    folder.mode = 040755;
+    MbdbRecord link = folder;
+    link.path = "Library/\xC3\xBC";
+    link.linkTarget = "../other";
+    link.mode = 0120755;
+    seeds.add("mbdb", mbdbBytes({record, folder, link}));
+    seeds.add("mbdb", mbdbBytes({}));
+}
+
+void addPropertyLists(SeedWriter& seeds) {
+    const TempFolder folder("salvor-seeds");
+    PropertyListDictionary inner;
+    inner.text("ProductVersion", "7.1.2").text("HostID", "\xC3\xBC<&>");
+    PropertyListDictionary top;
+    top.text("Device Name", "Phone").boolean("IsEncrypted", true).integer("key", 1U << 20);
+    top.date("Date", 1'000'000'000).data("a", "\x01\x00\x02"s).emptyArray("array");
+    top.dictionary("Lockdown", std::move(inner));
+    top.writeXml(folder / "xml");
+    top.writeBinary(folder / "binary");
+    seeds.add("property_list", read(folder / "xml"));
+    seeds.add("property_list", read(folder / "binary"));
+}
+
+/// One document per signature, without the lists of column names that only people read.
+void addSignatures(SeedWriter& seeds) {
+    const std::string all = read(kSignatures);
+    const std::string open = "<signature ", close = "</signature>";
+    for (auto at = all.find(open); at != std::string::npos; at = all.find(open, at + 1)) {
+        const auto end = all.find(close, at);
+        if (end == std::string::npos) break;
+        std::string one = all.substr(at, end + close.size() - at);
+        for (auto list = one.find("<columns>"); list != std::string::npos;
+             list = one.find("<columns>"))
+            one.erase(list, one.find("</columns>", list) + 10 - list);
+        constexpr std::size_t kMost = 12 << 10;
+        if (one.size() < kMost) seeds.add("signatures_xml", "<signatures>" + one + "</signatures>");
+    }
+    seeds.add("signatures_xml",
+              "<?xml version=\"1.0\"?><!DOCTYPE signatures [<!ENTITY e \"x\">]><signatures>"
+              "<signature name=\"A\" database=\"b\" table=\"c\"><pattern><header><![CDATA[1,2,3,4,"
+              "5,6,7;0,1;>=13;0,>=12;4]]></header><supportedVersions><version>7.0, 7.1</version>"
+              "</supportedVersions><mapping name=\"Text\">3</mapping></pattern></signature>"
+              "</signatures>");
+}
+
+std::string packed(std::string data) {
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, 31, 8, Z_DEFAULT_STRATEGY);
+    std::string out(deflateBound(&stream, data.size()) + 64, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(data.data());
+    stream.avail_in = static_cast<uInt>(data.size());
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = static_cast<uInt>(out.size());
+    deflate(&stream, Z_FINISH);
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+std::string field(int number, const std::string& bytes) {
+    return std::string(1, static_cast<char>(number << 3 | 2)) +
+           static_cast<char>(bytes.size() & 0x7F) + bytes;
+}
+
+void addNotes(SeedWriter& seeds) {
+    const std::string document =
+        "\x08\x00"s + field(2, "\x08\x01\x15\x01\x02\x03\x04\x19"s + "12345678" +
+                                   field(3, field(1, "x") + field(2, "A note \xE2\x82\xAC")));
+    seeds.add("note_body", document);
+    seeds.add("note_body", packed(document));
+    seeds.add("note_body", packed(std::string(5000, 'a')));
+    seeds.add("note_body", "<html><body>Milk&nbsp;and<br>eggs</body></html>");
+}
+
+std::string bytesOf(double number) {
+    std::string bytes(sizeof number, '\0');
+    std::memcpy(bytes.data(), &number, sizeof number);
+    return bytes;
+}
+
+void addTexts(SeedWriter& seeds) {
+    seeds.add("values", bytesOf(4.0e8) + "2013-09-10 11:12:13");
+    seeds.add("values", bytesOf(-6.3e10) + "2013-09-10 11:12 PM");
+    seeds.add("values", bytesOf(1.0e300) + "+49 (0)30 1234-567" + "030 1234567");
+    seeds.add("values", bytesOf(-0.0) + "_$!<Home>!$_ http://example.org/a?b");
+    seeds.add("values", bytesOf(1.5) + "\xF0\x9F\x98\x80 \xC3\xBC\xE2\x82\xAC");
+    seeds.add("keyboard_words", "DynamicDictionary-5\0\0\1Hello\0\2w\xC3\xBCrld\0\0\3it's\0"s);
+    seeds.add("csv_writer", "a,b\0c\"d\0\1#first\0\\\0\xE2\x80\xA8\1\n\0\r\0;\t|"s);
+    seeds.add("csv_writer", ",\0,,\0\"\"\0\"\1plain\0fields"s);
+}
+
+int makeSeeds(const fs::path& folder) {
+    SqLiteTableSignatures signatures;
+    const std::string fault = signatures.loadSignatures(kSignatures);
+    if (!fault.empty()) throw std::runtime_error(fault);
+    fs::remove_all(folder);
+    SeedWriter seeds(folder);
+    for (int ios = 4; ios <= 9; ++ios) {
+        SampleOptions options;
+        options.ios = ios;
+        options.messages = 12;
+        options.seed = static_cast<std::uint64_t>(ios);
+        options.pageSize = ios % 2 == 0 ? 512 : 1024;
+        addSample(seeds, options, signatures);
+    }
+    addIndexes(seeds);
+    addPropertyLists(seeds);
+    addSignatures(seeds);
+    addNotes(seeds);
+    addTexts(seeds);
+    seeds.tell();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        fmt::print(stderr, "usage: make-fuzz-seeds FOLDER\n");
+        return 2;
+    }
+    try {
+        return makeSeeds(argv[1]);
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "make-fuzz-seeds: error: {}\n", error.what());
+        return 1;
+    }
+}

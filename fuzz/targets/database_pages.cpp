@@ -1,0 +1,62 @@
+// Database header and page walk over a whole file. Files that are small enough are carved by the
+// literal engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way.
+#include "carving/SQLiteHeader.h"
+#include "carving/TableCarver.h"
+#include "fuzz/ShippedSignatures.h"
+#include "fuzz/Target.h"
+#include "reference/case_report.h"
+#include "reference/literal_engine.h"
+
+using namespace salvor;
+
+namespace {
+
+constexpr std::size_t kChoice = 72;
+/// The literal engine copies what it looks at, pattern by pattern.
+constexpr std::size_t kMostLiterally = 12 << 10;
+
+std::uint8_t byteAt(Bytes input, std::size_t at) {
+    return at < input.size() ? input[at] : std::uint8_t{0};
+}
+
+std::vector<CarvedRow> carve(const TableCarveOptions& options, const fuzz::InputFile& file) {
+    std::vector<CarvedRow> rows;
+    carveTable(*fuzz::shippedSignatures(), options, file.path(), {},
+               [&](const CarvedRow& row) { rows.push_back(row); });
+    return rows;
+}
+
+void checkOrigins(const std::vector<CarvedRow>& rows, std::size_t fileSize) {
+    for (const auto& row : rows) {
+        fuzz::expect(row.origin.offset < fileSize, "a record lies in the file");
+        fuzz::expect(row.origin.page > 0, "pages count from 1");
+    }
+}
+
+}  // namespace
+
+SALVOR_FUZZ_TARGET(database_pages) {
+    const fuzz::InputFile file(input);
+    const auto header = SQLiteHeader::fromBytes(input);
+    const auto fileHeader = SQLiteHeader::initWithDatabasePath(file.path());
+    fuzz::expect(header.has_value() == fileHeader.has_value(), "one header");
+    if (header) header->SQLiteDatabaseSizeInBytes();
+
+    const auto& literal = fuzz::literalSignatures();
+    const auto& chosen = literal.at(byteAt(input, kChoice) % literal.size());
+    TableCarveOptions options{chosen.domain, chosen.database, chosen.table, {}, false, false};
+    options.fullSearch = (byteAt(input, kChoice + 1) & 1) != 0;
+    options.callList = (byteAt(input, kChoice + 1) & 2) != 0;
+
+    const auto rows = carve(options, file);
+    checkOrigins(rows, input.size());
+    if (input.size() > kMostLiterally) return;
+    reference::Events ignored;
+    const auto patterns = reference::selectPatterns(literal, chosen.domain, chosen.database,
+                                                    chosen.table, std::nullopt);
+    const auto wrong = reference::difference(
+        reference::carveLiterally(patterns, {options.fullSearch, options.callList, true},
+                                  {input.begin(), input.end()}, ignored),
+        rows);
+    fuzz::expect(wrong.empty(), wrong);
+}
