@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "util/PropertyListGuard.h"
@@ -17,8 +19,7 @@ class XmlFilter {
     std::optional<std::string> run() {
         out_.reserve(rest_.size());
         while (!rest_.empty()) {
-            const auto next = rest_.find('<');
-            copy(next == std::string_view::npos ? rest_.size() : next);
+            text(std::min(rest_.find('<'), rest_.size()));
             if (!rest_.empty() && !markup()) return std::nullopt;
         }
         return std::move(out_);
@@ -58,9 +59,28 @@ class XmlFilter {
         if (name.empty() || inner.find('<') != inner.npos || (!bare && name != "plist")) {
             return false;
         }
-        if (!count(closes, selfClosed)) return false;
+        if (!count(closes, selfClosed) || !endText()) return false;
+        if (name == "key" && !closes &&
+            ++keys_[depth_ - (selfClosed ? 0 : 1)] > kMaxPropertyListKeys) {
+            return false;
+        }
         copy(end + 1);
         return true;
+    }
+
+    void text(std::size_t length) {
+        const auto begin = rest_.begin();
+        const auto entities = std::count(begin, begin + static_cast<std::ptrdiff_t>(length), '&');
+        entities_ += static_cast<std::uint64_t>(entities);
+        textLength_ += length;
+        copy(length);
+    }
+
+    // A tag ends a text; what is dropped from it does not.
+    bool endText() {
+        moves_ += entities_ * textLength_;
+        entities_ = textLength_ = 0;
+        return moves_ <= kMaxPropertyListMoves;
     }
 
     bool count(bool closes, bool selfClosed) {
@@ -70,8 +90,10 @@ class XmlFilter {
             return true;
         }
         if (++values_ > kMaxPropertyListValues) return false;
-        if (!selfClosed) ++depth_;
-        return depth_ <= kMaxPropertyListDepth;
+        if (selfClosed) return true;
+        if (depth_ == kMaxPropertyListDepth) return false;
+        keys_[++depth_] = 0;
+        return true;
     }
 
     void copy(std::size_t length) {
@@ -97,6 +119,11 @@ class XmlFilter {
     std::string out_;
     std::uint32_t depth_ = 0;
     std::uint64_t values_ = 0;
+    std::array<std::uint32_t, kMaxPropertyListDepth + 1> keys_{};  // by depth of their dictionary
+    // Of the text since the last tag, and the bytes moved for all before.
+    std::uint64_t entities_ = 0;
+    std::uint64_t textLength_ = 0;
+    std::uint64_t moves_ = 0;
 };
 
 }  // namespace

@@ -150,6 +150,50 @@ TEST(PropertyList, GarbageIsAnEmptyDictionary) {
     EXPECT_TRUE(parse(chainedBinary(10, 2)).has("k"));
 }
 
+// A dictionary with an array under "k" that refers `copies` times to one text.
+std::string sharedText(std::uint32_t length, std::uint32_t copies) {
+    const auto number = [](std::uint32_t value) {
+        std::string bytes;
+        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
+        return bytes;
+    };
+    std::string text = "bplist00";
+    std::string table;
+    for (const auto& object :
+         {"\xD1\x01\x02"s, "\x51k"s, "\xAF\x12" + number(copies) + std::string(copies, '\x03'),
+          "\x5F\x12" + number(length) + std::string(length, 'a')}) {
+        table += number(static_cast<std::uint32_t>(text.size()));
+        text += object;
+    }
+    const auto tableAt = static_cast<std::uint32_t>(text.size());
+    return text + table + std::string(6, '\0') + "\x04\x01" + std::string(7, '\0') + '\x04' +
+           std::string(12, '\0') + number(tableAt);
+}
+
+std::string xmlOf(const std::string& members) {
+    return "<plist><dict><key>k</key><true/>" + members + "</dict></plist>";
+}
+
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i) all += text;
+    return all;
+}
+
+// What costs the library time or memory out of all proportion to the size of the file.
+TEST(PropertyList, RefusesWhatGrowsBeyondItsFile) {
+    const auto entities = [](int count) {
+        return xmlOf("<key>e</key><string>" + repeated("&amp;", count) + "</string>");
+    };
+    EXPECT_FALSE(parse(sharedText(30'000, 30'000)).has("k"));
+    EXPECT_TRUE(parse(sharedText(30'000, 30)).has("k"));
+    EXPECT_FALSE(parse(entities(1'000'000)).has("k"));
+    EXPECT_TRUE(parse(entities(1'000)).has("k"));
+    EXPECT_FALSE(parse(xmlOf(repeated("<key>k</key><true/>", 100'000))).has("k"));
+    const auto inner = "<key>d</key><dict>" + repeated("<key>a</key><true/>", 200) + "</dict>";
+    EXPECT_TRUE(parse(xmlOf(repeated(inner, 200))).has("k")) << "each dictionary counts its own";
+}
+
 TEST(PropertyList, MissingFilesAndFoldersAreEmpty) {
     const TempFolder folder;
     EXPECT_FALSE(PropertyList::read(folder / "missing.plist").has("k"));

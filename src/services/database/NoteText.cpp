@@ -119,9 +119,12 @@ Text noteTextOfStoredData(std::string_view data) {
 
 std::string plainTextOfHtml(std::string_view html) {
     constexpr std::string_view blank = "&nbsp;";
+    // Behind the last ">" no tag ends, and looking for one at every "<" would take quadratic time.
+    const char* const lastEnd = html.data() + (html.rfind('>') + 1);
     std::string text;
     while (!html.empty()) {
-        const auto end = html.front() == '<' ? html.find('>') : std::string_view::npos;
+        const bool tag = html.front() == '<' && html.data() < lastEnd;
+        const auto end = tag ? html.find('>') : std::string_view::npos;
         if (end != std::string_view::npos) {
             html.remove_prefix(end + 1);
         } else if (html.starts_with(blank)) {
