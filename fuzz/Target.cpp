@@ -46,9 +46,11 @@ std::string_view asText(Bytes input) {
     return {reinterpret_cast<const char*>(input.data()), input.size()};
 }
 
-InputFile::InputFile(Bytes content) {
-    static const std::filesystem::path folder = folderInMemory();
-    path_ = folder / ("salvor-fuzz-" + std::to_string(::getpid()));
+InputFile::InputFile(Bytes content, const std::string& name) {
+    static const std::filesystem::path folder =
+        folderInMemory() / ("salvor-fuzz-" + std::to_string(::getpid()));
+    std::filesystem::create_directory(folder);
+    path_ = folder / name;
     std::FILE* file = std::fopen(path_.c_str(), "wbe");
     const bool written = file != nullptr &&
                          std::fwrite(content.data(), 1, content.size(), file) == content.size() &&
@@ -58,7 +60,7 @@ InputFile::InputFile(Bytes content) {
 
 InputFile::~InputFile() {
     std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
+    std::filesystem::remove_all(path_.parent_path(), ignored);
 }
 
 }  // namespace salvor::fuzz

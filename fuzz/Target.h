@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "util/Bytes.h"
 
@@ -32,10 +33,11 @@ void expect(bool holds, const std::string& what);
 /// The input's bytes as characters.
 std::string_view asText(Bytes input);
 
-/// A file in memory where the system has one, which holds `content` while the object lives.
+/// A file alone in a folder, in memory where the system has one, which holds `content` while the
+/// object lives.
 class InputFile {
   public:
-    explicit InputFile(Bytes content);
+    explicit InputFile(Bytes content, const std::string& name = "input");
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
     ~InputFile();

@@ -23,7 +23,7 @@ using namespace std::string_literals;
 namespace fs = std::filesystem;
 
 const fs::path kSignatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
-constexpr std::size_t kChoice = 72;  // of a database: the byte that a target chooses by
+constexpr std::size_t kChoice = 72;  // of a database: the two bytes that targets choose by
 constexpr std::size_t kLargestDatabase = 64 << 10;
 
 /// A database of a sample and what may be carved from it.
@@ -32,16 +32,24 @@ struct SeedDatabase {
     const char* path;
     const char* signatures;         ///< `database` of its signatures
     std::vector<unsigned> carvers;  ///< numbers of its carvers in the target category_carvers
+    char service;                   ///< and of its file in category_services
 };
 
-const std::array<SeedDatabase, 7> kDatabases = {{
-    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}},
-    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}},
-    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}},
-    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}},
-    {"AppDomain-net.whatsapp.WhatsApp", "Documents/ChatStorage.sqlite", "ChatStorage.sqlite", {8}},
+const std::array<SeedDatabase, 10> kDatabases = {{
+    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}, 0},
+    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}, 2},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}, 3},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}, 4},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}, 5},
+    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}, 6},
+    {"AppDomain-net.whatsapp.WhatsApp",
+     "Documents/ChatStorage.sqlite",
+     "ChatStorage.sqlite",
+     {8},
+     8},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", "", {}, 7},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", "", {}, 9},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", "", {}, 10},
 }};
 
 std::string read(const fs::path& path) {
@@ -78,18 +86,67 @@ std::string chosen(std::string database, std::size_t choice, char way) {
     return database;
 }
 
+std::uint64_t numberAt(const std::string& database, std::size_t at, std::size_t length) {
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < length; ++i)
+        number = number << 8 | static_cast<unsigned char>(database.at(at + i));
+    return number;
+}
+
+void store(std::string& database, std::size_t at, std::uint32_t number) {
+    for (std::size_t i = 0; i < 4; ++i)
+        database.at(at + i) = static_cast<char>(number >> (24 - 8 * i));
+}
+
+/// The first two pages of a database and a few others, with a header that counts them. The last
+/// is also the free list's, when the database has one.
+std::string fewPages(const std::string& database, const std::vector<std::uint32_t>& pages) {
+    const auto pageSize = static_cast<std::size_t>(numberAt(database, 16, 2));
+    std::string few = database.substr(0, 2 * pageSize);
+    for (const std::uint32_t page : pages) few += database.substr((page - 1) * pageSize, pageSize);
+    const auto count = static_cast<std::uint32_t>(few.size() / pageSize);
+    store(few, 28, count);
+    if (numberAt(few, 32, 4) != 0) store(few, 32, count);
+    if (numberAt(few, 52, 4) != 0) store(few, 52, count - 1);
+    return few;
+}
+
+std::vector<CarvedRow> carve(const SqLiteTableSignatures& signatures, std::size_t index,
+                             const fs::path& path, bool fullSearch) {
+    std::vector<CarvedRow> rows;
+    const auto& one = *signatures.tableSignatures.at(index);
+    carveTable(signatures, {one.Name, one.Database, one.Table, {}, fullSearch, false}, path, {},
+               [&](const CarvedRow& row) { rows.push_back(row); });
+    return rows;
+}
+
+/// A database of the pages in which the signature finds its first rows.
+void addPages(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std::size_t index,
+              const fs::path& path, const std::string& database) {
+    constexpr std::size_t kMost = 3;
+    for (const bool fullSearch : {false, true}) {
+        std::vector<std::uint32_t> pages;
+        for (const auto& row : carve(signatures, index, path, fullSearch)) {
+            const auto page = row.origin.page;
+            if (pages.size() == kMost) break;
+            if (std::find(pages.begin(), pages.end(), page) == pages.end()) pages.push_back(page);
+        }
+        if (pages.empty()) continue;
+        const char way = static_cast<char>((fullSearch ? 1 : 0) + (index % 2 == 0 ? 0 : 2));
+        seeds.add("database_pages", chosen(fewPages(database, pages), index, way));
+    }
+}
+
 /// What surrounds the first rows that the signature finds in the database, as regions.
 void addRegions(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std::size_t index,
                 const fs::path& path, const std::string& database) {
     constexpr std::size_t kBefore = 24;
     constexpr std::size_t kLength = 640;
     constexpr std::size_t kMost = 3;
-    std::vector<std::size_t> offsets;
-    const auto& one = *signatures.tableSignatures.at(index);
-    carveTable(signatures, {one.Name, one.Database, one.Table, {}, true, false}, path, {},
-               [&](const CarvedRow& row) { offsets.push_back(row.origin.offset); });
-    for (std::size_t i = 0; i < std::min(kMost, offsets.size()); ++i) {
-        const std::size_t begin = offsets[i] - std::min(offsets[i], kBefore);
+    const auto rows = carve(signatures, index, path, true);
+    for (std::size_t i = 0; i < std::min(kMost, rows.size()); ++i) {
+        const std::size_t offset = rows[i].origin.offset;
+        const std::size_t begin = offset - std::min(offset, kBefore);
         seeds.add("record_loop", std::string(1, static_cast<char>(index)) + static_cast<char>(i) +
                                      database.substr(begin, kLength));
     }
@@ -104,11 +161,12 @@ void addDatabases(SeedWriter& seeds, const SampleBackup& sample,
         for (std::size_t i = 0; i < signatures.tableSignatures.size(); ++i) {
             if (signatures.tableSignatures[i]->Database != one.signatures) continue;
             addRegions(seeds, signatures, i, path, database);
-            const std::string cut = database.substr(0, kLargestDatabase);
-            seeds.add("database_pages", chosen(cut, i, static_cast<char>(i % 4)));
+            addPages(seeds, signatures, i, path, database);
         }
+        const std::string cut = database.substr(0, kLargestDatabase);
         for (const unsigned carver : one.carvers)
-            seeds.add("category_carvers", chosen(database.substr(0, kLargestDatabase), carver, 0));
+            seeds.add("category_carvers", chosen(cut, carver, 0));
+        seeds.add("category_services", chosen(cut, 0, one.service));
     }
 }
 

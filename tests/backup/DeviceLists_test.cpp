@@ -5,7 +5,6 @@
 #include "backup/KeyboardDictionary.h"
 #include "backup/PropertyListReaders.h"
 #include "tests/support/Digest.h"
-#include "tests/support/SampleRandom.h"
 #include "tests/support/TempFolder.h"
 
 namespace salvor {

@@ -1,0 +1,59 @@
+// A category's whole way, with the input as its only database: live rows, carving, merge, grouping
+// and the report. Byte 73, which SQLite keeps for later, chooses file and category.
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "app/state/ScanState.h"
+#include "backup/CategoryDatabases.h"
+#include "backup/LiveCategories.h"
+#include "export/ScanReport.h"
+#include "fuzz/ShippedSignatures.h"
+#include "fuzz/Target.h"
+#include "services/DcimService.h"
+#include "services/ServiceMakers.h"
+#include "services/database/DatabaseNames.h"
+
+using namespace salvor;
+
+namespace {
+
+/// A file of the backup, the service that reads it and the version of the device.
+struct Category {
+    ServiceIndex service;
+    const char* storedName;
+    std::int32_t ios;
+};
+
+constexpr std::array kCategories = {
+    Category{ServiceIndex::Messages, MessagesSqliteDbName, 7},
+    Category{ServiceIndex::Messages, MessagesSqliteDbName, 4},
+    Category{ServiceIndex::Contacts, ContactsIOS641SqliteDbName, 7},
+    Category{ServiceIndex::CallHistory, CallHistoryIOS7641SqliteDbName, 7},
+    Category{ServiceIndex::CallHistory, CallHistoryIOS8SqliteDbName, 8},
+    Category{ServiceIndex::Calendars, CalendarsSqliteDbName, 7},
+    Category{ServiceIndex::Notes, NotesIOS641SqliteDbName, 7},
+    Category{ServiceIndex::Notes, NotesIOS9SqliteDbName, 9},
+    Category{ServiceIndex::WhatsApp, WhatsAppSqliteDbName, 7},
+    Category{ServiceIndex::CameraRoll, DcimService::PhotosSqliteDbName, 7},
+    Category{ServiceIndex::InternetHistory, "e74113c185fd8297e140cfcf9c99436c5cc06b57", 8},
+};
+
+}  // namespace
+
+SALVOR_FUZZ_TARGET(category_services) {
+    constexpr std::size_t kChoice = 73;
+    if (input.size() <= kChoice) return;
+    const Category& chosen = kCategories.at(input[kChoice] % kCategories.size());
+    const fuzz::InputFile file(input, chosen.storedName);
+    ScanState state;
+    state.RecoverType = 1;
+    state.recoverySignatures = fuzz::shippedSignatures();
+    state.BACKUP_DIRECTORY = file.path().parent_path().string();
+    state.deviceInfo.iOSMajorVersion = chosen.ios;
+    state.deviceInfo.BackupLocation = state.BACKUP_DIRECTORY;
+    setupDataBase(state);
+    for (const auto& category : liveCategories()) category.read(state, {});
+    const auto service = builtServices().at(chosen.service)(state, state.deviceInfo);
+    service->RecoverFromIOSBackup(state.deviceInfo);
+    fuzz::expect(nlohmann::json::accept(ScanReport::text(state)), "the report is JSON");
+}
