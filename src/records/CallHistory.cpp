@@ -1,6 +1,5 @@
 #include "records/CallHistory.h"
 
-#include <array>
 #include <fmt/format.h>
 
 #include "records/RecordContext.h"
@@ -10,11 +9,8 @@
 namespace salvor {
 namespace {
 
-constexpr auto searchedNumbers =
-    std::array{&Contact::ContactNo1, &Contact::ContactNo2, &Contact::ContactNo3};
-
 bool hasNumber(const Contact& contact, const Text& number, const Text& variant) {
-    for (const auto slot : searchedNumbers) {
+    for (const auto slot : CallHistory::searchedNumbers) {
         const Text& stored = contact.*slot;
         if (StringUtils::sameText(stored, number) || StringUtils::sameText(stored, variant)) {
             return true;
@@ -26,13 +22,18 @@ bool hasNumber(const Contact& contact, const Text& number, const Text& variant) 
 }  // namespace
 
 std::shared_ptr<CallLog> CallHistory::generateCallLogObject(const RecordContext& context) const {
+    return generateCallLogObject(context, getContactNamefromNumber(Address, context));
+}
+
+std::shared_ptr<CallLog> CallHistory::generateCallLogObject(const RecordContext& context,
+                                                            const salvor::Text& contactName) const {
     auto row = std::make_shared<CallLog>();
     row->SlNo = static_cast<std::int32_t>(context.deletedCallLogCount() + 1);
     row->Address = Address;
     row->PhoneNumber = Address;
     row->LocalTime = Date;
     row->CallType = convertCallTypeFlagtoCallTypeString();
-    row->ContactName = getContactNamefromNumber(Address, context);
+    row->ContactName = contactName;
     row->CallDuration = static_cast<std::int32_t>(Duration);
     row->CallMode = convertCallTypeFlagtoCallModeString();
     row->Origin = Origin;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -29,13 +30,20 @@ struct CallHistory : baseRecoveryObject {
     salvor::Text MobileNetworkCode;
     salvor::Text FaceTimeDataUrl;
 
+    /// The number slots of a contact by which callers are named.
+    static constexpr std::array searchedNumbers{&Contact::ContactNo1, &Contact::ContactNo2,
+                                                &Contact::ContactNo3};
+
     std::shared_ptr<CallLog> generateCallLogObject(const RecordContext& context) const;
+    /// The same for a caller whose name is known already.
+    std::shared_ptr<CallLog> generateCallLogObject(const RecordContext& context,
+                                                   const salvor::Text& contactName) const;
     std::string convertCallTypeFlagtoCallTypeString() const;
     std::string convertCallTypeFlagtoCallModeString() const;
     /// The full name of the matched contact, "" without one.
     salvor::Text Fullname() const;
     /// The name of the contact one of whose first three numbers equals `number`, live contacts
-    /// before carved ones; "" without a hit.
+    /// before carved ones; "" without a hit. `ContactNames` answers the same for many numbers.
     static salvor::Text getContactNamefromNumber(const salvor::Text& number,
                                                  const RecordContext& context);
     /// Nickname, else first name, else last name; never a combination.

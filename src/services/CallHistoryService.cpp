@@ -88,7 +88,15 @@ std::shared_ptr<Contact> CallHistoryService::contactOf(const CallHistory& call,
 }
 
 void CallHistoryService::getWhatisExisting(const DeviceInfo& device) {
+    getWhatisExistingIos5_6_7(device);
+    getWhatisExistingIos8(device);
+}
+
+void CallHistoryService::getWhatisExistingIos5_6_7(const DeviceInfo& device) {
     readCalls(device, CallHistoryIOS7641SqliteDbName, kOlderCalls, fillOlder);
+}
+
+void CallHistoryService::getWhatisExistingIos8(const DeviceInfo& device) {
     readCalls(device, CallHistoryIOS8SqliteDbName, kNewerCalls, fillNewer);
 }
 

@@ -26,6 +26,8 @@ class CallHistoryService : public abstractServices {
 
     /// Reads the live rows of both databases into `model`. No step of a scan calls it.
     void getWhatisExisting(const DeviceInfo& device);
+    void getWhatisExistingIos5_6_7(const DeviceInfo& device);
+    void getWhatisExistingIos8(const DeviceInfo& device);
 
   private:
     template <class Fill>

@@ -1,6 +1,5 @@
 #include "services/NotesServices.h"
 
-#include <unordered_map>
 #include <unordered_set>
 
 #include "services/database/DatabaseNames.h"
@@ -38,6 +37,7 @@ void NotesServices::RecoverFromIOSBackup(const DeviceInfo& device) {
     const auto path = ConnectionFileFullPath(device);
     recoveryNoteBodies_ = std::make_unique<NoteBodiesSQLiteRecovery>(state_, cancelled_);
     recoveryNoteBodies_->DoRecoveryPath(path);
+    indexBodies();
     recoveryNotes_ = std::make_unique<NotesSQLiteRecovery>(state_, cancelled_);
     recoveryNotes_->RecoveredData.assign(state_.DeletedNotes.begin(), state_.DeletedNotes.end());
     recoveryNotes_->DoRecoveryPath(path);
@@ -54,39 +54,51 @@ void NotesServices::getWhatisExisting(const DeviceInfo& device) {
     retrieved_ = static_cast<std::int32_t>(model_.size());
 }
 
+List<baseRecoveryObject> NotesServices::carvedBodies() const {
+    if (recoveryNoteBodies_ == nullptr) return {};
+    return recoveryNoteBodies_->RecoveredFiltered;
+}
+
+void NotesServices::indexBodies() {
+    firstBodyOfOwner_.clear();
+    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered)
+        if (auto body = std::dynamic_pointer_cast<NoteBody>(record))
+            firstBodyOfOwner_.try_emplace(body->Owner, body);
+}
+
 std::shared_ptr<NoteBody> NotesServices::FindNoteBodyFromOwner(std::int64_t owner) const {
-    if (recoveryNoteBodies_ == nullptr) return nullptr;
-    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered) {
-        auto body = std::dynamic_pointer_cast<NoteBody>(record);
-        if (body != nullptr && body->Owner == owner) return body;
-    }
-    return nullptr;
+    const auto found = firstBodyOfOwner_.find(owner);
+    return found == firstBodyOfOwner_.end() ? nullptr : found->second;
 }
 
 void NotesServices::matchNotebodiesToNotes() {
-    if (recoveryNoteBodies_ == nullptr) return;
-    std::unordered_map<std::int64_t, std::shared_ptr<NoteBody>> firstByOwner;
-    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered)
-        if (auto body = std::dynamic_pointer_cast<NoteBody>(record))
-            firstByOwner.try_emplace(body->Owner, body);
-    for (const auto& note : state_.DeletedNotes) {
-        if (note->noteBody != nullptr) continue;
-        const auto found = firstByOwner.find(note->noteBodyId);
-        if (found != firstByOwner.end()) note->noteBody = found->second;
-    }
+    for (const auto& note : state_.DeletedNotes)
+        if (note->noteBody == nullptr) note->noteBody = FindNoteBodyFromOwner(note->noteBodyId);
 }
 
 void NotesServices::AdditionalFiltering() {
     if (recoveryNoteBodies_ == nullptr) return;
     std::unordered_set<std::string> attached;
-    for (const auto& note : state_.DeletedNotes)
-        if (note->noteBody != nullptr && note->noteBody->Content)
+    std::unordered_map<std::int64_t, List<Note>> waiting;
+    for (const auto& note : state_.DeletedNotes) {
+        if (note->noteBody == nullptr)
+            waiting[note->noteBodyId].push_back(note);
+        else if (note->noteBody->Content)
             attached.insert(*note->noteBody->Content);
-    std::erase_if(recoveryNoteBodies_->RecoveredFiltered, [&](const auto& record) {
-        const auto* body = dynamic_cast<const NoteBody*>(record.get());
-        return body != nullptr && body->Content && attached.contains(*body->Content);
-    });
-    matchNotebodiesToNotes();
+    }
+    List<baseRecoveryObject> kept;
+    for (const auto& record : recoveryNoteBodies_->RecoveredFiltered) {
+        const auto body = std::dynamic_pointer_cast<NoteBody>(record);
+        if (body != nullptr && body->Content && attached.contains(*body->Content)) continue;
+        kept.push_back(record);
+        if (body == nullptr) continue;
+        const auto notes = waiting.extract(body->Owner);
+        if (notes.empty()) continue;
+        for (const auto& note : notes.mapped()) note->noteBody = body;
+        if (body->Content) attached.insert(*body->Content);
+    }
+    recoveryNoteBodies_->RecoveredFiltered = std::move(kept);
+    indexBodies();
 }
 
 }  // namespace salvor

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 
 #include "recovery/carvers/NoteBodiesSQLiteRecovery.h"
 #include "recovery/carvers/NotesSQLiteRecovery.h"
@@ -20,13 +21,21 @@ class NotesServices : public abstractServices {
     void getWhatisExisting(const DeviceInfo& device);
     /// Attaches to every deleted note without a body the first carved one that it owns.
     void matchNotebodiesToNotes();
+    /// The first carved body with this owner; null without one.
     std::shared_ptr<NoteBody> FindNoteBodyFromOwner(std::int64_t owner) const;
-    /// Drops carved bodies that equal an attached one and attaches the others to their notes.
+    /// Drops carved bodies whose text is attached already and attaches the others, in their order,
+    /// to their notes. No step of a scan calls it.
     void AdditionalFiltering();
 
+    /// The carved bodies, as far as they were not dropped.
+    List<baseRecoveryObject> carvedBodies() const;
+
   private:
+    void indexBodies();
+
     std::unique_ptr<NotesSQLiteRecovery> recoveryNotes_;
     std::unique_ptr<NoteBodiesSQLiteRecovery> recoveryNoteBodies_;
+    std::unordered_map<std::int64_t, std::shared_ptr<NoteBody>> firstBodyOfOwner_;
 };
 
 }  // namespace salvor

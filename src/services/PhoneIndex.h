@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
-#include <utility>
+#include <unordered_set>
 #include <vector>
 
 #include "util/Text.h"
@@ -22,9 +22,14 @@ class PhoneIndex {
     std::optional<std::size_t> find(const Text& number) const;
 
   private:
-    static std::string keyOf(const Text& number);
+    struct Known {
+        std::string normalised;
+        std::size_t position;
+    };
 
-    std::unordered_map<std::string, std::vector<std::pair<std::string, std::size_t>>> byEnding_;
+    std::unordered_map<std::string, std::vector<Known>> byEnding_;
+    std::unordered_set<std::string> known_;               ///< normalised
+    std::unordered_map<std::string, std::size_t> short_;  ///< by the number as it stands
 };
 
 }  // namespace salvor

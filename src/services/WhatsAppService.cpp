@@ -22,6 +22,8 @@ constexpr auto kMedia =
     "SELECT Z_PK, ZFILESIZE, ZMOVIEDURATION, ZMEDIALOCALPATH, ZTHUMBNAILLOCALPATH, "
     "ZXMPPTHUMBPATH FROM ZWAMEDIAITEM WHERE ZMESSAGE = {}";
 
+constexpr auto kPictures = "SELECT ZJID, ZPATH FROM ZWAPROFILEPICTUREITEM";
+
 /// What stands before the user server; the whole identifier of a group.
 std::string phoneOf(const std::string& jid) {
     return jid.substr(0, jid.find(kUserServer));
@@ -34,15 +36,29 @@ struct ResolvedFile {
 
 /// A path that does not begin with "/" gets two of them: deliberate.
 ResolvedFile libraryFile(const BackupFiles& files, const Text& path) {
-    if (!path || path->empty()) return {};
+    if (!path) return {};
     const std::string slashed = path->starts_with('/') ? *path : "//" + *path;
     return {files.path(storedName(std::string(kLibrary) + slashed)).string(), path};
 }
 
-/// Profile pictures are named by the number with ".jpg"; the thumbnail ends in ".thumb".
-Text profilePicture(const BackupFiles& files, const std::string& phone) {
+using PictureNames = std::unordered_map<std::string, std::string>;
+
+/// The picture file of each partner, without folder and ending, as far as the database tells.
+PictureNames readPictureNames(FMDBUtils& database) {
+    PictureNames names;
+    auto rows = database.executeQuery(kPictures);
+    while (rows.next()) {
+        const auto jid = rows.stringForColumn("ZJID");
+        const auto path = rows.stringForColumn("ZPATH");
+        if (jid && path) names.try_emplace(*jid, path->substr(path->rfind('/') + 1));
+    }
+    return names;
+}
+
+/// The whole picture, else its small version.
+Text profilePicture(const BackupFiles& files, const std::string& name) {
     for (const std::string_view ending : {".jpg", ".thumb"}) {
-        const auto location = fmt::format("{}/{}{}", kProfiles, phone, ending);
+        const auto location = fmt::format("{}/{}{}", kProfiles, name, ending);
         if (const auto file = files.find(storedName(location))) return file->string();
     }
     return std::nullopt;
@@ -62,6 +78,7 @@ void WhatsAppService::doRecovery(const DeviceInfo& device) {
     whatsAppRecovery_ = std::make_unique<WhatsAppMessagesSQLiteRecovery>(state_, cancelled_);
     if (cancelled_.stop_requested()) return;
     whatsAppRecovery_->DoRecoveryPath(ConnectionFileFullPath(device));
+    whatsAppRecovery_->filterMessages();
     recovered_ = static_cast<std::int32_t>(whatsAppRecovery_->RecoveredFiltered.size());
 }
 
@@ -98,6 +115,7 @@ void WhatsAppService::getWhatisExisting(const DeviceInfo& device) {
 
 void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
     const BackupFiles files(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY));
+    const auto pictureNames = readPictureNames(*dbUtils_);
     List<WhatsAppContact> found;
     auto rows = dbUtils_->executeQuery(kPartners);
     while (rows.next()) {
@@ -105,7 +123,10 @@ void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
         if (!jid) continue;
         const auto partner = partnerFor(*jid);
         partner->ZPartnerName = rows.stringForColumn("ZPARTNERNAME");
-        partner->ZContactProfileBitmapImage = profilePicture(files, *partner->Phone);
+        // Without an entry of its own a picture is named by the number alone.
+        const auto picture = pictureNames.find(*jid);
+        partner->ZContactProfileBitmapImage = profilePicture(
+            files, picture == pictureNames.end() ? *partner->Phone : picture->second);
         found.push_back(partner);
     }
     for (const auto& partner : found) readMessages(device, partner);
@@ -113,9 +134,10 @@ void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
 
 void WhatsAppService::readMessages(const DeviceInfo& device,
                                    const std::shared_ptr<WhatsAppContact>& partner) {
-    // The first identifier stands in the text without quotes: deliberate.
-    auto rows = dbUtils_->executeQuery(fmt::format(kMessages, *partner->ZContactJID),
-                                       {*partner->ZContactJID});
+    // The first identifier stands in the text without quotes, so that of an ordinary user does
+    // not prepare: deliberate.
+    auto rows = dbUtils_->executeNamedQuery(fmt::format(kMessages, *partner->ZContactJID),
+                                            "@ContactID", *partner->ZContactJID);
     while (rows.next()) {
         auto message = std::make_shared<WhatsAppMessage>();
         message->ZPrimaryKey = rows.longLongIntForColumn("Z_PK");

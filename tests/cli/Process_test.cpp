@@ -85,8 +85,9 @@ TEST_F(ProcessTest, SignalsAtAnyMomentEndInAWholeTableAndNoRest) {
     SampleRandom random(3);
     for (int round = 0; round < 12; ++round) {
         fs::remove_all(folder / "export");
-        shell(fmt::format("timeout --foreground --preserve-status -s {} 0.{:03} $scan --export export",
-                          round % 2 == 0 ? "INT" : "TERM", random.between(20, 400)));
+        shell(fmt::format(
+            "timeout --foreground --preserve-status -s {} 0.{:03} $scan --export export",
+            round % 2 == 0 ? "INT" : "TERM", random.between(20, 400)));
         // Before its handler stands the program ends as the signal says.
         EXPECT_THAT(status, AnyOf(0, 130, 128 + SIGINT, 128 + SIGTERM)) << err;
         if (!out.empty()) {
@@ -99,7 +100,8 @@ TEST_F(ProcessTest, SignalsAtAnyMomentEndInAWholeTableAndNoRest) {
 }
 
 TEST_F(ProcessTest, TheNextRunRemovesWhatAKilledOneLeft) {
-    shell("$scan --quiet & sleep 0.1; kill -KILL $!; mkdir -p cache/salvor/run-0 cache/salvor/else");
+    shell(
+        "$scan --quiet & sleep 0.1; kill -KILL $!; mkdir -p cache/salvor/run-0 cache/salvor/else");
     shell("$scan --quiet");
     EXPECT_EQ(status, 0);
     std::vector<std::string> left;

@@ -1,8 +1,10 @@
 #include "services/ContactLookup.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "app/state/ScanState.h"
+#include "util/iPhoneNumberUtils.h"
 
 namespace salvor {
 namespace {
@@ -57,6 +59,54 @@ TEST(ContactLookup, FindsByNumberAndAddressLiveContactsFirst) {
         const auto found = lookup.find(c.address);
         EXPECT_EQ(found ? found->FullName : Text(), c.name ? Text(c.name) : Text())
             << c.address.value_or("absent");
+    }
+}
+
+// The index answers as a walk with the comparison itself, asked in both directions.
+TEST(PhoneIndex, FindsTheFirstEqualNumber) {
+    const std::vector<Text> numbers = {"+44 (0)7700 900123",
+                                       "07700900123",
+                                       "900123",
+                                       "0123",
+                                       "123",
+                                       "1 2 3",
+                                       "01234",
+                                       "1234",
+                                       "\u00E4\u00F6\u00FC",
+                                       "x\u00E4\u00F6\u00FC",
+                                       "12\u00E4\u00F6\u00FC",
+                                       "\U0001F600\U0001F601",
+                                       "a\U0001F600\U0001F601",
+                                       "0",
+                                       "(0)",
+                                       "00 00",
+                                       "0000",
+                                       "",
+                                       " ",
+                                       std::nullopt,
+                                       "+447700900123",
+                                       "7700900123"};
+    const auto equal = [](const Text& a, const Text& b) {
+        return a && !a->empty() && b && !b->empty() && iPhoneNumberUtils::AreEqual(a, b) &&
+               iPhoneNumberUtils::AreEqual(b, a);
+    };
+    for (std::size_t start = 0; start < numbers.size(); ++start) {
+        // Every number comes first once.
+        std::vector<Text> known(numbers.begin() + static_cast<std::ptrdiff_t>(start),
+                                numbers.end());
+        known.insert(known.end(), numbers.begin(),
+                     numbers.begin() + static_cast<std::ptrdiff_t>(start));
+        PhoneIndex index;
+        for (std::size_t i = 0; i < known.size(); ++i) index.add(known[i], i);
+        for (const auto& number : numbers) {
+            const auto first = std::find_if(known.begin(), known.end(),
+                                            [&](const Text& k) { return equal(number, k); });
+            const auto expected =
+                first == known.end()
+                    ? std::nullopt
+                    : std::optional(static_cast<std::size_t>(first - known.begin()));
+            EXPECT_EQ(index.find(number), expected) << number.value_or("absent") << " " << start;
+        }
     }
 }
 

@@ -1,4 +1,5 @@
 #include <map>
+#include <unordered_map>
 
 #include "tests/support/AttributedText.h"
 #include "tests/support/MessageStore.h"
@@ -110,7 +111,7 @@ class ChatMessageStore : public MessageStore {
         addFlags(row, message, chat);
         if (ios_ >= 8) addLaterColumns(row, message);
         const auto rowId = database_.insert("message", row);
-        database_.insert("chat_message_join", {rowIds_[message.chat], rowId});
+        joins_[rowId] = database_.insert("chat_message_join", {rowIds_[message.chat], rowId});
         return rowId;
     }
 
@@ -122,7 +123,7 @@ class ChatMessageStore : public MessageStore {
                 {rowId});
         }
         database_.execute("DELETE FROM message WHERE ROWID=?", {rowId});
-        database_.execute("DELETE FROM chat_message_join WHERE message_id=?", {rowId});
+        database_.execute("DELETE FROM chat_message_join WHERE ROWID=?", {joins_[rowId]});
     }
 
     void removeChat(std::size_t chat) override {
@@ -245,6 +246,8 @@ class ChatMessageStore : public MessageStore {
     int ios_;
     std::vector<SampleChat> chats_;
     std::vector<std::int64_t> rowIds_;
+    /// Row ids of the joins by message: nothing indexes them by message in the database.
+    std::unordered_map<std::int64_t, std::int64_t> joins_;
     std::map<std::string, std::int64_t> handles_;
 };
 

@@ -62,10 +62,10 @@ constexpr ColumnAttribute<CallHistory> kNewAttributes[] = {
 }  // namespace
 
 CallCarver::CallCarver(ScanState& state, std::stop_token cancelled, Attributes attributes)
-    : CategoryCarver(state, std::move(cancelled), kCallRecord, attributes) {}
+    : CategoryCarver(state, std::move(cancelled), kCallRecord, attributes), names_(state) {}
 
 void CallCarver::recordCarved(const std::shared_ptr<CallHistory>& call) {
-    const auto row = call->generateCallLogObject(state_);
+    const auto row = call->generateCallLogObject(state_, names_.find(call->Address));
     incrementRecoveryCount();
     state_.AllDeletedCallLog.push_back(row);
     state_.DeletedCallLog.push_back(row);

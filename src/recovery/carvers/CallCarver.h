@@ -1,6 +1,7 @@
 #pragma once
 
 #include "records/CallHistory.h"
+#include "records/ContactNames.h"
 #include "recovery/carvers/CategoryCarver.h"
 
 namespace salvor {
@@ -20,6 +21,9 @@ class CallCarver : public CategoryCarver<CallHistory> {
     void recordCarved(const std::shared_ptr<CallHistory>& call) override;
     std::int32_t setRecoveryCount(std::int32_t count) override;
     std::int32_t incrementRecoveryCount() override;
+
+  private:
+    ContactNames names_;
 };
 
 /// Carver of call_history.db (iOS 7 and earlier). Its dates are Unix seconds, read as seconds

@@ -4,8 +4,11 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/state/ScanState.h"
@@ -111,6 +114,9 @@ class DAOs : public BaseDAO, public DatabaseLookups {
     std::mutex numberMutex_;
     /// The message database, kept open for handle look-ups from the first one on.
     std::shared_ptr<FMDBUtils> numberUTILS_;
+    /// What `handleText` found: a row's text (perhaps absent), or no row. Thousands of carved
+    /// messages share a few handles.
+    std::map<std::pair<std::string_view, std::int32_t>, std::optional<Text>> handleTexts_;
 };
 
 }  // namespace salvor

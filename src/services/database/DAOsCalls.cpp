@@ -1,5 +1,4 @@
-#include <unordered_map>
-
+#include "records/ContactNames.h"
 #include "services/database/DAOs.h"
 #include "services/database/RowDates.h"
 #include "services/database/RowReading.h"
@@ -43,19 +42,10 @@ void fillCall(const ResultSet& row, CallLog& call, bool newer) {
     call.CallDuration = row.intForColumn("duration");
 }
 
-/// Names from the contacts that the scan has read so far, each number looked up once.
+/// Names from the contacts that the scan has read so far.
 void nameCalls(const List<CallLog>& calls, const ScanState& state) {
-    std::unordered_map<std::string, Text> names;
-    for (const auto& call : calls) {
-        call->ContactName = "";
-        // An empty number is looked up like any other, an absent one is not.
-        if (!call->Address) continue;
-        const auto [entry, isNew] = names.try_emplace(*call->Address);
-        if (isNew) {
-            entry->second = CallHistory::getContactNamefromNumber(call->Address, state);
-        }
-        call->ContactName = entry->second;
-    }
+    ContactNames names(state);
+    for (const auto& call : calls) call->ContactName = names.find(call->Address);
 }
 
 }  // namespace

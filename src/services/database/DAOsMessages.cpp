@@ -156,9 +156,13 @@ std::map<std::string, std::int64_t> DAOs::GetAllMessageGUID() {
 
 Text DAOs::handleText(const char* statement, std::int32_t handleId, const Text& fallback) {
     const std::lock_guard lock(numberMutex_);
-    if (!numberUTILS_) numberUTILS_ = open(state_.SMS_DATABASE);
-    auto rows = numberUTILS_->executeQuery(formatSql(statement, {std::int64_t{handleId}}));
-    return rows.next() ? rows.stringForColumn("id") : fallback;
+    const auto [known, isNew] = handleTexts_.try_emplace({statement, handleId});
+    if (isNew) {
+        if (!numberUTILS_) numberUTILS_ = open(state_.SMS_DATABASE);
+        auto rows = numberUTILS_->executeQuery(formatSql(statement, {std::int64_t{handleId}}));
+        if (rows.next()) known->second = rows.stringForColumn("id");
+    }
+    return known->second ? *known->second : fallback;
 }
 
 Text DAOs::GetPhoneNumberForHID(std::int32_t handleId, const Text& fallback) {

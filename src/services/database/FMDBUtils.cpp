@@ -47,4 +47,14 @@ ResultSet FMDBUtils::executeQuery(const std::string& sql,
     return ResultSet(std::make_unique<ResultSet::Impl>(handle_, statement));
 }
 
+ResultSet FMDBUtils::executeNamedQuery(const std::string& sql, const char* name,
+                                       const ColumnValue& value) {
+    sqlite3_stmt* statement = handle_ ? handle_->prepare(sql) : nullptr;
+    hadError_ = statement == nullptr;
+    if (hadError_) return {};
+    const int index = sqlite3_bind_parameter_index(statement, name);
+    if (index > 0) std::visit(Binder{statement, index}, value);
+    return ResultSet(std::make_unique<ResultSet::Impl>(handle_, statement));
+}
+
 }  // namespace salvor

@@ -35,7 +35,10 @@ class FMDBUtils {
     /// Runs one statement with its `?` parameters bound in order.
     ResultSet executeQuery(const std::string& sql,
                            std::initializer_list<ColumnValue> parameters = {});
-    /// The last `executeQuery` did not prepare.
+    /// The same with one parameter bound by its name; the others stay NULL, and a text without
+    /// such a parameter runs as it is.
+    ResultSet executeNamedQuery(const std::string& sql, const char* name, const ColumnValue& value);
+    /// The last statement did not prepare.
     bool hadError() const { return hadError_; }
 
   private:
