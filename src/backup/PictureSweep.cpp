@@ -5,10 +5,9 @@
 #include <fmt/format.h>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include "app/state/ListLock.h"
-#include "util/FileUtils.h"
+#include "backup/StoredFiles.h"
 #include "util/ReadableFile.h"
 
 namespace salvor {
@@ -32,10 +31,6 @@ constexpr std::array kMarks{
 
 constexpr std::size_t kProgressSteps = 8;
 
-bool isTwoDigits(const std::string& name) {
-    return name.size() == 2 && name.find_first_not_of("0123456789abcdef") == std::string::npos;
-}
-
 /// One walk over the stored files of a backup.
 class Sweep {
   public:
@@ -44,12 +39,12 @@ class Sweep {
 
     void run() {
         state_.updateStatus(0, "Photos & Videos... ");
-        const std::vector<fs::path> files = storedFiles();
+        const StoredFiles files(state_.BACKUP_DIRECTORY);
         const std::size_t step = files.size() / kProgressSteps;
         state_.progress.pictureSteps = 0;
         for (std::size_t visited = 1; visited <= files.size(); ++visited) {
             if (isCancelled()) break;
-            visit(files[visited - 1]);
+            visit(files, visited - 1);
             if (isCancelled()) break;
             if (step > 0 && visited % step == 0) advance();
         }
@@ -61,38 +56,23 @@ class Sweep {
   private:
     bool isCancelled() const { return state_.IsCancelFlag || cancelled_.stop_requested(); }
 
-    /// By name; those in the two-digit sub-folders of newer backups in the place of their folder.
-    std::vector<fs::path> storedFiles() const {
-        const fs::path backup = state_.BACKUP_DIRECTORY;
-        std::vector<fs::path> files;
-        for (const auto& entry : FileUtils::entriesOf(backup)) {
-            if (entry.isFile) {
-                files.push_back(backup / entry.name);
-            } else if (entry.isFolder && isTwoDigits(entry.name)) {
-                for (const auto& stored : FileUtils::entriesOf(backup / entry.name)) {
-                    if (stored.isFile) files.push_back(backup / entry.name / stored.name);
-                }
-            }
-        }
-        return files;
-    }
-
     void advance() {
         if (state_.progress.pictureSteps < kProgressSteps) ++state_.progress.pictureSteps;
     }
 
-    void visit(const fs::path& path) {
-        const auto file = ReadableFile::open(path);
+    void visit(const StoredFiles& files, std::size_t index) {
+        const auto file = files.open(index);
         if (!file) return;
+        const char* name = files.name(index);
         std::array<std::uint8_t, kPictureHead> head{};
         const std::size_t size = file->readHead(head);
         switch (pictureKind(std::span(head).first(size))) {
             case PictureKind::Png:
-                return addPhoto(path, *file, "PNG");
+                return addPhoto(name, *file, "PNG");
             case PictureKind::Jpeg:
-                return addPhoto(path, *file, "JPG");
+                return addPhoto(name, *file, "JPG");
             case PictureKind::QuickTime:
-                return addVideo(path, *file);
+                return addVideo(name, *file);
             // Pictures whose first segment is Exif are left out: deliberate.
             case PictureKind::ExifJpeg:
             case PictureKind::Database:
@@ -101,18 +81,19 @@ class Sweep {
         }
     }
 
-    bool copy(const fs::path& path, const ReadableFile& file, const fs::path& target) {
+    bool copy(const char* name, const ReadableFile& file, const fs::path& target) {
         const std::string failure = file.copyTo(target, [this] { return isCancelled(); });
         if (failure.empty()) return true;
         if (!isCancelled() && failed_++ == 0)
-            firstFailure_ = path.string() + " to " + target.string() + ": " + failure;
+            firstFailure_ = (fs::path(state_.BACKUP_DIRECTORY) / name).string() + " to " +
+                            target.string() + ": " + failure;
         return false;
     }
 
-    void addPhoto(const fs::path& path, const ReadableFile& file, const char* extension) {
+    void addPhoto(const char* name, const ReadableFile& file, const char* extension) {
         const fs::path target =
             workFolder_.photos() / fmt::format("IMG_{}.{}", state_.PhotosCount.load(), extension);
-        if (!copy(path, file, target)) return;
+        if (!copy(name, file, target)) return;
         ++state_.PhotosCount;
         auto photo = std::make_shared<Photo>();
         photo->Name = target.filename().string();
@@ -121,10 +102,10 @@ class Sweep {
         state_.Photos.push_back(std::move(photo));
     }
 
-    void addVideo(const fs::path& path, const ReadableFile& file) {
+    void addVideo(const char* name, const ReadableFile& file) {
         const fs::path target =
             workFolder_.videos() / fmt::format("MOV_{}.MOV", state_.VideosCount.load());
-        if (!copy(path, file, target)) return;
+        if (!copy(name, file, target)) return;
         ++state_.VideosCount;
         auto video = std::make_shared<Video>();
         video->Name = target.filename().string();
@@ -160,6 +141,10 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
     }
     state.Photos.clear();
     state.Videos.clear();
+    state.DeletedPhotos.clear();
+    state.DeletedVideos.clear();
+    state.DeletedPhotosCount = 0;
+    state.DeletedVideosCount = 0;
     // Names are numbered from 1; at the end the counters are the number of copies.
     state.PhotosCount = 1;
     state.VideosCount = 1;

@@ -49,7 +49,9 @@ void DcimService::processOlderBackups(const DeviceInfo& device, const std::files
     for (const auto& entry : entries) {
         if (cancelled_.stop_requested()) return;
         if (!entry.filename().string().starts_with(*device.UniqueDeviceID)) continue;
-        if (std::filesystem::equivalent(entry, device.BackupLocation.value_or(""), error)) continue;
+        if (std::filesystem::equivalent(
+                entry, device.BackupLocation.value_or(state_.BACKUP_DIRECTORY), error))
+            continue;
         DeviceInfo older;
         older.BackupLocation = entry.string();
         try {
@@ -62,7 +64,7 @@ void DcimService::processOlderBackups(const DeviceInfo& device, const std::files
 }
 
 void DcimService::ProcessDatabaseForDevice(const DeviceInfo& device, bool DCIMAccess) {
-    const BackupFiles files(device.BackupLocation.value_or(""));
+    const BackupFiles files(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY));
     FMDBUtils database(files.path(SqliteDbName_).string(), state_.sourcePolicy, cancelled_);
     if (!database.openDatabase()) return;
     auto layout = GetPhotoDBFileType(database);

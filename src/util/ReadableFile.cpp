@@ -13,6 +13,7 @@
 namespace salvor {
 namespace {
 
+constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
 constexpr std::size_t kKernelPiece = std::size_t{64} << 20;
 constexpr std::size_t kPiece = std::size_t{1} << 18;
 
@@ -68,15 +69,23 @@ std::string copyPieces(int from, int to, const std::function<bool()>& cancelled)
 }  // namespace
 
 std::optional<ReadableFile> ReadableFile::open(const std::filesystem::path& path) {
-    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
-    // O_NOATIME is refused for files of other owners; the plain open is then the fall-back.
-    int descriptor = ::open(path.c_str(), kFlags | O_NOATIME);
-    if (descriptor < 0) descriptor = ::open(path.c_str(), kFlags);
-    if (descriptor < 0) return std::nullopt;
-    ReadableFile file(descriptor);
+    auto file = opened(AT_FDCWD, path.c_str(), kFlags);
     struct stat info {};
-    if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+    if (!file || ::fstat(file->descriptor_, &info) != 0 || !S_ISREG(info.st_mode))
+        return std::nullopt;
     return file;
+}
+
+std::optional<ReadableFile> ReadableFile::openIn(int folder, const char* path) {
+    return opened(folder, path, kFlags | O_NOFOLLOW);
+}
+
+std::optional<ReadableFile> ReadableFile::opened(int folder, const char* path, int flags) {
+    // O_NOATIME is refused for files of other owners; the plain open is then the fall-back.
+    int descriptor = ::openat(folder, path, flags | O_NOATIME);
+    if (descriptor < 0 && errno == EPERM) descriptor = ::openat(folder, path, flags);
+    if (descriptor < 0) return std::nullopt;
+    return ReadableFile(descriptor);
 }
 
 ReadableFile::ReadableFile(ReadableFile&& other) noexcept

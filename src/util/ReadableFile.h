@@ -16,6 +16,9 @@ class ReadableFile {
   public:
     /// Nothing when the file cannot be opened or is no regular file.
     static std::optional<ReadableFile> open(const std::filesystem::path& path);
+    /// The file at `path` inside the open folder `folder`, which a listing of that folder has
+    /// called a regular file; it is not asked again, and a link in its place is not followed.
+    static std::optional<ReadableFile> openIn(int folder, const char* path);
 
     ReadableFile(ReadableFile&& other) noexcept;
     ReadableFile& operator=(ReadableFile&& other) noexcept;
@@ -34,6 +37,7 @@ class ReadableFile {
                        const std::function<bool()>& cancelled = {}) const;
 
   private:
+    static std::optional<ReadableFile> opened(int folder, const char* path, int flags);
     explicit ReadableFile(int descriptor) : descriptor_(descriptor) {}
 
     int descriptor_ = -1;

@@ -110,8 +110,14 @@ TEST_F(Sweeps, CopiesPicturesAndFilmsByNameOfTheirStoredFiles) {
 
     // A second sweep begins afresh.
     fs::remove(backup / "b2");
+    state.DeletedPhotos.push_back(std::make_shared<Photo>());
+    state.DeletedVideos.push_back(std::make_shared<Video>());
+    state.DeletedPhotosCount = state.DeletedVideosCount = 1;
     EXPECT_EQ(sweep(), "");
     EXPECT_THAT(namesOf(state.Photos), ElementsAre("IMG_1.JPG", "IMG_2.PNG"));
+    EXPECT_THAT(state.DeletedPhotos, IsEmpty());
+    EXPECT_THAT(state.DeletedVideos, IsEmpty());
+    EXPECT_EQ(state.DeletedPhotosCount + state.DeletedVideosCount, 0);
 }
 
 TEST_F(Sweeps, AdvancesByEighthsOfTheStoredFiles) {

@@ -1,52 +1,142 @@
 #include <string>
 
 #include "tests/support/Digest.h"
+#include "tests/support/PhotoLibraryFile.h"
 #include "tests/support/SampleFolder.h"
+#include "tests/support/SampleTable.h"
 
 namespace salvor {
 namespace {
 
 using std::string_literals::operator""s;
 
-/// A file of the camera roll and whether a scan copies it.
+const std::string kJfif = "\xFF\xD8\xFF\xE0\0\x10JFIF\0\1\1"s;
+const std::string kExif =
+    "\xFF\xD8\xFF\xE1\0\x10"
+    "Exif\0\0"s;
+const std::string kPng = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR"s;
+const std::string kFilm =
+    "\0\0\0\x14"
+    "ftypqt  "s;
+const std::string kOtherFilm =
+    "\0\0\0\x14"
+    "ftypmp42"s;
+
+/// What the photo library of a generation is like.
+struct Generation {
+    int ios;
+    int layoutCode;
+    const char* cameraRoll;       ///< domain of library and camera roll
+    const char* thumbnailFolder;  ///< below "Media"
+};
+
+constexpr Generation kGenerations[] = {
+    {4, 0, "MediaDomain", "PhotoData/100APPLE/"},
+    {5, 3, "CameraRollDomain", "PhotoData/100APPLE/"},
+    {6, 1, "CameraRollDomain", "PhotoData/100APPLE/"},
+    {7, 2, "CameraRollDomain", "PhotoData/100APPLE/"},
+    {8, 4, "CameraRollDomain", "PhotoData/Thumbnails/V2/"},
+    {9, 6, "CameraRollDomain", "PhotoData/Thumbnails/V2/"},
+};
+
+/// An asset of the library, the kind of its file and how a sweep of all files lists it.
 struct SamplePicture {
-    const char* path;
-    std::string head;
-    const char* table;  ///< "Photos", "Videos" or "" for what is not listed
+    SampleAsset asset;
+    const std::string& head;
+    const char* sweptAs;  ///< "Photos", "Videos" or "" for what a sweep leaves out
+    int firstIos;
 };
 
 const SamplePicture kPictures[] = {
-    {"Media/DCIM/100APPLE/IMG_0001.JPG", "\xFF\xD8\xFF\xE0\0\x10JFIF\0\1\1"s, "Photos"},
-    {"Media/DCIM/100APPLE/IMG_0002.JPG",
-     "\xFF\xD8\xFF\xE1\0\x10"
-     "Exif\0\0"s,
-     ""},
-    {"Media/DCIM/100APPLE/IMG_0003.PNG", "\x89PNG\r\n\x1a\n\0\0\0\rIHDR"s, "Photos"},
-    {"Media/DCIM/100APPLE/IMG_0004.MOV",
-     "\0\0\0\x14"
-     "ftypqt  "s,
-     "Videos"},
-    {"Media/DCIM/100APPLE/IMG_0005.MOV",
-     "\0\0\0\x14"
-     "ftypmp42"s,
-     ""},
-    {"Media/PhotoData/Thumbnails/5003.JPG", "\xFF\xD8\xFF\xE0\0\x10JFIF\0\1\2"s, "Photos"},
+    {{"DCIM/100APPLE", "IMG_0001.JPG"}, kJfif, "Photos", 4},
+    {{"DCIM/100APPLE", "IMG_0002.JPG"}, kExif, "", 4},
+    {{"DCIM/100APPLE", "IMG_0003.PNG"}, kPng, "Photos", 4},
+    {{"DCIM/100APPLE", "IMG_0004.MOV"}, kFilm, "Videos", 4},
+    {{"DCIM/100APPLE", "IMG_0005.MOV"}, kOtherFilm, "", 4},
+    {{"DCIM/100APPLE", "IMG_0006.JPG", true}, kJfif, "Photos", 8},
+    {{"DCIM/100APPLE", "IMG_0007.MOV", true}, kFilm, "Videos", 8},
+    {{"PhotoStreamsData/1234567/100APPLE", "IMG_0008.JPG"}, kExif, "", 5},
+    {{"PhotoData/Sync/100SYNCD", "IMG_0101.JPG"}, kJfif, "Photos", 4},
+};
+
+class PictureWriter {
+  public:
+    PictureWriter(SampleFolder& folder, const Generation& generation)
+        : folder_(folder), generation_(generation) {}
+
+    void writeAll() {
+        std::vector<SampleAsset> assets;
+        std::vector<SampleAsset> synchronised;
+        for (const auto& picture : kPictures) {
+            if (picture.firstIos > generation_.ios) continue;
+            const auto& asset = picture.asset;
+            const bool media = !asset.directory.starts_with("DCIM");
+            writeFile(media ? "MediaDomain" : generation_.cameraRoll,
+                      "Media/" + asset.directory + "/" + asset.file, picture.head, picture.sweptAs);
+            assets.push_back(dated(asset));
+            if (asset.directory.starts_with("PhotoData")) synchronised.push_back(assets.back());
+        }
+        writeThumbnails();
+        writeLibrary(generation_.cameraRoll, generation_.layoutCode, assets);
+        // An update to iOS 5 left the older library behind; what the computer sent lies in both.
+        if (generation_.ios == 5) writeLibrary("MediaDomain", 0, synchronised);
+    }
+
+  private:
+    SampleAsset dated(SampleAsset asset) {
+        asset.created = folder_.device().startOfUse - 978307200 + 86400 * ++days_;
+        asset.modified = asset.created + 60;
+        return asset;
+    }
+
+    // Heads with noise behind them: enough for a program that only looks at the first bytes.
+    void writeFile(const char* domain, const std::string& path, const std::string& head,
+                   const char* sweptAs) {
+        writeWholeFile(folder_.add(domain, path), head + random_.digits(2000));
+        if (*sweptAs == '\0') return;
+        TruthRow row;
+        row.database = sampleStoredName(domain, path);
+        row.table = sweptAs;
+        row.text = path;
+        folder_.truth().live.push_back(std::move(row));
+    }
+
+    void writeThumbnails() {
+        const std::string base = "Media/"s + generation_.thumbnailFolder + "DCIM/100APPLE/";
+        writeFile(generation_.cameraRoll, base + "IMG_0001.JPG/5003.JPG", kJfif, "Photos");
+        writeFile(generation_.cameraRoll, base + "IMG_0004.MOV/5005.JPG", kJfif, "Photos");
+    }
+
+    void writeLibrary(const char* domain, int layoutCode, const std::vector<SampleAsset>& assets) {
+        constexpr const char* kPath = "Media/PhotoData/Photos.sqlite";
+        writePhotoLibrary(folder_.add(domain, kPath), layoutCode, assets, sampleLayout(folder_));
+        std::int64_t key = 0;
+        for (const auto& asset : assets) {
+            TruthRow row;
+            row.database = sampleStoredName(domain, kPath);
+            row.table = layoutCode == 0 ? "Photo" : "ZGENERICASSET";
+            row.rowId = ++key;
+            row.text = asset.directory + "/" + asset.file;
+            row.date = asset.created;
+            const bool media = !asset.directory.starts_with("DCIM");
+            row.handle = sampleStoredName(media ? "MediaDomain" : generation_.cameraRoll,
+                                          "Media/" + *row.text);
+            row.values["trashed"] = std::int64_t{asset.trashed};
+            folder_.truth().live.push_back(std::move(row));
+        }
+    }
+
+    SampleFolder& folder_;
+    const Generation& generation_;
+    SampleRandom random_{folder_.options().seed + 77};
+    std::int64_t days_ = 0;
 };
 
 }  // namespace
 
-// Heads with noise behind them: enough for a program that only looks at the first bytes.
 void writeSamplePictures(SampleFolder& folder) {
-    constexpr const char* kDomain = "CameraRollDomain";
-    for (const auto& picture : kPictures) {
-        writeWholeFile(folder.add(kDomain, picture.path),
-                       picture.head + folder.random().digits(2000));
-        if (*picture.table == '\0') continue;
-        TruthRow row;
-        row.database = sampleStoredName(kDomain, picture.path);
-        row.table = picture.table;
-        row.text = picture.path;
-        folder.truth().live.push_back(std::move(row));
+    for (const auto& generation : kGenerations) {
+        if (generation.ios == folder.device().ios) PictureWriter(folder, generation).writeAll();
     }
 }
 

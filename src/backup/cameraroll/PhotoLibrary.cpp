@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 #include <string_view>
 
+#include "util/DateUtils.h"
+
 namespace salvor {
 namespace {
 
@@ -46,6 +48,10 @@ bool hasTrashedState(PhotoLibraryLayout layout) {
     return layout == PhotoLibraryLayout::Z16 || layout == PhotoLibraryLayout::Plain;
 }
 
+Text dateText(const Text& date) {
+    return date ? Text(DateUtils::ConvertToString(DateUtils::StringToDateTime(*date))) : date;
+}
+
 }  // namespace
 
 PhotoLibraryLayout GetPhotoDBFileType(FMDBUtils& database) {
@@ -79,15 +85,14 @@ void readAssets(FMDBUtils& database, PhotoLibraryLayout layout,
                 const std::function<void(Dcmi)>& found) {
     auto rows = database.executeQuery(assetStatement(layout));
     while (rows.next()) {
-        auto directory = rows.stringForColumn("ZDIRECTORY");
         auto fileName = rows.stringForColumn("ZFILENAME");
-        if (!directory || !fileName) continue;
+        if (!fileName) continue;
         Dcmi asset;
-        asset.ZDirecotry = std::move(*directory);
+        asset.ZDirecotry = rows.stringForColumn("ZDIRECTORY").value_or("");
         asset.ZFilename = *fileName;
         asset.DcmiName = std::move(*fileName);
-        asset.CreatedDate = rows.stringForColumn("ZDATECREATED");
-        asset.ModifiedDate = rows.stringForColumn("ZMODIFICATIONDATE");
+        asset.CreatedDate = dateText(rows.stringForColumn("ZDATECREATED"));
+        asset.ModifiedDate = dateText(rows.stringForColumn("ZMODIFICATIONDATE"));
         asset.Recovered = hasTrashedState(layout) && rows.intForColumn("ZTRASHEDSTATE") != 0;
         found(std::move(asset));
     }

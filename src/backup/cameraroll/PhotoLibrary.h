@@ -28,7 +28,7 @@ PhotoLibraryLayout GetPhotoDBFileType(FMDBUtils& database);
 std::string assetStatement(PhotoLibraryLayout layout);
 
 /// Hands on every asset of an open library with names, dates and the deleted mark of its row.
-/// Rows without a directory or file name are passed over.
+/// Rows without a file name are passed over.
 void readAssets(FMDBUtils& database, PhotoLibraryLayout layout,
                 const std::function<void(Dcmi)>& found);
 
