@@ -8,6 +8,7 @@
 #include "backup/BackupPaths.h"
 #include "util/FileUtils.h"
 #include "util/PropertyList.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -129,7 +130,7 @@ BackupInfo readBackupInfo(const std::filesystem::path& folder) {
     info.device = resetDescription(info.folderBytes);
     readPropertyLists(info.device, folder);
     auto& identifier = info.device.UniqueDeviceID;
-    if (identifier) identifier = lowerCase(*identifier);
+    if (identifier) identifier = StringUtils::lowerCase(*identifier);
     splitProductVersion(info.device);
     info.device.BackupLocation = folder.string();
     info.complete = resultOf(info.device);

@@ -12,6 +12,7 @@
 #include "backup/BackupInfoReader.h"
 #include "backup/BackupPaths.h"
 #include "util/FileUtils.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -42,7 +43,7 @@ BackupEntry describe(const std::filesystem::path& folder) {
 }
 
 bool isPropertyList(const std::filesystem::path& file) {
-    return lowerCase(file.extension().string()) == ".plist";
+    return StringUtils::lowerCase(file.extension().string()) == ".plist";
 }
 
 }  // namespace
@@ -70,7 +71,7 @@ std::vector<std::filesystem::path> BackupStore::usualLocations() {
 }
 
 std::filesystem::path BackupStore::folderOfDevice(const std::string& uniqueDeviceID) {
-    return standardLocation() / lowerCase(uniqueDeviceID);
+    return standardLocation() / StringUtils::lowerCase(uniqueDeviceID);
 }
 
 bool BackupStore::looksLikeBackup(const std::filesystem::path& folder) {
