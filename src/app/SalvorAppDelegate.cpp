@@ -29,6 +29,8 @@ SalvorAppDelegate::SalvorAppDelegate(ScanObserver* observer, ServicesFactory ser
 }
 
 SalvorAppDelegate::~SalvorAppDelegate() {
+    backupTask_.reset();
+    if (MobileDevice_ != nullptr) MobileDevice_->setListener(nullptr);
     if (scanThread_.joinable()) cancel();
     waitForScan();
     waitForSignatures();

@@ -1,13 +1,22 @@
 #include "device/RunLoop.h"
 
+#include <limits>
 #include <utility>
 
 namespace salvor {
 
 void RunLoop::post(std::function<void()> work) {
+    add(std::move(work), std::numeric_limits<std::size_t>::max());
+}
+
+void RunLoop::offer(std::function<void()> work) {
+    add(std::move(work), kMaxPending);
+}
+
+void RunLoop::add(std::function<void()> work, std::size_t most) {
     {
         const std::lock_guard lock(mutex_);
-        if (pending_.size() >= kMaxPending) return;
+        if (pending_.size() >= most) return;
         pending_.push_back(std::move(work));
     }
     wake_.notify_all();

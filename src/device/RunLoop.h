@@ -10,13 +10,15 @@
 
 namespace salvor {
 
-/// Brings work from any thread to the thread that runs the loop, in order. At most `kMaxPending`
-/// pieces wait; a sender that floods it loses the rest.
+/// Brings work from any thread to the thread that runs the loop, in order.
 class RunLoop {
   public:
     static constexpr std::size_t kMaxPending = 4096;
 
     void post(std::function<void()> work);
+    /// The same for a sender that is not trusted: while `kMaxPending` pieces wait, what it sends
+    /// is lost.
+    void offer(std::function<void()> work);
 
     /// Runs what is posted until `stop` is called, and is back at once when nothing more can come:
     /// at the end of `limit` or when `ended` is stopped. Whether `stop` ended it.
@@ -26,6 +28,8 @@ class RunLoop {
     void stop();
 
   private:
+    void add(std::function<void()> work, std::size_t most);
+
     std::mutex mutex_;
     std::condition_variable_any wake_;
     std::deque<std::function<void()>> pending_;

@@ -59,10 +59,10 @@ struct UsbDeviceFramework::Events {
         if (event->device.conn_type != CONNECTION_TYPE_USB) return;
         const std::uint32_t handle = event->device.handle;
         if (event->event == UE_DEVICE_ADD) {
-            self->runLoop().post(
+            self->runLoop().offer(
                 [self, handle, udid = udidOf(event->device)] { self->arrived(handle, udid); });
         } else if (event->event == UE_DEVICE_REMOVE) {
-            self->runLoop().post([self, handle] { self->left(handle); });
+            self->runLoop().offer([self, handle] { self->left(handle); });
         }
     }
 };
