@@ -131,6 +131,7 @@ class SalvorAppDelegate : private DeviceListener {
     void endScan();
     void deviceConnected(const std::shared_ptr<AMDevice>& device) override;
     void deviceDisconnected(const std::shared_ptr<AMDevice>& device) override;
+    void warnOfDatabaseIndex();
     void readDeviceValues();
     void startBackupTask();
     void backupTaskEnded(const BackupTaskResult& result);

@@ -188,6 +188,7 @@ void SalvorAppDelegate::chooseFreshBackup(const std::filesystem::path& folder) {
     state_.BACKUP_DIRECTORY = folder.string();
     state_.deviceInfo.BackupLocation = folder.string();
     state_.RecoverType = 0;
+    warnOfDatabaseIndex();
 }
 
 }  // namespace salvor

@@ -109,4 +109,10 @@ std::optional<std::filesystem::path> BackupStore::resolveIndex(const std::filesy
     return named;
 }
 
+std::optional<std::filesystem::path> BackupStore::databaseIndex(
+    const std::filesystem::path& folder) {
+    if (findIgnoringCase(folder, "Manifest.mbdb")) return std::nullopt;
+    return findIgnoringCase(folder, "Manifest.db");
+}
+
 }  // namespace salvor

@@ -42,6 +42,9 @@ class BackupStore {
     static std::optional<std::filesystem::path> resolve(const std::filesystem::path& named);
     /// The index file that a person named: a file, or the index of a backup folder.
     static std::optional<std::filesystem::path> resolveIndex(const std::filesystem::path& named);
+    /// The index of a newer backup, which is a database and not read yet; nothing when the folder
+    /// holds an index of the older form or none.
+    static std::optional<std::filesystem::path> databaseIndex(const std::filesystem::path& folder);
 };
 
 }  // namespace salvor
