@@ -56,9 +56,9 @@ std::optional<AMDeviceValue> AMDevice::read(const char* domain, const char* key,
     const bool startsHere = inSession && !_insession;
     if (!startsHere || startSession()) {
         value = framework_.AMDeviceCopyValue(_device, domain, key);
-        if (startsHere) stopSession();
+        if (startsHere && !stopSession()) value.reset();  // any failure yields nothing
     }
-    if (connectsHere) deviceDisconnect();
+    if (connectsHere && !deviceDisconnect()) value.reset();
     return value;
 }
 
