@@ -10,11 +10,11 @@ namespace salvor::cli {
 /// How far a scan is at one moment.
 struct ProgressSnapshot {
     std::string step;       ///< what is being done, in words
-    bool searching = true;  ///< for deleted records: their number is told
     std::uint64_t bytesDone = 0;
     std::uint64_t bytesTotal = 0;  ///< of the files opened so far
     std::uint64_t recordsFound = 0;
     std::chrono::seconds elapsed{0};
+    bool searching = true;  ///< for deleted records: their number is told
 };
 
 /// The progress in one line of at most `width` columns: what does not fit is left out, the time
