@@ -18,6 +18,7 @@ struct DeviceLimits {
     std::chrono::milliseconds answerTime{10'000};  ///< for a request and its answer
     std::size_t answerBytes = std::size_t{4} << 20;
     std::chrono::milliseconds betweenLooks{500};
+    std::chrono::milliseconds pairingTime{60'000};  ///< for all that belongs to it
 };
 
 /// The lockdown service of one device, over a link to its port: who it is, sessions and values.

@@ -128,7 +128,8 @@ AMDStatus UsbDeviceFramework::AMDeviceStartSession(AMDeviceRef device) {
     if (!attached->wanted) return kAMDNotConnected;
     auto record = PairRecord::ofDevice(attached->device.udid);
     if (!record) {
-        if (const AMDStatus failed = pairWithDevice(attached->device.udid)) return failed;
+        const AMDStatus failed = pairWithDevice(attached->device.udid, limits_.pairingTime, stop_);
+        if (failed != kAMDSuccess) return failed;
         record = PairRecord::ofDevice(attached->device.udid);
         if (!record) return kAMDMissingPairRecord;
     }

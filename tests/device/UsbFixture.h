@@ -30,14 +30,15 @@ class UsbFixture : public testing::Test, protected DeviceListener {
         return made;
     }
 
-    /// Plugs it in as a device that trusts this computer.
+    /// Plugs it in; the daemon has the pair record if the device trusts this computer.
     void plugIn(std::uint32_t id, const std::shared_ptr<StandInDevice>& device) {
-        daemon.keepPairRecord(device->udid, device->pairRecord());
+        if (!device->hostID.empty()) daemon.keepPairRecord(device->udid, device->pairRecord());
         daemon.plugIn(id, device);
     }
 
     void start(std::chrono::milliseconds answerTime = std::chrono::milliseconds(300)) {
-        const DeviceLimits limits{answerTime, std::size_t{1} << 16, std::chrono::milliseconds(10)};
+        const DeviceLimits limits{answerTime, std::size_t{1} << 16, std::chrono::milliseconds(10),
+                                  std::chrono::seconds(20)};
         auto framework = std::make_unique<UsbDeviceFramework>(limits);
         framework->endWith(cancel.get_token());
         access = std::make_unique<MobileDeviceAccess>(std::move(framework));
