@@ -68,9 +68,8 @@ bool AMDevice::deviceConnect() {
 }
 
 bool AMDevice::deviceDisconnect() {
-    if (!checkStatus(framework_.AMDeviceDisconnect(_device), "AMDeviceDisconnect")) return false;
-    _connected = false;
-    return true;
+    _connected = _insession = false;  // also when it fails: the next read begins from nothing
+    return checkStatus(framework_.AMDeviceDisconnect(_device), "AMDeviceDisconnect");
 }
 
 bool AMDevice::startSession() {
@@ -79,9 +78,8 @@ bool AMDevice::startSession() {
 }
 
 bool AMDevice::stopSession() {
-    if (!checkStatus(framework_.AMDeviceStopSession(_device), "AMDeviceStopSession")) return false;
     _insession = false;
-    return true;
+    return checkStatus(framework_.AMDeviceStopSession(_device), "AMDeviceStopSession");
 }
 
 std::string AMDevice::description() const {

@@ -31,10 +31,18 @@ std::vector<fs::path> foldersNamed(const fs::path& parent, const std::string& lo
     return found;
 }
 
+/// The identifier as the name of one folder: a device could call itself "../elsewhere".
+std::string folderNameOf(const std::string& udid) {
+    std::string name = StringUtils::lowerCase(udid);
+    std::replace(name.begin(), name.end(), '/', '_');
+    if (name == "." || name == "..") std::replace(name.begin(), name.end(), '.', '_');
+    return name;
+}
+
 }  // namespace
 
 fs::path folderOfDeviceBackup(const fs::path& root, const std::string& udid) {
-    const std::string name = StringUtils::lowerCase(udid);
+    const std::string name = folderNameOf(udid);
     const auto folders = foldersNamed(root, name);
     for (const auto& folder : folders) {
         if (holdsPropertyLists(folder)) return folder;

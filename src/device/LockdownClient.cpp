@@ -33,10 +33,22 @@ AMDStatus receiveAnswer(ByteLink& link, std::size_t mostBytes, ByteLink::Deadlin
     return kAMDSuccess;
 }
 
+/// Whether these bytes held an answer to the request at all. Only an error may leave out to what.
+bool answers(const PropertyList& answer, const char* request) {
+    const Text to = answer.text("Request");
+    return to ? *to == request : answer.has("Error");
+}
+
+/// The status of an answer: that of its "Error", or of its "Result".
+AMDStatus statusOfAnswer(const PropertyList& answer) {
+    if (const Text error = answer.text("Error")) return statusOfLockdownError(*error);
+    const Text result = answer.text("Result");
+    return !result || *result == "Success" ? kAMDSuccess : kAMDUnknownError;
+}
+
 }  // namespace
 
-std::vector<std::uint8_t> lockdownRequest(
-    const std::vector<std::pair<const char*, std::string>>& values) {
+std::vector<std::uint8_t> lockdownRequest(const LockdownClient::Values& values) {
     const std::unique_ptr<void, decltype(&plist_free)> list(plist_new_dict(), &plist_free);
     for (const auto& [key, value] : values)
         plist_dict_set_item(list.get(), key, plist_new_string(value.c_str()));
@@ -51,40 +63,34 @@ std::vector<std::uint8_t> lockdownRequest(
     return bytes;
 }
 
-AMDStatus statusOfAnswer(const PropertyList& answer) {
-    if (const Text error = answer.text("Error")) return statusOfLockdownError(*error);
-    if (!answer.has("Request")) return kAMDInvalidAnswer;
-    const Text result = answer.text("Result");
-    return !result || *result == "Success" ? kAMDSuccess : kAMDUnknownError;
-}
-
-AMDStatus LockdownClient::ask(const std::vector<std::pair<const char*, std::string>>& values,
-                              PropertyList& answer) {
+AMDStatus LockdownClient::ask(const char* request, Values values, PropertyList& answer) {
+    values.emplace_back("Label", kLabel);
+    values.emplace_back("Request", request);
+    // Until the answer is there, whole and to this request: one that comes too late must not be
+    // taken for the next one's.
+    spent_ = true;
     const auto deadline = std::chrono::steady_clock::now() + limits_.answerTime;
     if (const AMDStatus failed = link_->sendAll(lockdownRequest(values), deadline)) return failed;
     std::vector<std::uint8_t> data;
     if (const AMDStatus failed = receiveAnswer(*link_, limits_.answerBytes, deadline, data))
         return failed;
     answer = PropertyList::parse(data);
+    if (!answers(answer, request)) return kAMDInvalidAnswer;
+    spent_ = false;
     return statusOfAnswer(answer);
 }
 
 AMDStatus LockdownClient::queryType() {
     PropertyList answer;
-    if (const AMDStatus failed = ask({{"Label", kLabel}, {"Request", "QueryType"}}, answer))
-        return failed;
+    if (const AMDStatus failed = ask("QueryType", {}, answer)) return failed;
     const Text type = answer.text("Type");
     return type && *type == "com.apple.mobile.lockdown" ? kAMDSuccess : kAMDInvalidAnswer;
 }
 
 AMDStatus LockdownClient::startSession(const PairRecord& record) {
     PropertyList answer;
-    if (const AMDStatus failed = ask({{"Label", kLabel},
-                                      {"Request", "StartSession"},
-                                      {"HostID", record.hostID},
-                                      {"SystemBUID", record.systemBUID}},
-                                     answer))
-        return failed;
+    const Values self{{"HostID", record.hostID}, {"SystemBUID", record.systemBUID}};
+    if (const AMDStatus failed = ask("StartSession", self, answer)) return failed;
     const Text session = answer.text("SessionID");
     if (!session) return kAMDInvalidAnswer;
     sessionID_ = *session;
@@ -98,18 +104,16 @@ AMDStatus LockdownClient::startSession(const PairRecord& record) {
 
 AMDStatus LockdownClient::stopSession() {
     PropertyList answer;
-    const AMDStatus status =
-        ask({{"Label", kLabel}, {"Request", "StopSession"}, {"SessionID", sessionID_}}, answer);
-    spent_ = link_->encrypted();
+    const AMDStatus status = ask("StopSession", {{"SessionID", sessionID_}}, answer);
+    spent_ = spent_ || link_->encrypted();
     return status;
 }
 
 AMDStatus LockdownClient::getValue(const char* domain, const char* key, PropertyList& answer) {
-    std::vector<std::pair<const char*, std::string>> values{{"Label", kLabel},
-                                                            {"Request", "GetValue"}};
+    Values values;
     if (domain != nullptr) values.emplace_back("Domain", domain);
     if (key != nullptr) values.emplace_back("Key", key);
-    return ask(values, answer);
+    return ask("GetValue", std::move(values), answer);
 }
 
 }  // namespace salvor

@@ -15,11 +15,6 @@ namespace {
 constexpr auto kAddressVariable = "USBMUXD_SOCKET_ADDRESS";
 constexpr AMDeviceNotificationRef kTheSubscription = 1;
 
-std::string udidOf(const usbmuxd_device_info_t& device) {
-    const auto* end = std::find(std::begin(device.udid), std::end(device.udid), '\0');
-    return std::string(std::begin(device.udid), end);
-}
-
 /// The value that the multiplexer knows itself, in the form of a device's answer.
 AMDeviceValue valueOf(const std::string& text) {
     const auto request = lockdownRequest({{"Value", text}});
@@ -42,53 +37,31 @@ std::string UsbDeviceFramework::daemonAddress() {
 }
 
 AMDStatus UsbDeviceFramework::attachedDevices(std::vector<std::string>& udids) {
-    usbmuxd_device_info_t* list = nullptr;
-    const int count = usbmuxd_get_device_list(&list);
-    if (count < 0) return kAMDNoDaemon;
-    for (int i = 0; i < count; ++i) {
-        if (list[i].conn_type == CONNECTION_TYPE_USB) udids.push_back(udidOf(list[i]));
-    }
-    usbmuxd_device_list_free(&list);
-    return kAMDSuccess;
+    std::vector<AttachedDevice> devices;
+    const AMDStatus status = listAttachedDevices(devices);
+    for (auto& device : devices) udids.push_back(std::move(device.udid));
+    return status;
 }
-
-// Runs on the library's thread, which may be cancelled where it waits: nothing here does.
-struct UsbDeviceFramework::Events {
-    static void happened(const usbmuxd_event_t* event, void* context) {
-        auto* self = static_cast<UsbDeviceFramework*>(context);
-        if (event->device.conn_type != CONNECTION_TYPE_USB) return;
-        const std::uint32_t handle = event->device.handle;
-        if (event->event == UE_DEVICE_ADD) {
-            self->runLoop().offer(
-                [self, handle, udid = udidOf(event->device)] { self->arrived(handle, udid); });
-        } else if (event->event == UE_DEVICE_REMOVE) {
-            self->runLoop().offer([self, handle] { self->left(handle); });
-        }
-    }
-};
 
 AMDStatus UsbDeviceFramework::AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
                                                             std::uint32_t, std::uint32_t,
                                                             void* context,
                                                             AMDeviceNotificationRef* notification) {
-    if (subscription_ != nullptr || callback == nullptr) return kAMDUnknownError;
-    // The library watches the usual socket's folder for the daemon to come; another socket it has
-    // to try again and again.
-    libusbmuxd_set_use_inotify(std::getenv(kAddressVariable) == nullptr ? 1 : 0);
+    if (watch_ || callback == nullptr) return kAMDUnknownError;
     callback_ = callback;
     context_ = context;
-    if (usbmuxd_events_subscribe(&subscription_, &Events::happened, this) != 0) {
-        subscription_ = nullptr;
-        return kAMDNoDaemon;
-    }
+    DeviceWatch::Told told;
+    told.arrived = [this](const AttachedDevice& one) {
+        runLoop().offer([=, this] { arrived(one); });
+    };
+    told.left = [this](const AttachedDevice& one) { runLoop().offer([=, this] { left(one); }); };
+    watch_ = std::make_unique<DeviceWatch>(std::move(told), limits_.betweenLooks);
     *notification = kTheSubscription;
     return kAMDSuccess;
 }
 
 AMDStatus UsbDeviceFramework::AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef) {
-    if (subscription_ == nullptr) return kAMDSuccess;
-    usbmuxd_events_unsubscribe(subscription_);
-    subscription_ = nullptr;
+    watch_.reset();
     callback_ = nullptr;
     return kAMDSuccess;
 }
@@ -97,17 +70,15 @@ void UsbDeviceFramework::tell(AMDeviceRef device, AMDeviceMessage message) {
     if (callback_ != nullptr) callback_({device, message}, context_);
 }
 
-void UsbDeviceFramework::arrived(std::uint32_t muxHandle, const std::string& udid) {
-    left(muxHandle);  // a handle that is used anew tells of a removal that was missed
+void UsbDeviceFramework::arrived(const AttachedDevice& attached) {
     const AMDeviceRef device = ++last_;
-    devices_[device] = {udid, muxHandle, nullptr, false};
+    devices_[device].device = attached;
     tell(device, AMDeviceMessage::Connected);
 }
 
-void UsbDeviceFramework::left(std::uint32_t muxHandle) {
-    const auto found = std::find_if(devices_.begin(), devices_.end(), [muxHandle](const auto& one) {
-        return one.second.muxHandle == muxHandle;
-    });
+void UsbDeviceFramework::left(const AttachedDevice& attached) {
+    const auto found = std::find_if(devices_.begin(), devices_.end(),
+                                    [&](const auto& one) { return one.second.device == attached; });
     if (found == devices_.end()) return;
     const AMDeviceRef device = found->first;
     devices_.erase(found);
@@ -120,13 +91,19 @@ UsbDeviceFramework::Attached* UsbDeviceFramework::find(AMDeviceRef device) {
 }
 
 AMDStatus UsbDeviceFramework::open(Attached& device) {
-    const int fd = usbmuxd_connect(device.muxHandle, LockdownClient::kPort);
+    const int fd = usbmuxd_connect(device.device.handle, LockdownClient::kPort);
     if (fd < 0) return kAMDNotConnected;
     auto lockdown =
         std::make_unique<LockdownClient>(std::make_unique<ByteLink>(fd, stop_), limits_);
     if (const AMDStatus failed = lockdown->queryType()) return failed;
     device.lockdown = std::move(lockdown);
     return kAMDSuccess;
+}
+
+void UsbDeviceFramework::dropSpent(Attached& device, AMDStatus status) {
+    if (!device.lockdown->spent()) return;
+    device.lockdown.reset();  // what follows gets a link of its own
+    device.ended = status == kAMDSuccess ? kAMDNotConnected : status;
 }
 
 AMDStatus UsbDeviceFramework::AMDeviceConnect(AMDeviceRef device) {
@@ -149,27 +126,27 @@ AMDStatus UsbDeviceFramework::AMDeviceStartSession(AMDeviceRef device) {
     Attached* attached = find(device);
     if (attached == nullptr) return kAMDNoDevice;
     if (!attached->wanted) return kAMDNotConnected;
-    auto record = PairRecord::ofDevice(attached->udid);
+    auto record = PairRecord::ofDevice(attached->device.udid);
     if (!record) {
-        if (const AMDStatus failed = pairWithDevice(attached->udid)) return failed;
-        record = PairRecord::ofDevice(attached->udid);
+        const AMDStatus failed = pairWithDevice(attached->device.udid, limits_.pairingTime, stop_);
+        if (failed != kAMDSuccess) return failed;
+        record = PairRecord::ofDevice(attached->device.udid);
         if (!record) return kAMDMissingPairRecord;
     }
     if (!attached->lockdown) {
         if (const AMDStatus failed = open(*attached)) return failed;
     }
     const AMDStatus status = attached->lockdown->startSession(*record);
-    if (attached->lockdown->spent()) attached->lockdown.reset();
+    dropSpent(*attached, status);
     return status;
 }
 
 AMDStatus UsbDeviceFramework::AMDeviceStopSession(AMDeviceRef device) {
     Attached* attached = find(device);
     if (attached == nullptr) return kAMDNoDevice;
-    if (!attached->lockdown) return kAMDNotConnected;
+    if (!attached->lockdown) return attached->ended;
     const AMDStatus status = attached->lockdown->stopSession();
-    // The next session gets a link of its own.
-    if (attached->lockdown->spent()) attached->lockdown.reset();
+    dropSpent(*attached, status);
     return status;
 }
 
@@ -181,12 +158,14 @@ std::optional<AMDeviceValue> UsbDeviceFramework::AMDeviceCopyValue(AMDeviceRef d
     if (!attached->lockdown && open(*attached) != kAMDSuccess) return std::nullopt;
     PropertyList answer;
     const AMDStatus status = attached->lockdown->getValue(domain, key, answer);
+    dropSpent(*attached, status);
     if (status == kAMDSuccess && answer.has("Value")) return AMDeviceValue(std::move(answer));
     // Newer devices tell their identifier to computers that they trust alone.
     const bool isIdentifier =
         domain == nullptr && key != nullptr && std::string_view(key) == "UniqueDeviceID";
-    return isIdentifier && !attached->udid.empty() ? std::optional(valueOf(attached->udid))
-                                                   : std::nullopt;
+    return isIdentifier && !attached->device.udid.empty()
+               ? std::optional(valueOf(attached->device.udid))
+               : std::nullopt;
 }
 
 }  // namespace salvor

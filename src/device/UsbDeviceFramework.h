@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "device/DeviceWatch.h"
 #include "device/LockdownClient.h"
 #include "device/MobileDeviceFramework.h"
-
-struct usbmuxd_subscription_context;
 
 namespace salvor {
 
@@ -44,17 +43,18 @@ class UsbDeviceFramework : public MobileDeviceFramework {
 
   private:
     struct Attached {
-        std::string udid;
-        std::uint32_t muxHandle = 0;
+        AttachedDevice device;
         std::unique_ptr<LockdownClient> lockdown;
-        bool wanted = false;  ///< connected, as far as the caller knows
+        bool wanted = false;                 ///< connected, as far as the caller knows
+        AMDStatus ended = kAMDNotConnected;  ///< why there is no link
     };
-    struct Events;
 
     Attached* find(AMDeviceRef device);
     AMDStatus open(Attached& device);
-    void arrived(std::uint32_t muxHandle, const std::string& udid);
-    void left(std::uint32_t muxHandle);
+    /// Drops a link that is spent; `status` is what its last operation answered.
+    static void dropSpent(Attached& device, AMDStatus status);
+    void arrived(const AttachedDevice& device);
+    void left(const AttachedDevice& device);
     void tell(AMDeviceRef device, AMDeviceMessage message);
 
     DeviceLimits limits_;
@@ -63,7 +63,7 @@ class UsbDeviceFramework : public MobileDeviceFramework {
     AMDeviceRef last_ = 0;
     AMDeviceNotificationCallback callback_ = nullptr;
     void* context_ = nullptr;
-    usbmuxd_subscription_context* subscription_ = nullptr;
+    std::unique_ptr<DeviceWatch> watch_;
 };
 
 }  // namespace salvor

@@ -102,12 +102,14 @@ TEST_F(DeviceCommands, TellWhatADeviceWants) {
     run = runBackup("exit 0");
     EXPECT_EQ(run.status, 6);
     EXPECT_THAT(run.err, HasSubstr("locked with its passcode"));
-    daemon.plugIn(2, telephone("ABCDEF", "Tablet"));  // no pair record
-    auto& tablet = *phone;
-    tablet.errors.clear();
+    const auto tablet = telephone("ABCDEF", "Tablet");  // of which nothing is known here
+    tablet->errors["Pair"] = "PairingDialogResponsePending";
+    daemon.plugIn(2, tablet);
     run = runSalvor({"devices"});
     EXPECT_EQ(run.status, 6);
-    EXPECT_THAT(run.err, HasSubstr("Tablet (ABCDEF)"));
+    EXPECT_THAT(run.err,
+                HasSubstr("Tablet (ABCDEF): the device asks whether this computer is to be "
+                          "trusted; unlock it, confirm"));
 }
 
 TEST_F(DeviceCommands, BackUpNoDeviceThatIsNotThere) {
@@ -127,7 +129,7 @@ TEST_F(DeviceCommands, TellHowABackupEnded) {
     plugIn();
     const BackupCase cases[] = {
         {"mkdir $2/$1; touch $2/$1/Info.plist; printf '10%%\\r55%%\\r100%%\\n'", 0,
-         "Backing up: 50 %\n"},
+         "Backing up: 100 %\n"},
         {"echo 'ERROR: device is locked' >&2; exit 1", 6,
          "passcode on the device and or check that iTunes is upto date. (ERROR: device is locked)"},
         {"echo 'No space left' >&2; exit 255", 6,

@@ -77,6 +77,8 @@ bool sendWrongly(ServiceLink& link, DeviceFault fault, const std::string& list,
 void set(PropertyListDictionary& list, const std::string& key, const StandInDevice::Value& value) {
     if (const bool* truth = std::get_if<bool>(&value)) {
         list.boolean(key, *truth);
+    } else if (const auto* data = std::get_if<StandInDevice::Data>(&value)) {
+        list.data(key, data->bytes);
     } else {
         list.text(key, std::get<std::string>(value));
     }
@@ -97,7 +99,7 @@ StandInDevice::StandInDevice(std::string identifier, const std::string& name)
     : udid(std::move(identifier)) {
     values = {{"DeviceName", name},
               {"UniqueDeviceID", udid},
-              {"DevicePublicKey", deviceIdentity().publicKey}};
+              {"DevicePublicKey", Data{deviceIdentity().publicKey}}};
 }
 
 std::string StandInDevice::pairRecord() const {

@@ -34,7 +34,10 @@ enum class DeviceFault {
 /// encrypted, values by domain and key, pairing. Set it up before it is plugged in.
 class StandInDevice {
   public:
-    using Value = std::variant<std::string, bool>;
+    struct Data {
+        std::string bytes;
+    };
+    using Value = std::variant<std::string, bool, Data>;
 
     StandInDevice(std::string identifier, const std::string& name);
 
