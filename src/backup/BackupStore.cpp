@@ -60,18 +60,21 @@ std::filesystem::path BackupStore::standardLocation() {
 }
 
 std::vector<std::filesystem::path> BackupStore::usualLocations() {
-    std::vector<std::filesystem::path> locations{standardLocation()};
-    if (const auto roaming = fromEnvironment("APPDATA"); !roaming.empty()) {
-        locations.push_back(roaming / "Apple Computer/MobileSync/Backup");
-    }
-    if (const auto profile = fromEnvironment("USERPROFILE"); !profile.empty()) {
-        locations.push_back(profile / "Apple/MobileSync/Backup");
+    // The other system's software writes below the user's profile, which may be mounted as a home.
+    constexpr auto kRoaming = "Apple Computer/MobileSync/Backup";
+    constexpr auto kProfile = "Apple/MobileSync/Backup";
+    std::vector<std::filesystem::path> locations{
+        standardLocation(), homeFolder() / "AppData/Roaming" / kRoaming, homeFolder() / kProfile};
+    const std::pair<const char*, const char*> named[] = {{"APPDATA", kRoaming},
+                                                         {"USERPROFILE", kProfile}};
+    for (const auto& [variable, place] : named) {
+        const auto parent = fromEnvironment(variable);
+        if (parent.empty()) continue;
+        const auto location = parent / place;
+        if (std::find(locations.begin(), locations.end(), location) == locations.end())
+            locations.push_back(location);
     }
     return locations;
-}
-
-std::filesystem::path BackupStore::folderOfDevice(const std::string& uniqueDeviceID) {
-    return standardLocation() / StringUtils::lowerCase(uniqueDeviceID);
 }
 
 bool BackupStore::looksLikeBackup(const std::filesystem::path& folder) {
