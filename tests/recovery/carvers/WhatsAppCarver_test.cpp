@@ -69,7 +69,7 @@ TEST_F(WhatsAppCarver, CarvesWhatIsNeitherLiveNorFoundAlready) {
         "(3, 0, 10000000, '1@x', 'deleted'), (4, 1, 10000000, '', 'my own');"
         // A row id that was used before: the content decides.
         "CREATE TABLE later (Z_PK INTEGER PRIMARY KEY, a, b, c, d); INSERT INTO later VALUES "
-        "(2, 0, 10000000, '1@x', 'reused')");
+        "(4, 0, 10000000, '1@x', 'reused')");
     sql("DROP TABLE gone; DROP TABLE later");
     state.AllWhatsAppContent = {row("2001-04-26 17:46:40", "1@x", {}, "still there")};
     carver.DoRecoveryPath(database);
