@@ -41,7 +41,7 @@ bool answers(const PropertyList& answer, const char* request) {
 
 /// The status of an answer: that of its "Error", or of its "Result".
 AMDStatus statusOfAnswer(const PropertyList& answer) {
-    if (const Text error = answer.text("Error")) return statusOfLockdownError(*error);
+    if (answer.has("Error")) return statusOfLockdownError(answer.text("Error").value_or(""));
     const Text result = answer.text("Result");
     return !result || *result == "Success" ? kAMDSuccess : kAMDUnknownError;
 }

@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 
 class HostileDevices : public UsbFixture {
   protected:
+    /// Long for an honest answer, short for those that do not come.
+    static constexpr auto kPatience = 600ms;
     /// How an operation of at most a few answers' time must not go on.
     static constexpr auto kBound = 5s;
 };
@@ -39,7 +41,7 @@ const FaultCase kFaultCases[] = {
 };
 
 TEST_F(HostileDevices, AreNotListedWhenTheyFailAtOnce) {
-    start();
+    start(kPatience);
     std::uint32_t id = 0;
     for (const auto& one : kFaultCases) {
         SCOPED_TRACE(one.what);
@@ -58,6 +60,7 @@ TEST_F(HostileDevices, AreNotListedWhenTheyFailAtOnce) {
 }
 
 TEST_F(HostileDevices, GiveNoValueAndTheNextReadIsSoundAgain) {
+    start(kPatience);
     for (const bool encrypted : {false, true}) {
         for (const auto& one : kFaultCases) {
             SCOPED_TRACE(std::string(one.what) + (encrypted ? ", encrypted" : ""));
@@ -77,6 +80,7 @@ TEST_F(HostileDevices, GiveNoValueAndTheNextReadIsSoundAgain) {
 }
 
 TEST_F(HostileDevices, GiveNoSession) {
+    start(kPatience);
     for (const auto& one : kFaultCases) {
         SCOPED_TRACE(one.what);
         const auto ada = phone();
@@ -94,17 +98,17 @@ TEST_F(HostileDevices, GiveNoSession) {
 }
 
 TEST_F(HostileDevices, AnAnswerThatComesTooLateIsNotTakenForTheNext) {
+    start(kPatience);
     const auto ada = phone();
     ada->faults["GetValue DeviceName"] = DeviceFault::Late;
-    ada->lateness = 350ms;
+    ada->lateness = kPatience + 100ms;
     const auto device = arrived(ada);
     ASSERT_TRUE(device);
     EXPECT_EQ(device->deviceName(), std::nullopt);
     EXPECT_EQ(device->udid(), "Ada-UDID");
-    ada->values["Late"] = "late";
     ASSERT_TRUE(device->deviceConnect());
     EXPECT_FALSE(device->publicValueForKey("DeviceName"));
-    std::this_thread::sleep_for(100ms);
+    std::this_thread::sleep_for(200ms);
     EXPECT_EQ(textOf(device->publicValueForKey("UniqueDeviceID")), "Ada-UDID");
 }
 

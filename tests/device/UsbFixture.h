@@ -36,7 +36,7 @@ class UsbFixture : public testing::Test, protected DeviceListener {
         daemon.plugIn(id, device);
     }
 
-    void start(std::chrono::milliseconds answerTime = std::chrono::milliseconds(300)) {
+    void start(std::chrono::milliseconds answerTime = std::chrono::seconds(10)) {
         const DeviceLimits limits{answerTime, std::size_t{1} << 16, std::chrono::milliseconds(10),
                                   std::chrono::seconds(20)};
         auto framework = std::make_unique<UsbDeviceFramework>(limits);
