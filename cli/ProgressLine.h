@@ -9,7 +9,7 @@ namespace salvor::cli {
 
 /// How far a scan is at one moment.
 struct ProgressSnapshot {
-    std::string step;       ///< what is being done, in words
+    std::string step;  ///< what is being done, in words
     std::uint64_t bytesDone = 0;
     std::uint64_t bytesTotal = 0;  ///< of the files opened so far
     std::uint64_t recordsFound = 0;
