@@ -8,13 +8,14 @@
 #include <utility>
 
 #include "cli/ExitStatus.h"
+#include "device/ChildProcess.h"
 
 namespace salvor::cli {
 namespace {
 
 constexpr char kSignal = 's';
 constexpr char kEnd = 'e';
-constexpr std::array kSignals = {SIGINT, SIGTERM};
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<int> signalPipe{-1};
 std::atomic<int> signalsSeen{0};
@@ -26,9 +27,23 @@ void send(int fd, char what) {
 
 extern "C" void onSignal(int) {
     const int before = errno;
-    if (signalsSeen.fetch_add(1) > 0) _exit(static_cast<int>(ExitStatus::Cancelled));
+    if (signalsSeen.fetch_add(1) > 0) {
+        ChildProcess::endAll();
+        _exit(static_cast<int>(ExitStatus::Cancelled));
+    }
     send(signalPipe, kSignal);
     errno = before;
+}
+
+void (*handlerOf(int number))(int) {
+    struct sigaction now {};
+    sigaction(number, nullptr, &now);
+    return now.sa_handler;
+}
+
+/// Somebody wants the program to outlive its terminal.
+bool isToBeKept(int number) {
+    return number == SIGHUP && handlerOf(number) == SIG_IGN;
 }
 
 }  // namespace
@@ -41,12 +56,14 @@ Interrupts::Interrupts(std::function<void()> cancel) : cancel_(std::move(cancel)
     struct sigaction action {};
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART;
-    for (const int number : kSignals) sigaction(number, &action, nullptr);
+    for (const int number : kSignals)
+        if (!isToBeKept(number)) sigaction(number, &action, nullptr);
 }
 
 Interrupts::~Interrupts() {
     if (!watcher_.joinable()) return;
-    for (const int number : kSignals) std::signal(number, SIG_DFL);
+    for (const int number : kSignals)
+        if (!isToBeKept(number)) std::signal(number, SIG_DFL);
     send(pipe_[1], kEnd);
     watcher_.join();
     signalPipe = -1;

@@ -31,7 +31,7 @@ std::vector<fs::path> foldersNamed(const fs::path& parent, const std::string& lo
     return found;
 }
 
-/// The identifier as the name of one folder: a device could call itself "../elsewhere".
+/// The identifier as the name of one folder, whatever it is.
 std::string folderNameOf(const std::string& udid) {
     std::string name = StringUtils::lowerCase(udid);
     std::replace(name.begin(), name.end(), '/', '_');
@@ -40,6 +40,10 @@ std::string folderNameOf(const std::string& udid) {
 }
 
 }  // namespace
+
+bool namesFolder(const std::string& udid) {
+    return !udid.empty() && folderNameOf(udid) == StringUtils::lowerCase(udid);
+}
 
 fs::path folderOfDeviceBackup(const fs::path& root, const std::string& udid) {
     const std::string name = folderNameOf(udid);

@@ -12,4 +12,8 @@ namespace salvor {
 std::filesystem::path folderOfDeviceBackup(const std::filesystem::path& root,
                                            const std::string& udid);
 
+/// Whether the identifier can name a folder as it stands: a device could call itself
+/// "../elsewhere", and a helper follow it.
+bool namesFolder(const std::string& udid);
+
 }  // namespace salvor

@@ -1,6 +1,7 @@
 #include "device/ChildProcess.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -13,6 +14,18 @@ extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leav
 
 namespace salvor {
 namespace {
+
+/// The groups that run, 0 where there is none: all that a signal handler can be told. One beyond
+/// them runs as well, unseen by `endAll`.
+std::array<std::atomic<pid_t>, 16> groups;
+static_assert(std::atomic<pid_t>::is_always_lock_free);
+
+void replaceGroup(pid_t present, pid_t next) {
+    for (auto& group : groups) {
+        pid_t expected = present;
+        if (group.compare_exchange_strong(expected, next)) return;
+    }
+}
 
 /// Both ends of a pipe, closed unless taken.
 class Pipe {
@@ -97,29 +110,44 @@ ChildProcess::ChildProcess(const std::vector<std::string>& words) {
     const int failed = ::posix_spawnp(&pid_, arguments.front(), actions.get(), attributes.get(),
                                       arguments.data(), environ);
     if (failed != 0) throw std::system_error(failed, std::generic_category(), words.front());
+    replaceGroup(0, pid_);
     output_ = output.takeReadingEnd();
     errors_ = errors.takeReadingEnd();
 }
 
 ChildProcess::~ChildProcess() {
-    signal(SIGKILL);
-    int status = 0;
-    while (!ended_ && ::waitpid(pid_, &status, 0) < 0 && errno == EINTR) continue;
+    if (!ended_) reap();
     ::close(output_);
     ::close(errors_);
 }
 
 std::optional<ChildProcess::Ended> ChildProcess::ended() {
+    siginfo_t info{};
+    const auto id = static_cast<id_t>(pid_);
+    if (!ended_ && ::waitid(P_PID, id, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0)
+        reap();
+    return ended_;
+}
+
+// Until it has been waited for, its number is nobody else's: the group can be ended safely.
+void ChildProcess::reap() {
+    ::kill(-pid_, SIGKILL);
+    replaceGroup(pid_, 0);
     int status = 0;
-    if (ended_ || ::waitpid(pid_, &status, WNOHANG) != pid_) return ended_;
+    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) continue;
     ended_.emplace();
     if (WIFEXITED(status)) ended_->exitStatus = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) ended_->signal = WTERMSIG(status);
-    return ended_;
 }
 
 void ChildProcess::signal(int number) {
     if (!ended_) ::kill(-pid_, number);
+}
+
+void ChildProcess::endAll() {
+    for (const auto& group : groups) {
+        if (const pid_t pid = group) ::kill(-pid, SIGKILL);
+    }
 }
 
 }  // namespace salvor

@@ -9,7 +9,8 @@ namespace salvor {
 
 /// A program that runs beside this one, in a process group of its own: keys that a person presses
 /// for this program do not reach it. It reads nothing; what it writes comes through two pipes.
-/// Destroying the object ends the program and what it has started.
+/// When it ends, what it has left running in that group is ended as well; destroying the object
+/// ends both.
 class ChildProcess {
   public:
     /// How it ended: one of the two is set.
@@ -34,7 +35,12 @@ class ChildProcess {
     /// Sends a signal to it and to what it has started.
     void signal(int number);
 
+    /// Ends all that run, and what they have started, at once. A signal handler may call it.
+    static void endAll();
+
   private:
+    void reap();
+
     pid_t pid_ = -1;
     int output_ = -1;
     int errors_ = -1;

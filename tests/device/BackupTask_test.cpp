@@ -205,6 +205,53 @@ TEST(BackupHelperSetting, IsWordsWithPlaces) {
         EXPECT_FALSE(BackupHelper::parse(nothing)) << '"' << nothing << '"';
 }
 
+/// Whether a process runs; one that has ended may stay in the list until somebody asks for it.
+bool runs(const std::string& pid) {
+    std::ifstream file("/proc/" + pid + "/stat");
+    std::string words((std::istreambuf_iterator<char>(file)), {});
+    const auto name = words.rfind(')');
+    return name != std::string::npos && words.compare(name, 3, ") Z") != 0;
+}
+
+bool endsSoon(const std::string& pid) {
+    const auto until = std::chrono::steady_clock::now() + 5s;
+    while (runs(pid) && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(5ms);
+    return !runs(pid);
+}
+
+TEST_F(BackupTasks, LeaveNoProcessBehind) {
+    const std::string pidFile = folder / "pid";
+    const std::string leaves = "trap '' TERM HUP; sleep 600 & echo $! > " + pidFile + "; echo now";
+    const std::pair<std::string, bool> cases[] = {{leaves + "; exit 3", false},
+                                                  {leaves + "; kill -KILL $$", false},
+                                                  {leaves + "; trap 'exit 3' TERM; wait", true}};
+    for (const auto& [text, cancels] : cases) {
+        SCOPED_TRACE(text);
+        const Outcome outcome = run({script(text)}, cancels);
+        EXPECT_EQ(outcome.result.cancelled, cancels);
+        std::string pid;
+        std::ifstream(pidFile) >> pid;
+        ASSERT_NE(pid, "");
+        EXPECT_TRUE(endsSoon(pid));
+        fs::remove(pidFile);
+    }
+}
+
+TEST_F(BackupTasks, AllEndAtOnce) {
+    ChildProcess first({"sleep", "600"});
+    ChildProcess second({script("trap '' TERM; while :; do sleep 1; done")});
+    ChildProcess done({"true"});
+    while (!done.ended()) std::this_thread::sleep_for(1ms);
+    ChildProcess::endAll();
+    for (auto* one : {&first, &second}) {
+        const auto until = std::chrono::steady_clock::now() + 5s;
+        while (!one->ended() && std::chrono::steady_clock::now() < until)
+            std::this_thread::sleep_for(1ms);
+        ASSERT_TRUE(one->ended());
+        EXPECT_EQ(one->ended()->signal, SIGKILL);
+    }
+}
+
 struct FolderCase {
     const char* what;
     std::vector<const char*> files;
@@ -238,6 +285,10 @@ TEST(BackupFolders, AreFoundWhereTheHelperPutsThem) {
         }
         EXPECT_EQ(folderOfDeviceBackup(root.path(), one.udid), root / one.expected);
     }
+    for (const char* name : {"ABCdef", "00008020-001D2D88ABCDEF01", "a b", "..."})
+        EXPECT_TRUE(namesFolder(name)) << name;
+    for (const char* name : {"", ".", "..", "../x", "/etc", "a/b"})
+        EXPECT_FALSE(namesFolder(name)) << name;
     EXPECT_EQ(folderOfDeviceBackup("/no/such/root", "ABC"), fs::path("/no/such/root/abc"));
 }
 
