@@ -41,6 +41,9 @@ constexpr StatusRow kRows[] = {
     {kAMDTimedOut, nullptr, "the device did not answer in time"},
     {kAMDCancelled, nullptr, "cancelled"},
     {kAMDTlsFailed, nullptr, "the encrypted session could not be set up"},
+    {kAMDNoPairingProgram, nullptr,
+     "this computer is not trusted yet, and idevicepair, which asks for that, could not be started "
+     "(it is in the package libimobiledevice-utils)"},
 };
 
 const StatusRow* rowOf(AMDStatus status) {

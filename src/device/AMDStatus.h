@@ -26,6 +26,7 @@ inline constexpr AMDStatus kAMDHungUp = 0x104;
 inline constexpr AMDStatus kAMDTimedOut = 0x105;
 inline constexpr AMDStatus kAMDCancelled = 0x106;
 inline constexpr AMDStatus kAMDTlsFailed = 0x107;
+inline constexpr AMDStatus kAMDNoPairingProgram = 0x108;
 
 /// The status for an error text of the lockdown service, such as "PasswordProtected".
 AMDStatus statusOfLockdownError(std::string_view error);

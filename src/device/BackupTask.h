@@ -40,10 +40,10 @@ struct BackupTaskResult {
     std::string lastError;  ///< the last line of its standard error, or of its output
 };
 
-/// Runs the helper and reads what it writes on a thread of its own until it ends; of a flood only
-/// the last line of each pipe is kept. Both callbacks come on that thread, progress at most ten
-/// times a second. Destroying the object, or `cancel`, ends the helper: first asked, after two
-/// seconds made to.
+/// Runs a helper, the one that writes a backup or another, and reads what it writes on a thread of
+/// its own until it ends; of a flood only the last line of each pipe is kept. Both callbacks come
+/// on that thread, progress at most ten times a second. Destroying the object, or `cancel`, ends
+/// the helper: first asked, after two seconds made to.
 class BackupTask {
   public:
     BackupTask(std::vector<std::string> words, std::function<void(const BackupProgress&)> progress,

@@ -1,76 +1,73 @@
 #include "device/Pairing.h"
 
-#include <algorithm>
-#include <atomic>
+#include <charconv>
 #include <condition_variable>
 #include <iterator>
-#include <libimobiledevice/libimobiledevice.h>
-#include <libimobiledevice/lockdown.h>
-#include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
+#include <string_view>
+#include <utility>
+
+#include "device/BackupTask.h"
 
 namespace salvor {
 namespace {
 
-/// Attempts that devices keep hanging; more are not begun.
-constexpr int kMostAtOnce = 4;
-std::atomic<int> attemptsUnderWay{0};
+constexpr auto kProgram = "idevicepair";
 
-/// What the library calls otherwise.
-constexpr std::pair<lockdownd_error_t, AMDStatus> kStatuses[] = {
-    {LOCKDOWN_E_SUCCESS, kAMDSuccess},           {LOCKDOWN_E_UNKNOWN_ERROR, kAMDUnknownError},
-    {LOCKDOWN_E_MUX_ERROR, kAMDHungUp},          {LOCKDOWN_E_RECEIVE_TIMEOUT, kAMDTimedOut},
-    {LOCKDOWN_E_PLIST_ERROR, kAMDInvalidAnswer}, {LOCKDOWN_E_SSL_ERROR, kAMDTlsFailed},
+/// By a part of the program's last line.
+constexpr std::pair<std::string_view, AMDStatus> kOutcomes[] = {
+    {"SUCCESS", kAMDSuccess},
+    {"a passcode is set", kAMDPasswordProtected},
+    {"accept the trust dialog", kAMDPairingPending},
+    {"denied the trust dialog", kAMDUserDeniedPairing},
+    {"is not paired with this host", kAMDInvalidHostID},
+    {"No device found", kAMDNoDevice},
 };
 
-AMDStatus statusOf(lockdownd_error_t error) {
-    const auto* found = std::find_if(std::begin(kStatuses), std::end(kStatuses),
-                                     [error](const auto& row) { return row.first == error; });
-    return found != std::end(kStatuses) ? found->second : static_cast<AMDStatus>(-error);
+/// What the program's own library counts otherwise than the lockdown service; without sign.
+constexpr std::pair<AMDStatus, AMDStatus> kLibraryErrors[] = {
+    {5, kAMDTlsFailed}, {7, kAMDTimedOut}, {8, kAMDHungUp}, {256, kAMDUnknownError}};
+
+AMDStatus statusOfNumber(std::string_view line) {
+    constexpr std::string_view kBefore = "error code -";
+    const auto begin = line.find(kBefore);
+    if (begin == std::string_view::npos) return kAMDUnknownError;
+    line.remove_prefix(begin + kBefore.size());
+    AMDStatus number = 0;
+    std::from_chars(line.data(), line.data() + line.size(), number);
+    for (const auto& [theirs, ours] : kLibraryErrors)
+        if (theirs == number) return ours;
+    return number > kAMDSuccess && number < kAMDUnknownError ? number : kAMDUnknownError;
 }
 
-AMDStatus pairUnbounded(const std::string& udid) {
-    idevice_t device = nullptr;
-    if (idevice_new(&device, udid.c_str()) != IDEVICE_E_SUCCESS) return kAMDNoDevice;
-    lockdownd_client_t client = nullptr;
-    lockdownd_error_t result = lockdownd_client_new(device, &client, "salvor");
-    if (result == LOCKDOWN_E_SUCCESS) {
-        result = lockdownd_pair(client, nullptr);
-        lockdownd_client_free(client);
-    }
-    idevice_free(device);
-    return statusOf(result);
+AMDStatus statusOf(const BackupTaskResult& result) {
+    if (!result.startFailure.empty()) return kAMDNoPairingProgram;
+    if (result.signal) return kAMDInvalidAnswer;  // the device's answer was too much for it
+    for (const auto& [part, status] : kOutcomes)
+        if (result.lastError.find(part) != std::string::npos) return status;
+    return statusOfNumber(result.lastError);
 }
-
-/// What the caller and the attempt share; the one that is later lets go of it.
-struct Attempt {
-    std::mutex mutex;
-    std::condition_variable_any done;
-    std::optional<AMDStatus> status;
-};
 
 }  // namespace
 
-// The library waits half a minute for each answer and cannot be interrupted. It therefore works on
-// a thread of its own, which is left to it when nobody waits any more.
+// A program of its own, since pairing is the library's and reads a device's answers without our
+// guard; besides, the library cannot be interrupted.
 AMDStatus pairWithDevice(const std::string& udid, std::chrono::milliseconds limit,
                          const std::stop_token& stop) {
     if (stop.stop_requested()) return kAMDCancelled;
-    if (attemptsUnderWay >= kMostAtOnce) return kAMDTimedOut;
-    const auto attempt = std::make_shared<Attempt>();
-    ++attemptsUnderWay;
-    std::thread([attempt, udid] {
-        const AMDStatus status = pairUnbounded(udid);
-        --attemptsUnderWay;
-        const std::lock_guard lock(attempt->mutex);
-        attempt->status = status;
-        attempt->done.notify_all();
-    }).detach();
-    std::unique_lock lock(attempt->mutex);
-    attempt->done.wait_for(lock, stop, limit, [&] { return attempt->status.has_value(); });
-    if (attempt->status) return *attempt->status;
+    std::mutex mutex;
+    std::condition_variable_any done;
+    std::optional<BackupTaskResult> result;
+    const BackupTask task({kProgram, "--udid", udid, "pair"}, nullptr,
+                          [&](const BackupTaskResult& ended) {
+                              const std::lock_guard lock(mutex);
+                              result = ended;
+                              done.notify_all();
+                          });
+    std::unique_lock lock(mutex);
+    done.wait_for(lock, stop, limit, [&] { return result.has_value(); });
+    if (result) return statusOf(*result);
     return stop.stop_requested() ? kAMDCancelled : kAMDTimedOut;
 }
 

@@ -162,6 +162,30 @@ TEST_F(HostileDevices, AreAskedToTrustThisComputer) {
     }
 }
 
+TEST_F(HostileDevices, CannotPairWithNonsenseNorWithoutTheProgram) {
+    start();
+    const std::pair<DeviceFault, AMDStatus> cases[] = {
+        {DeviceFault::HangsUpInAnswer, kAMDUnknownError},
+        {DeviceFault::Garbage, kAMDInvalidAnswer},
+        {DeviceFault::NoDictionary, kAMDInvalidAnswer}};
+    std::uint32_t id = 0;
+    for (const auto& [fault, status] : cases) {
+        const auto ada = phone("Stranger " + std::to_string(id));
+        ada->hostID = "";
+        ada->faults["Pair"] = fault;
+        daemon.plugIn(++id, ada);
+        ASSERT_TRUE(waitForTold(id));
+        const auto device = access->devices().back();
+        EXPECT_FALSE(device->deviceValueForKey("ProductVersion"));
+        EXPECT_EQ(device->lastStatus(), status) << id;
+    }
+    const std::string path = std::getenv("PATH");
+    ::setenv("PATH", "/nowhere", 1);
+    EXPECT_FALSE(access->devices().back()->deviceValueForKey("ProductVersion"));
+    ::setenv("PATH", path.c_str(), 1);
+    EXPECT_EQ(access->devices().back()->lastStatus(), kAMDNoPairingProgram);
+}
+
 TEST_F(HostileDevices, AreReadOnceTheyTrustThisComputer) {
     const auto ada = phone();
     ada->encrypted = true;
