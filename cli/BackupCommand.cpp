@@ -1,8 +1,13 @@
+#include <cerrno>
+#include <filesystem>
 #include <fmt/format.h>
 #include <optional>
+#include <system_error>
+#include <unistd.h>
 
 #include "app/SalvorAppDelegate.h"
 #include "app/ScanJob.h"
+#include "backup/BackupStore.h"
 #include "cli/Command.h"
 #include "cli/ConnectedDevices.h"
 #include "cli/DisplayText.h"
@@ -34,27 +39,44 @@ CommandTable makeTable() {
     return table;
 }
 
+std::string withLastLine(const std::string& text, const std::string& line) {
+    return line.empty() ? text : fmt::format("{} ({})", text, line);
+}
+
+/// A word of a shell's command line.
+std::string quoted(const std::string& text) {
+    std::string word = "'";
+    for (const char c : text) word += c == '\'' ? "'\\''" : std::string(1, c);
+    return word + '\'';
+}
+
 /// Asks at the terminal.
 class Questions : public FreshBackupQuestions {
   public:
-    Questions(Console& console, ScanDisplay& display, bool continueAnyway)
-        : console_(console), display_(display), continueAnyway_(continueAnyway) {}
+    Questions(Console& console, ScanDisplay& display, const ScanProgress& progress,
+              const ScanOptions& options)
+        : console_(console), display_(display), progress_(progress), options_(options) {}
 
-    bool tryAgain(const std::string& text) override {
-        display_.writeLine(text);
-        if (!console_.asks) return false;
+    bool tryAgain(const std::string& text, const std::string& helperSaid) override {
+        if (!console_.asks) return false;  // the text is told with the failure
+        display_.finish();                 // nothing is drawn where a person answers
+        display_.writeLine(withLastLine(text, helperSaid));
         display_.writeLine("Press Enter to try again, Ctrl-C to cancel.");
-        return console_.enterPressed();
+        const bool again = console_.enterPressed();
+        if (again) display_.start(progress_);
+        return again;
     }
     bool continueAnyway(const std::string& text) override {
-        if (continueAnyway_) display_.writeLine(text);
-        return continueAnyway_;
+        const bool goesOn = options_.request.continueAnyway;
+        if (goesOn && !options_.quiet) display_.writeLine(text);
+        return goesOn;
     }
 
   private:
     Console& console_;
     ScanDisplay& display_;
-    bool continueAnyway_;
+    const ScanProgress& progress_;
+    const ScanOptions& options_;
 };
 
 /// One run of the command.
@@ -77,13 +99,14 @@ class BackupRun {
         RunDisplay display(console_, options_);
         MobileDeviceAccess access(std::make_unique<UsbDeviceFramework>());
         ScanJob job(display);  // ends before `access`, to which it listens
-        Questions questions(console_, display, options_.request.continueAnyway);
+        Questions questions(console_, display, job.state().progress, options_);
         const Interrupts interrupts([&job] { job.cancel(); });
         auto& application = job.application();
         application.setFreshBackup(settings_, &questions);
         application.listenForDevices(access);
         const auto device = requireDevice(access, application);
         application.chooseDevice(device);
+        requireRoot();
 
         if (!options_.quiet)
             display.writeLine(fmt::format("Making a backup of {} below {}",
@@ -129,58 +152,87 @@ class BackupRun {
         requireNoInterrupt();
         if (summary.session != kAMDSuccess)
             throw Failure(ExitStatus::NoDevice, troubleText(nameOf(summary), summary.session));
+        if (!namesFolder(device->udid().value_or(udid_)))
+            throw Failure(ExitStatus::NoDevice,
+                          fmt::format("{}: no folder can be named so", nameOf(summary)));
         return device;
+    }
+
+    /// The helper's own words about a folder that it cannot write to would come late and vary.
+    void requireRoot() const {
+        std::error_code failed;
+        std::filesystem::create_directories(settings_.root, failed);
+        if (!failed && ::access(settings_.root.c_str(), W_OK | X_OK) != 0)
+            failed = {errno, std::generic_category()};
+        if (failed)
+            throw Failure(ExitStatus::NoDevice,
+                          fmt::format("{}: no backup can be written there: {}",
+                                      settings_.root.string(), failed.message()));
     }
 
     static void requireNoInterrupt() {
         if (Interrupts::happened()) throw Failure(ExitStatus::Cancelled, "cancelled");
     }
 
-    /// Tells how the backup ended; throws `Failure` where there is nothing to go on with.
-    ExitStatus settle(const FreshBackup& backup) {
+    static bool isWhole(const BackupTaskResult& task) {
+        return task.exitStatus == 0 && !task.cancelled;
+    }
+
+    /// Throws `Failure` where there is nothing to go on with.
+    void requireComplete(const FreshBackup& backup) const {
         const std::string folder = backup.folder.string();
-        switch (backup.end) {
+        const auto& task = backup.task;
+        // Where a scan follows, the interrupt is that one's.
+        const bool cancelled =
+            Interrupts::happened() && !(scans_ && backup.end == FreshBackupEnd::Complete);
+        switch (cancelled ? FreshBackupEnd::Cancelled : backup.end) {
             case FreshBackupEnd::Cancelled:
-                throw Failure(ExitStatus::Cancelled,
-                              folder + ": the backup was cancelled and is not whole");
+                throw Failure(
+                    ExitStatus::Cancelled,
+                    folder + (isWhole(task) ? ": cancelled after the backup was made"
+                                            : ": the backup was cancelled and is not whole"));
             case FreshBackupEnd::NotStarted:
-                throw Failure(ExitStatus::NoDevice,
-                              fmt::format("the backup helper could not be started: {} (it is in "
-                                          "the package libimobiledevice-utils)",
-                                          backup.task.startFailure));
+                throw Failure(ExitStatus::NoDevice, "the backup helper could not be started: " +
+                                                        task.startFailure + whereHelperIs());
             case FreshBackupEnd::Refused:
-                throw Failure(ExitStatus::NoDevice, withLastLine(kPasscodeQuestion, backup.task));
+                throw Failure(ExitStatus::NoDevice,
+                              withLastLine(kPasscodeQuestion, task.lastError));
             case FreshBackupEnd::MissingPropertyLists:
                 throw Failure(ExitStatus::SourceUnusable,
                               fmt::format("{}: {}", folder, kMissingPropertyListsAfterBackup));
             case FreshBackupEnd::Complete:
                 break;
         }
-        const bool whole = backup.task.exitStatus == 0;
-        if (!whole)
-            console_.error(withLastLine(folder + ": " + howItEnded(backup.task), backup.task));
-        if (!scans_) {
+    }
+
+    std::string whereHelperIs() const {
+        const bool usual = settings_.helper.words == BackupHelper().words;
+        return usual ? " (it is in the package libimobiledevice-utils)" : "";
+    }
+
+    /// Tells how the backup ended.
+    ExitStatus settle(const FreshBackup& backup) {
+        requireComplete(backup);
+        const std::string folder = backup.folder.string();
+        const auto& task = backup.task;
+        const auto howItEnded = [&](const char* what) {
+            return withLastLine(fmt::format("{}: {}: {}", folder, what, helperEnd(task)),
+                                task.lastError);
+        };
+        if (!BackupStore::resolve(backup.folder))
+            throw Failure(ExitStatus::NoDevice, howItEnded("no backup was written there"));
+        if (!isWhole(task)) console_.error(howItEnded("the backup may not be whole"));
+        if (!scans_ && !options_.quiet) {
             console_.out << folder << '\n';
-            if (!options_.quiet)
-                console_.err << printable(fmt::format("Scan it with: salvor scan '{}'", folder))
-                             << '\n';
+            console_.err << printable("Scan it with: salvor scan " + quoted(folder)) << '\n';
         }
-        return whole ? ExitStatus::Done : ExitStatus::NoDevice;
+        return isWhole(task) ? ExitStatus::Done : ExitStatus::NoDevice;
     }
 
-    static std::string howItEnded(const BackupTaskResult& task) {
-        return task.signal ? fmt::format(
-                                 "the backup may not be whole: its helper was ended by "
-                                 "signal {}",
-                                 *task.signal)
-                           : fmt::format(
-                                 "the backup may not be whole: its helper ended with "
-                                 "status {}",
-                                 task.exitStatus.value_or(-1));
-    }
-
-    static std::string withLastLine(const std::string& text, const BackupTaskResult& task) {
-        return task.lastError.empty() ? text : fmt::format("{} ({})", text, task.lastError);
+    static std::string helperEnd(const BackupTaskResult& task) {
+        return task.signal
+                   ? fmt::format("its helper was ended by signal {}", *task.signal)
+                   : fmt::format("its helper ended with status {}", task.exitStatus.value_or(-1));
     }
 
     Console& console_;

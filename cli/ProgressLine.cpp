@@ -2,6 +2,7 @@
 
 #include <array>
 #include <fmt/format.h>
+#include <utility>
 #include <vector>
 
 #include "cli/DisplayText.h"
@@ -36,7 +37,9 @@ std::string lineOf(const ProgressSnapshot& progress, unsigned layout) {
 std::string progressLine(const ProgressSnapshot& progress, std::size_t width) {
     std::string line;
     for (const unsigned layout : kLayouts) {
-        line = lineOf(progress, layout);
+        auto shorter = lineOf(progress, layout);
+        if (shorter.empty()) continue;  // a step that stands alone is cut instead
+        line = std::move(shorter);
         if (displayWidth(line) <= width) return line;
     }
     return fitted(line, width);

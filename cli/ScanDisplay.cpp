@@ -44,6 +44,7 @@ void ScanDisplay::onBackupProgress(int percent, const std::string& line) {
         backingUp_ = true;
         step_ = percent < 0 ? line : fmt::format("Backing up: {} %  {}", percent, line);
         tenths = percent / 10;
+        if (percent < 0 && line.empty()) tenthsTold_ = 0;
         if (redraws_ || tenths <= tenthsTold_) return;
         tenthsTold_ = tenths;
     }

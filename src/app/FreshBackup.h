@@ -19,9 +19,10 @@ struct FreshBackupSettings {
 class FreshBackupQuestions {
   public:
     virtual ~FreshBackupQuestions() = default;
-    /// The helper was refused; true tries again.
-    virtual bool tryAgain(const std::string& text) {
+    /// The helper was refused, and said last what is in `helperSaid`; true tries again.
+    virtual bool tryAgain(const std::string& text, const std::string& helperSaid) {
         (void)text;
+        (void)helperSaid;
         return false;
     }
     virtual bool continueAnyway(const std::string& text) {

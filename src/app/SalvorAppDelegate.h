@@ -148,6 +148,7 @@ class SalvorAppDelegate : private DeviceListener {
     FreshBackupSettings freshBackup_;
     FreshBackupQuestions* questions_ = nullptr;
     std::string backupTarget_;
+    std::shared_ptr<AMDevice> backedUpDevice_;  ///< the current one when the backup began
     std::optional<dataTypeHolder> scanAfterBackup_;
     FreshBackup lastBackup_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  ///< what the loop still holds asks it

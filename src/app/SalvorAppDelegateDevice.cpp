@@ -2,6 +2,7 @@
 #include <system_error>
 #include <utility>
 
+#include "app/DeviceSearch.h"
 #include "app/SalvorAppDelegate.h"
 #include "backup/BackupInfoReader.h"
 #include "device/BackupFolderBridge.h"
@@ -116,6 +117,7 @@ bool SalvorAppDelegate::BackupAgent(const std::string& udid,
                                     std::optional<dataTypeHolder> thenScan) {
     if (backupTask_ || MobileDevice_ == nullptr) return false;
     backupTarget_ = udid;
+    backedUpDevice_ = mDevice_;
     scanAfterBackup_ = std::move(thenScan);
     startBackupTask();
     return true;
@@ -125,6 +127,7 @@ void SalvorAppDelegate::startBackupTask() {
     std::error_code failed;  // the helper says itself what is wrong with the folder
     std::filesystem::create_directories(freshBackup_.root, failed);
     auto* observer = state_.observer;
+    if (observer != nullptr) observer->onBackupProgress(-1, "");  // nothing is told yet
     backupTask_ = std::make_unique<BackupTask>(
         freshBackup_.helper.wordsFor(backupTarget_, freshBackup_.root),
         [observer](const BackupProgress& progress) {
@@ -173,14 +176,20 @@ void SalvorAppDelegate::backupTaskEnded(const BackupTaskResult& result) {
 std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const BackupTaskResult& result) {
     if (result.cancelled) return FreshBackupEnd::Cancelled;
     if (!result.startFailure.empty()) return FreshBackupEnd::NotStarted;
-    if (!getInfoFromDevice()) {
+    // What is described is the device that was backed up, not one that came meanwhile.
+    const auto here = findDevice(*MobileDevice_, backupTarget_);
+    mDevice_ = here ? here : backedUpDevice_;
+    const bool described = getInfoFromDevice();
+    if (cancelRequested()) return FreshBackupEnd::Cancelled;
+    if (!described) {
         const bool goOn =
             questions_ != nullptr && questions_->continueAnyway(kMissingPropertyListsAfterBackup);
         return goOn ? FreshBackupEnd::Complete : FreshBackupEnd::MissingPropertyLists;
     }
     // Deliberate: 1 is the device's refusal, every other status a finished backup.
     if (result.exitStatus != 1) return FreshBackupEnd::Complete;
-    if (questions_ != nullptr && questions_->tryAgain(kPasscodeQuestion)) return std::nullopt;
+    if (questions_ != nullptr && questions_->tryAgain(kPasscodeQuestion, result.lastError))
+        return std::nullopt;
     return cancelRequested() ? FreshBackupEnd::Cancelled : FreshBackupEnd::Refused;
 }
 

@@ -56,7 +56,7 @@ class ConnectedDevice : public testing::Test, public ScanObserver, public FreshB
     }
     void onBackupComplete() override { events.push_back("complete"); }
     void onScreen(int screen) override { screens.push_back(screen); }
-    bool tryAgain(const std::string& text) override {
+    bool tryAgain(const std::string& text, const std::string&) override {
         events.push_back(text);
         return answers-- > 0;
     }
@@ -174,6 +174,36 @@ TEST_F(ConnectedDevice, IsBackedUpOnceAtATimeAndThenScanned) {
     EXPECT_TRUE(app.state().hasDoneScan);
     EXPECT_THAT(events, ElementsAre("connected", "complete"));
     EXPECT_THAT(screens, ElementsAre(2, 2, 3));
+}
+
+// What was backed up must not bear the name and the version of another.
+TEST_F(ConnectedDevice, IsDescribedAfterItsBackupAlthoughAnotherCame) {
+    framework->add(2, "Tablet", "22").values["- ProductVersion"] = "9.3";
+    plugIn();
+    app.BackupAgent(kUdid);
+    framework->happensLater(AMDeviceMessage::Connected, 2);
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Complete);
+    EXPECT_EQ(described.DeviceName, "Phone");
+    EXPECT_EQ(described.iOSMajorVersion, 7);
+    pullOut(2);
+    events.clear();
+    app.BackupAgent(kUdid);
+    framework->happensLater(AMDeviceMessage::Disconnected, 1);
+    framework->happensLater(AMDeviceMessage::Connected, 2);
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::MissingPropertyLists);
+    EXPECT_NE(described.DeviceName, "Tablet");
+}
+
+TEST_F(ConnectedDevice, IsNotTakenForBackedUpWhenTheCancelComesAfterTheHelper) {
+    useHelper("touch \"$2/done\"; exit 1");
+    plugIn();
+    app.BackupAgent(kUdid);
+    while (!fs::exists(root / "done")) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    app.cancel();
+    answers = 1;
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Cancelled);
+    EXPECT_THAT(events, ElementsAre("connected")) << "nothing is asked any more";
 }
 
 struct EndCase {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <sys/wait.h>
 
+#include "app/FreshBackup.h"
 #include "tests/cli/CommandLine.h"
 #include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
@@ -155,6 +156,75 @@ TEST_F(DeviceCommands, TellHowABackupEnded) {
     EXPECT_THAT(run.err, HasSubstr("--export: belongs to a scan, so it needs --scan"));
 }
 
+TEST_F(DeviceCommands, SayWhenNothingWasWritten) {
+    plugIn();
+    for (const auto& more : {std::vector<std::string>{}, {"--scan"}}) {
+        const auto run = runBackup("echo 'no room'; exit 0", more);
+        EXPECT_EQ(run.status, 6);
+        EXPECT_EQ(run.out, "");
+        EXPECT_THAT(run.err, HasSubstr("abcdef01: no backup was written there: its helper ended "
+                                       "with status 0 (no room)\n"));
+    }
+    writeWholeFile(folder / "file", "");
+    for (const fs::path& place : {folder / "file", folder / "file/below", fs::path("/proc/x")}) {
+        const auto run = runSalvor({"backup", kUdid, "--root", place.string()});
+        EXPECT_EQ(run.status, 6);
+        EXPECT_THAT(run.err,
+                    StartsWith("salvor: error: " + place.string() + ": no backup can be written"));
+    }
+    const auto refused = runBackup("exit 1", {"--quiet"});
+    EXPECT_EQ(refused.err, "salvor: error: " + std::string(kPasscodeQuestion) + '\n');
+}
+
+TEST_F(DeviceCommands, NameTheFolderForAShellAndNothingWhenQuiet) {
+    const char* udid = "It's 1";
+    const auto odd = telephone(udid, "Odd");
+    daemon.keepPairRecord(udid, odd->pairRecord());
+    daemon.plugIn(1, odd);
+    auto words = backup("mkdir -p \"$2/$1\"");
+    words[1] = "it'S 1";
+    auto run = runSalvor(words);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, (root / udid).string() + '\n');
+    EXPECT_THAT(run.err, HasSubstr("salvor scan '" + root.string() + "/It'\\''s 1'\n"));
+    words.push_back("--quiet");
+    run = runSalvor(words);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    const auto escaping = telephone("../x", "Odd");
+    daemon.keepPairRecord("../x", escaping->pairRecord());
+    daemon.plugIn(2, escaping);
+    words[1] = "../x";
+    run = runSalvor(words);
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.err, HasSubstr("Odd (../x): no folder can be named so"));
+    EXPECT_FALSE(fs::exists(folder / "x"));
+}
+
+TEST_F(DeviceCommands, AskAtATerminalWhetherToTryAgain) {
+    plugIn();
+    int questions = 0;
+    for (const bool again : {true, false}) {
+        std::ostringstream out;
+        std::ostringstream err;
+        Console console{out, err};
+        console.asks = true;
+        console.enterPressed = [&] {
+            ++questions;
+            return again;
+        };
+        // Refuses the first time that it finds its mark missing.
+        const int status =
+            run(backup(again ? "mkdir -p $2/$1; [ -e $2/seen ] || { touch $2/seen; exit 1; }"
+                             : "echo locked; exit 1"),
+                console);
+        EXPECT_EQ(status, again ? 0 : 6) << err.str();
+        EXPECT_THAT(err.str(), HasSubstr(std::string(kPasscodeQuestion) +
+                                         (again ? "\nPress Enter" : " (locked)\nPress Enter")));
+    }
+    EXPECT_EQ(questions, 2);
+}
+
 TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     phone->encrypted = true;
     plugIn();
@@ -181,22 +251,40 @@ TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     EXPECT_EQ(inside.status, 2);
 }
 
+struct InterruptCase {
+    const char* helper;
+    const char* kill;  ///< what the shell does to $salvor
+    bool tells;
+};
+
 TEST_F(DeviceCommands, EndTheHelperOnInterrupt) {
     plugIn();
-    writeWholeFile(folder / "helper", "echo $$ >$2/pid; trap '' INT; while :; do sleep 0.05; done");
-    const auto script = fmt::format(
-        "cd '{}'; '{}/bin/salvor' backup {} --root backups --helper 'sh helper {{udid}} "
-        "{{folder}}' "
-        ">out 2>err & salvor=$!; until [ -s backups/pid ]; do sleep 0.02; done; kill -INT $salvor; "
-        "wait $salvor; status=$?; kill -0 $(cat backups/pid) 2>/dev/null && status=99; "
-        "exit $status",
-        folder.path().string(), SALVOR_BINARY_DIR, kUdid);
-    // A shell without job control leaves SIGINT ignored in what it starts beside itself.
-    writeWholeFile(folder / "script", "set -m; " + script);
-    const int ended = std::system(("bash '" + (folder / "script").string() + "'").c_str());
-    ASSERT_TRUE(WIFEXITED(ended));
-    EXPECT_EQ(WEXITSTATUS(ended), 130);
-    EXPECT_THAT(readWholeFile(folder / "err"), HasSubstr("the backup was cancelled"));
+    const InterruptCase cases[] = {
+        {"trap '' INT", "kill -INT $salvor", true},
+        {"trap '' INT", "kill -HUP $salvor", true},
+        // It does not heed being asked to end: the second interrupt takes it along.
+        {"trap '' INT TERM", "kill -INT $salvor; sleep 0.2; kill -INT $salvor", false}};
+    // A shell without job control leaves SIGINT ignored in what it starts beside itself. What
+    // nobody has waited for yet ("Z") has ended.
+    constexpr auto kScript =
+        "set -m; cd '{}'; rm -f backups/pid\n"
+        "'{}/bin/salvor' backup {} --root backups --helper 'sh helper {{udid}} {{folder}}' "
+        ">out 2>err &\n"
+        "salvor=$!; until [ -s backups/pid ]; do sleep 0.02; done; {}; wait $salvor; status=$?\n"
+        "sleep 0.1; case $(cat /proc/$(cat backups/pid)/stat 2>/dev/null) in\n"
+        "''|*') Z '*) exit $status;; esac; exit 99\n";
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.kill);
+        writeWholeFile(folder / "helper",
+                       std::string(one.helper) + "; echo $$ >$2/pid; while :; do sleep 0.05; done");
+        writeWholeFile(folder / "script", fmt::format(kScript, folder.path().string(),
+                                                      SALVOR_BINARY_DIR, kUdid, one.kill));
+        const int ended = std::system(("bash '" + (folder / "script").string() + "'").c_str());
+        ASSERT_TRUE(WIFEXITED(ended));
+        EXPECT_EQ(WEXITSTATUS(ended), 130);
+        const bool told = readWholeFile(folder / "err").find("was cancelled") != std::string::npos;
+        EXPECT_EQ(told, one.tells);
+    }
 }
 
 }  // namespace

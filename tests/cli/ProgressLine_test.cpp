@@ -40,5 +40,14 @@ TEST(ProgressLineTest, TellsNoBytesBeforeAFileIsOpened) {
     EXPECT_EQ(progressLine({"SMS", 0, 0, 0, seconds(2)}, 80), "SMS  0 deleted found  0:02");
 }
 
+TEST(ProgressLineTest, KeepsTheStepOfABackupWhateverTheWidth) {
+    ProgressSnapshot backup{"Backing up: 12 %", 0, 0, 0, seconds(2), false};
+    EXPECT_EQ(progressLine(backup, 80), "Backing up: 12 %  0:02");
+    EXPECT_EQ(progressLine(backup, 16), "Backing up: 12 %");
+    EXPECT_EQ(progressLine(backup, 10), "Backing u…");
+    backup.step.clear();
+    EXPECT_EQ(progressLine(backup, 80), "0:02");
+}
+
 }  // namespace
 }  // namespace salvor::cli
