@@ -44,6 +44,9 @@ const std::vector<Victim> kVictims{
     {"CameraRollDomain",
      "Media/PhotoData/Photos.sqlite",
      {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
+    {"MediaDomain",
+     "Media/PhotoData/Photos.sqlite",
+     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
 };
 
 class HostileBackups : public testing::TestWithParam<int> {
@@ -112,7 +115,7 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
     }
 }
 
-// The oldest generation, both layouts of the messages between, and the newest.
+// Both databases of calls and both stores of notes.
 INSTANTIATE_TEST_SUITE_P(Generations, HostileBackups, testing::Values(7, 9));
 
 /// Every file of a backup is changed at random places, some in each round.
