@@ -46,10 +46,12 @@ class AdverseScans : public testing::Test {
         return ScanReport::text(job.state());
     }
 
-    /// What a text says from the first list on; work folders differ before it.
+    /// The lists of a report, but for those with files of the work folder. Which of two workers
+    /// says first what it does is nobody's promise, so the statuses behind them are left out too.
     static std::string lists(const std::string& report) {
+        const auto deleted = report.find("\"DeletedSMS\": [");
         return report.substr(0, report.find("\"Photos\": [")) +
-               report.substr(report.find("\"DeletedSMS\": ["));
+               report.substr(deleted, report.find("\"status\": [") - deleted);
     }
 
     TempFolder folder;

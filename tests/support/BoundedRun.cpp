@@ -18,7 +18,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kPause = std::chrono::milliseconds(2);
+constexpr auto kPause = std::chrono::milliseconds(5);
 
 /// How many expectations failed in this test until now.
 int failures() {
