@@ -28,6 +28,8 @@ std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeIndexCommand();
 std::unique_ptr<Command> makeCarveCommand();
 std::unique_ptr<Command> makeSignaturesCommand();
+std::unique_ptr<Command> makeDevicesCommand();
+std::unique_ptr<Command> makeBackupCommand();
 
 /// Every command, in the order of the help.
 std::span<const std::unique_ptr<Command>> commands();

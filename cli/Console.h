@@ -14,6 +14,9 @@ struct Console {
     bool redraws = false;  ///< `err` is a terminal on which a line can be redrawn
     bool coloured = false;
     std::function<int()> width = [] { return 80; };  ///< columns of the terminal, asked anew
+    bool asks = false;  ///< a person sits at the terminal and can answer
+    /// Waits for that person to press Enter; false when they do not want to.
+    std::function<bool()> enterPressed = [] { return false; };
     /// Why writing to `out` failed (errno), 0 when that is not known.
     std::function<int()> outError = [] { return 0; };
 

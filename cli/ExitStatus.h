@@ -9,6 +9,7 @@ enum class ExitStatus {
     SourceUnusable = 3,  ///< no such folder or file, unreadable, property lists missing
     Encrypted = 4,       ///< the manifest marks the backup as encrypted
     NotWritten = 5,      ///< work folder, export folder, JSON file or standard output
+    NoDevice = 6,  ///< no multiplexer daemon, no such device, not trusted, or the backup failed
     Cancelled = 130,
 };
 

@@ -42,6 +42,8 @@ std::filesystem::path indexOf(const std::string& named) {
     if (!std::filesystem::exists(named, ignored)) refuse("no such file or folder");
     if (std::filesystem::is_directory(named, ignored)) requireReadableFolder(named);
     auto index = BackupStore::resolveIndex(BackupStore::resolve(named).value_or(named));
+    if (!index && BackupStore::databaseIndex(named))
+        refuse("its index, Manifest.db, is a database, which is not read yet");
     if (!index) refuse("holds no Manifest.mbdb");
     requireReadableFile(*index);
     return *index;

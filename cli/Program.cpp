@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <poll.h>
 #include <string_view>
 #include <sys/ioctl.h>
 #include <system_error>
@@ -13,6 +14,7 @@
 
 #include "cli/Command.h"
 #include "cli/Failure.h"
+#include "cli/Interrupts.h"
 #include "util/FdStream.h"
 
 namespace salvor::cli {
@@ -96,6 +98,16 @@ bool redrawsOn(int fd) {
     return isatty(fd) != 0 && term != nullptr && std::string_view(term) != "dumb";
 }
 
+/// True for a line on `fd`, false at its end or once an interrupt has come.
+bool waitForEnter(int fd) {
+    for (char c = 0; c != '\n';) {
+        pollfd one{fd, POLLIN, 0};
+        if (::poll(&one, 1, 100) > 0 && ::read(fd, &c, 1) <= 0) return false;
+        if (Interrupts::happened()) return false;
+    }
+    return true;
+}
+
 int terminalWidth(int fd) {
     winsize size{};
     return ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
@@ -104,8 +116,9 @@ int terminalWidth(int fd) {
 }  // namespace
 
 std::span<const std::unique_ptr<Command>> commands() {
-    static const std::array all = {makeScanCommand(),  makeInfoCommand(),  makeListCommand(),
-                                   makeIndexCommand(), makeCarveCommand(), makeSignaturesCommand()};
+    static const std::array all = {
+        makeScanCommand(),  makeInfoCommand(),       makeListCommand(),    makeIndexCommand(),
+        makeCarveCommand(), makeSignaturesCommand(), makeDevicesCommand(), makeBackupCommand()};
     return all;
 }
 
@@ -134,6 +147,8 @@ int runProgram(int argc, char** argv) {
     console.coloured = console.redraws && (noColour == nullptr || *noColour == '\0');
     console.width = [] { return terminalWidth(STDERR_FILENO); };
     console.outError = [&out] { return out.errorNumber(); };
+    console.asks = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
+    console.enterPressed = [] { return waitForEnter(STDIN_FILENO); };
     return run(std::vector<std::string>(argv + std::min(argc, 1), argv + argc), console);
 }
 

@@ -24,7 +24,7 @@ std::string lineOf(const ProgressSnapshot& progress, unsigned layout) {
     if ((layout & kMoved) != 0 && progress.bytesTotal > 0)
         pieces.push_back(fmt::format("{} of {}", FileUtils::sizeText(progress.bytesDone),
                                      FileUtils::sizeText(progress.bytesTotal)));
-    if ((layout & kFound) != 0)
+    if ((layout & kFound) != 0 && progress.searching)
         pieces.push_back(fmt::format("{} deleted found", shownCount(progress.recordsFound)));
     if ((layout & kElapsed) != 0)
         pieces.push_back(fmt::format("{}:{:02}", seconds / 60, seconds % 60));

@@ -14,6 +14,7 @@ struct ProgressSnapshot {
     std::uint64_t bytesTotal = 0;  ///< of the files opened so far
     std::uint64_t recordsFound = 0;
     std::chrono::seconds elapsed{0};
+    bool searching = true;  ///< for deleted records: their number is told
 };
 
 /// The progress in one line of at most `width` columns: what does not fit is left out, the time

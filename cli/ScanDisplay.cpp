@@ -1,6 +1,7 @@
 #include "cli/ScanDisplay.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <spdlog/logger.h>
 
 #include "cli/DisplayText.h"
@@ -34,6 +35,25 @@ void ScanDisplay::onStatus(int code, const std::string& text) {
     // What only names the step stands in the progress line already.
     const bool shownInLine = redraws_ && code == kStatusRunning;
     if (wanted_.texts && !shownInLine) writeLine(text);
+}
+
+void ScanDisplay::onBackupProgress(int percent, const std::string& line) {
+    int tenths = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        backingUp_ = true;
+        step_ = percent < 0 ? line : fmt::format("Backing up: {} %  {}", percent, line);
+        tenths = percent / 10;
+        if (redraws_ || tenths <= tenthsTold_) return;
+        tenthsTold_ = tenths;
+    }
+    if (wanted_.texts) writeLine(fmt::format("Backing up: {} %", tenths * 10));
+}
+
+void ScanDisplay::onBackupComplete() {
+    const std::lock_guard lock(mutex_);
+    backingUp_ = false;
+    step_.clear();
 }
 
 void ScanDisplay::onWarning(const std::string& text) {
@@ -73,6 +93,7 @@ void ScanDisplay::draw(std::stop_token ended) {
 void ScanDisplay::drawOnce() {
     ProgressSnapshot now;
     now.step = step_;
+    now.searching = !backingUp_;
     now.bytesDone = progress_->bytesDone;
     now.bytesTotal = progress_->bytesTotal;
     now.recordsFound = progress_->recordsFound;

@@ -35,6 +35,8 @@ class ScanDisplay : public ScanObserver {
     void start(const ScanProgress& progress);
 
     void onStatus(int code, const std::string& text) override;
+    void onBackupProgress(int percent, const std::string& line) override;
+    void onBackupComplete() override;
     void onWarning(const std::string& text) override;
     void onError(const std::string& text) override;
 
@@ -61,6 +63,8 @@ class ScanDisplay : public ScanObserver {
     std::mutex mutex_;  ///< guards the console and what follows
     std::condition_variable_any wake_;
     std::string step_;
+    bool backingUp_ = false;
+    int tenthsTold_ = 0;  ///< of the backup, off a terminal
     std::string drawn_;
     std::jthread drawer_;
 };

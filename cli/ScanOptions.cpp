@@ -65,7 +65,6 @@ void readWords(const Arguments& given, ScanOptions& options) {
 }
 
 void readRequest(const Arguments& given, ScanRequest& request) {
-    request.source = given["BACKUP"];
     request.continueAnyway = given.has("--continue-anyway");
     request.ios = given.value("--ios");
     if (const auto work = given.value("--work")) request.workFolder = *work;
@@ -125,15 +124,21 @@ void requireRoom(const fs::path& output, bool makesFolders) {
 
 }  // namespace
 
-ScanOptions scanOptionsFrom(const Arguments& given) {
+ScanOptions scanOptionsFor(const fs::path& folder, const Arguments& given) {
     ScanOptions options;
+    options.request.source = folder;
     readWords(given, options);
     readRequest(given, options.request);
     readOutputs(given, options);
-    const auto backup = requireBackupFolder(options.request.source);
-    refuseInsideBackup(options, backup);
+    refuseInsideBackup(options, folder);
     if (options.exportFolder) requireRoom(*options.exportFolder, true);
     if (options.json) requireRoom(*options.json, false);
+    return options;
+}
+
+ScanOptions scanOptionsFrom(const Arguments& given) {
+    auto options = scanOptionsFor(requireBackupFolder(given["BACKUP"]), given);
+    options.request.source = given["BACKUP"];
     return options;
 }
 

@@ -29,5 +29,7 @@ extern const CommandTable kScanTable;
 /// Throws `Failure` for what can be refused before the scan: values that mean nothing, outputs
 /// inside the backup or where nothing can be written.
 ScanOptions scanOptionsFrom(const Arguments& given);
+/// The same for the backup that is about to be written into `folder`.
+ScanOptions scanOptionsFor(const std::filesystem::path& folder, const Arguments& given);
 
 }  // namespace salvor::cli

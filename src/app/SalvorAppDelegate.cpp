@@ -29,6 +29,8 @@ SalvorAppDelegate::SalvorAppDelegate(ScanObserver* observer, ServicesFactory ser
 }
 
 SalvorAppDelegate::~SalvorAppDelegate() {
+    backupTask_.reset();
+    if (MobileDevice_ != nullptr) MobileDevice_->setListener(nullptr);
     if (scanThread_.joinable()) cancel();
     waitForScan();
     waitForSignatures();
@@ -74,7 +76,15 @@ SourceChoice SalvorAppDelegate::chooseBackup(const std::filesystem::path& chosen
     if (!folder) return SourceChoice::Unusable;
     state_.BACKUP_DIRECTORY = folder->string();
     state_.RecoverType = 1;
+    warnOfDatabaseIndex();
     return getInfoFromBackup() ? SourceChoice::Ready : SourceChoice::MissingPropertyLists;
+}
+
+void SalvorAppDelegate::warnOfDatabaseIndex() {
+    if (const auto index = BackupStore::databaseIndex(state_.BACKUP_DIRECTORY))
+        state_.warn(index->string() +
+                    ": this index is a database, which is not read yet; files are found by their "
+                    "stored names all the same");
 }
 
 bool SalvorAppDelegate::getInfoFromBackup() {

@@ -10,9 +10,11 @@
 #include <string>
 #include <thread>
 
+#include "app/FreshBackup.h"
 #include "app/state/ScanState.h"
 #include "backup/CategoryExtraction.h"
 #include "backup/WorkFolder.h"
+#include "device/MobileDeviceAccess.h"
 #include "recovery/RecoveryWindowController.h"
 #include "recovery/ServiceRunner.h"
 
@@ -43,7 +45,7 @@ inline constexpr auto kMissingPropertyListsAfterBackup =
 /// The application object: owns the state of the scan and runs it, from start-up to result. One
 /// scan at a time. `cancel` may be called from any thread, everything else from the thread that
 /// made the object; `ExploreBackupDirectoryWithDataType` runs where it is called.
-class SalvorAppDelegate {
+class SalvorAppDelegate : private DeviceListener {
   public:
     /// Makes the services of one scan.
     using ServicesFactory = std::function<std::unique_ptr<ServiceRunner>(ScanState&)>;
@@ -51,7 +53,7 @@ class SalvorAppDelegate {
     explicit SalvorAppDelegate(ScanObserver* observer = nullptr, ServicesFactory services = {});
     SalvorAppDelegate(const SalvorAppDelegate&) = delete;
     SalvorAppDelegate& operator=(const SalvorAppDelegate&) = delete;
-    ~SalvorAppDelegate();
+    ~SalvorAppDelegate() override;
 
     /// The application object made last, or null. Serves the front ends alone.
     static SalvorAppDelegate* appDelegate();
@@ -78,6 +80,31 @@ class SalvorAppDelegate {
     /// The answer "Yes" to the missing-property-list question: goes on regardless.
     void continueToRecover(const dataTypeHolder& holder);
 
+    // Connected devices. All on the thread that runs the loop of the device framework.
+
+    /// Makes this object the listener of `devices` (not owned, outlives it).
+    void listenForDevices(MobileDeviceAccess& devices);
+    MobileDeviceAccess* MobileDevice() const { return MobileDevice_; }
+    /// The current device: the named one that came last, or the one that was chosen.
+    const std::shared_ptr<AMDevice>& mDevice() const { return mDevice_; }
+    void chooseDevice(std::shared_ptr<AMDevice> device) { mDevice_ = std::move(device); }
+    void setFreshBackup(FreshBackupSettings settings, FreshBackupQuestions* questions);
+
+    /// Fills `deviceInfo` from the current device, makes the device's own folder the source;
+    /// whether to go on without asking.
+    bool getInfoFromDevice();
+    /// The one or the other, by whether a device is connected.
+    bool getInfoFromDeviceOrBackup();
+    /// Starts the helper that writes a fresh backup of the device; false while one runs. Its end
+    /// is dealt with on this thread, within `waitForBackup`; a backup that is complete is scanned
+    /// in the background if `thenScan` says how.
+    bool BackupAgent(const std::string& udid, std::optional<dataTypeHolder> thenScan = {});
+    /// Delivers what happens until no backup runs, and tells how the last one ended. Ends the
+    /// helper on `cancel`.
+    FreshBackup waitForBackup();
+    /// Scans the folder of a fresh backup next: its device is described already.
+    void chooseFreshBackup(const std::filesystem::path& folder);
+
     /// The whole scan on the calling thread: extraction, then recovery. Reports through the
     /// observer and the lists of the state. An exception ends the scan as if finished, with a
     /// warning.
@@ -92,6 +119,8 @@ class SalvorAppDelegate {
     /// has yet to begin ends at once.
     void cancel();
     bool cancelRequested() const;
+    /// Of the scan that runs or comes next.
+    std::stop_token stopToken() const;
 
     /// Why the last scan had no work folder, or "".
     const std::string& workFolderFailure() const { return workFolderFailure_; }
@@ -100,13 +129,29 @@ class SalvorAppDelegate {
     void explore(const dataTypeHolder& holder);
     void recoverDeleted(std::int32_t dataType);
     void endScan();
-    std::stop_token stopToken() const;
+    void deviceConnected(const std::shared_ptr<AMDevice>& device) override;
+    void deviceDisconnected(const std::shared_ptr<AMDevice>& device) override;
+    void warnOfDatabaseIndex();
+    void readDeviceValues();
+    void startBackupTask();
+    void backupTaskEnded(const BackupTaskResult& result);
+    std::optional<FreshBackupEnd> settleBackup(const BackupTaskResult& result);
 
     ScanState state_;
     ServicesFactory makeServices_;
     std::unique_ptr<WorkFolder> workFolder_;
     std::string workFolderFailure_;
     RecoveryWindowController recoveryWindowController_;
+    MobileDeviceAccess* MobileDevice_ = nullptr;
+    std::shared_ptr<AMDevice> mDevice_;
+    bool deviceConnected_ = false;
+    FreshBackupSettings freshBackup_;
+    FreshBackupQuestions* questions_ = nullptr;
+    std::string backupTarget_;
+    std::optional<dataTypeHolder> scanAfterBackup_;
+    FreshBackup lastBackup_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>();  ///< what the loop still holds asks it
+    std::unique_ptr<BackupTask> backupTask_;
     mutable std::mutex stopMutex_;
     std::stop_source stop_;  ///< of the scan that runs or comes next
     std::jthread signatureThread_;

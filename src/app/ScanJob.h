@@ -12,6 +12,7 @@
 namespace salvor {
 
 class SalvorAppDelegate;
+enum class SourceChoice;
 
 /// What a front end asks of a scan.
 struct ScanRequest {
@@ -23,6 +24,8 @@ struct ScanRequest {
     std::optional<std::string> ios;
     /// The signatures file; without it the one shipped with the program.
     std::optional<std::filesystem::path> signatures;
+    /// The source was written by a fresh backup of this job's device, which is described already.
+    bool freshBackup = false;
     bool continueAnyway = false;  ///< answers "Yes" to the missing-property-list question
 };
 
@@ -60,10 +63,15 @@ class ScanJob {
     ScanOutcome runScan(const ScanRequest& request);
     void cancel();
 
+    /// For what comes before a scan: a fresh backup of a connected device.
+    SalvorAppDelegate& application() { return *application_; }
+
     /// The lists, counters and status texts; to be read after `runScan` has returned.
     ScanState& state();
 
   private:
+    SourceChoice chooseSource(const std::filesystem::path& backup, bool fresh);
+
     std::unique_ptr<SalvorAppDelegate> application_;
 };
 

@@ -8,6 +8,7 @@
 #include "backup/BackupPaths.h"
 #include "util/FileUtils.h"
 #include "util/PropertyList.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -19,17 +20,6 @@ bool isEmpty(const Text& text) {
 // An absent text is not blank.
 bool isBlank(const Text& text) {
     return text && text->find_first_not_of(" \t\n\v\f\r") == std::string::npos;
-}
-
-DeviceInfo resetDescription(std::uint64_t folderBytes) {
-    DeviceInfo device;
-    for (auto* field : {&device.ProductVersion, &device.IMSI, &device.IMEI, &device.ICICD,
-                        &device.DeviceName, &device.DisplayName, &device.PhoneNumber}) {
-        field->emplace();
-    }
-    device.AssignSize = FileUtils::sizeText(folderBytes);
-    device.BackupDate = "N/A";
-    return device;
 }
 
 void readEncryption(DeviceInfo& device, const PropertyList& manifest) {
@@ -98,6 +88,13 @@ std::int32_t integerValue(std::string_view text) {
     return negative ? -number : number;
 }
 
+void normalise(DeviceInfo& device, const std::filesystem::path& folder) {
+    auto& identifier = device.UniqueDeviceID;
+    if (identifier) identifier = StringUtils::lowerCase(*identifier);
+    splitProductVersion(device);
+    device.BackupLocation = folder.string();
+}
+
 bool resultOf(const DeviceInfo& device) {
     // Deliberate asymmetry: with a name an absent version will do, without one only a blank
     // version does.
@@ -123,29 +120,49 @@ void splitProductVersion(DeviceInfo& device) {
     device.iOSMinorVersion = integerValue(std::string_view(rest).substr(0, rest.find('.')));
 }
 
+DeviceInfo resetDescription(const std::string& assignSize) {
+    DeviceInfo device;
+    for (auto* field : {&device.ProductVersion, &device.IMSI, &device.IMEI, &device.ICICD,
+                        &device.DeviceName, &device.DisplayName, &device.PhoneNumber}) {
+        field->emplace();
+    }
+    device.AssignSize = assignSize;
+    device.BackupDate = "N/A";
+    return device;
+}
+
+void readEncryptionOfDevice(DeviceInfo& device, const std::filesystem::path& folder) {
+    const auto path = findIgnoringCase(folder, "Manifest.plist");
+    if (!path) return;
+    const auto manifest = PropertyList::read(*path);
+    if (isEmpty(manifest.text("ProductVersion"))) readEncryption(device, manifest);
+}
+
 BackupInfo readBackupInfo(const std::filesystem::path& folder) {
     BackupInfo info;
     info.folderBytes = FileUtils::directorySize(folder);
-    info.device = resetDescription(info.folderBytes);
+    info.device = resetDescription(FileUtils::sizeText(info.folderBytes));
     readPropertyLists(info.device, folder);
-    auto& identifier = info.device.UniqueDeviceID;
-    if (identifier) identifier = lowerCase(*identifier);
-    splitProductVersion(info.device);
-    info.device.BackupLocation = folder.string();
+    normalise(info.device, folder);
     info.complete = resultOf(info.device);
     return info;
 }
 
-bool getInfoFromBackup(ScanState& state) {
-    BackupInfo info = readBackupInfo(state.BACKUP_DIRECTORY);
-    state.deviceInfo = std::move(info.device);
-    if (state.deviceInfo.DeviceName) {
+bool finishDescription(ScanState& state) {
+    DeviceInfo& device = state.deviceInfo;
+    normalise(device, state.BACKUP_DIRECTORY);
+    if (device.DeviceName) {
         auto last = std::make_shared<DeviceInfo>();
-        last->DeviceName = state.deviceInfo.DeviceName;
-        last->UniqueDeviceID = state.deviceInfo.UniqueDeviceID;
+        last->DeviceName = device.DeviceName;
+        last->UniqueDeviceID = device.UniqueDeviceID;
         state._deviceInfoBackup = std::move(last);
     }
-    return info.complete;
+    return resultOf(device);
+}
+
+bool getInfoFromBackup(ScanState& state) {
+    state.deviceInfo = readBackupInfo(state.BACKUP_DIRECTORY).device;
+    return finishDescription(state);
 }
 
 Text VersionFacts::best() const {

@@ -26,6 +26,17 @@ BackupInfo readBackupInfo(const std::filesystem::path& folder);
 /// `BackupInfo::complete`.
 bool getInfoFromBackup(ScanState& state);
 
+// The steps in which a description is made, for a source that is no folder.
+
+/// A description that says nothing yet.
+DeviceInfo resetDescription(const std::string& assignSize);
+/// Takes from the manifest of a connected device's backup folder whether it is encrypted; a
+/// manifest with a top-level version is not asked.
+void readEncryptionOfDevice(DeviceInfo& device, const std::filesystem::path& folder);
+/// What follows once the values are read: letter case, version numbers, location, and
+/// `_deviceInfoBackup`. Returns `BackupInfo::complete`.
+bool finishDescription(ScanState& state);
+
 /// Sets both version numbers from `ProductVersion`: "10.3.1" gives 10 and 3. A missing or
 /// non-numeric part gives 0; a major of 0 leaves `iOSMajorVersion` as it was.
 void splitProductVersion(DeviceInfo& device);

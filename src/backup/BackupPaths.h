@@ -16,7 +16,4 @@ std::optional<std::filesystem::path> findIgnoringCase(const std::filesystem::pat
 /// Whether `folder` is a folder that can be listed.
 bool isReadableFolder(const std::filesystem::path& folder);
 
-/// `text` with the letters A to Z in lower case.
-std::string lowerCase(std::string text);
-
 }  // namespace salvor

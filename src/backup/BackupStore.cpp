@@ -12,6 +12,7 @@
 #include "backup/BackupInfoReader.h"
 #include "backup/BackupPaths.h"
 #include "util/FileUtils.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -42,7 +43,7 @@ BackupEntry describe(const std::filesystem::path& folder) {
 }
 
 bool isPropertyList(const std::filesystem::path& file) {
-    return lowerCase(file.extension().string()) == ".plist";
+    return StringUtils::lowerCase(file.extension().string()) == ".plist";
 }
 
 }  // namespace
@@ -59,18 +60,21 @@ std::filesystem::path BackupStore::standardLocation() {
 }
 
 std::vector<std::filesystem::path> BackupStore::usualLocations() {
-    std::vector<std::filesystem::path> locations{standardLocation()};
-    if (const auto roaming = fromEnvironment("APPDATA"); !roaming.empty()) {
-        locations.push_back(roaming / "Apple Computer/MobileSync/Backup");
-    }
-    if (const auto profile = fromEnvironment("USERPROFILE"); !profile.empty()) {
-        locations.push_back(profile / "Apple/MobileSync/Backup");
+    // The other system's software writes below the user's profile, which may be mounted as a home.
+    constexpr auto kRoaming = "Apple Computer/MobileSync/Backup";
+    constexpr auto kProfile = "Apple/MobileSync/Backup";
+    std::vector<std::filesystem::path> locations{
+        standardLocation(), homeFolder() / "AppData/Roaming" / kRoaming, homeFolder() / kProfile};
+    const std::pair<const char*, const char*> named[] = {{"APPDATA", kRoaming},
+                                                         {"USERPROFILE", kProfile}};
+    for (const auto& [variable, place] : named) {
+        const auto parent = fromEnvironment(variable);
+        if (parent.empty()) continue;
+        const auto location = parent / place;
+        if (std::find(locations.begin(), locations.end(), location) == locations.end())
+            locations.push_back(location);
     }
     return locations;
-}
-
-std::filesystem::path BackupStore::folderOfDevice(const std::string& uniqueDeviceID) {
-    return standardLocation() / lowerCase(uniqueDeviceID);
 }
 
 bool BackupStore::looksLikeBackup(const std::filesystem::path& folder) {
@@ -106,6 +110,12 @@ std::optional<std::filesystem::path> BackupStore::resolveIndex(const std::filesy
     }
     if (!std::filesystem::is_regular_file(named, ignored)) return std::nullopt;
     return named;
+}
+
+std::optional<std::filesystem::path> BackupStore::databaseIndex(
+    const std::filesystem::path& folder) {
+    if (findIgnoringCase(folder, "Manifest.mbdb")) return std::nullopt;
+    return findIgnoringCase(folder, "Manifest.db");
 }
 
 }  // namespace salvor

@@ -28,9 +28,6 @@ class BackupStore {
     /// The standard location and those of the synchronisation software on other systems; a
     /// location need not exist.
     static std::vector<std::filesystem::path> usualLocations();
-    /// A device's own backup folder: the standard location joined with its identifier in lower
-    /// case.
-    static std::filesystem::path folderOfDevice(const std::string& uniqueDeviceID);
 
     /// `root` itself when it is a backup, else the backups directly below it, by name. A folder
     /// counts as a backup when it holds one of the property lists or an index.
@@ -42,6 +39,9 @@ class BackupStore {
     static std::optional<std::filesystem::path> resolve(const std::filesystem::path& named);
     /// The index file that a person named: a file, or the index of a backup folder.
     static std::optional<std::filesystem::path> resolveIndex(const std::filesystem::path& named);
+    /// The index of a newer backup, which is a database and not read yet; nothing when the folder
+    /// holds an index of the older form or none.
+    static std::optional<std::filesystem::path> databaseIndex(const std::filesystem::path& folder);
 };
 
 }  // namespace salvor

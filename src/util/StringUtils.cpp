@@ -63,6 +63,13 @@ std::int64_t StringUtils::indexOf(const Text& text, std::string_view toFind) {
     return static_cast<std::int64_t>(utf16Length(whole.substr(0, at)));
 }
 
+std::string StringUtils::lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return text;
+}
+
 Text StringUtils::BytesToString(Bytes bytes) {
     if (!isValidUtf8(bytes)) return std::nullopt;
     return std::string(bytes.begin(), bytes.end());

@@ -29,6 +29,9 @@ struct StringUtils {
     /// Position of the last occurrence, despite the name: deliberate. `NotFound` without one.
     static std::int64_t indexOf(const Text& text, std::string_view toFind);
 
+    /// With the letters A to Z, and no others, in lower case.
+    static std::string lowerCase(std::string text);
+
     /// The bytes as text; absent when they are not valid UTF-8.
     static Text BytesToString(Bytes bytes);
     /// Two lower-case hexadecimal digits a byte.

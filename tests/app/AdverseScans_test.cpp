@@ -46,8 +46,8 @@ class AdverseScans : public testing::Test {
         return ScanReport::text(job.state());
     }
 
-    /// The lists of a report, but for those with files of the work folder. Which of two workers
-    /// says first what it does is nobody's promise, so the statuses behind them are left out too.
+    /// A report without what differs between equal scans: the copies of pictures lie in work
+    /// folders of their own, and two workers tell at the same time that they begin.
     static std::string lists(const std::string& report) {
         const auto deleted = report.find("\"DeletedSMS\": [");
         return report.substr(0, report.find("\"Photos\": [")) +

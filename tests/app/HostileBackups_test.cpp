@@ -49,6 +49,9 @@ const std::vector<Victim> kDatabases{
     {"CameraRollDomain",
      "Media/PhotoData/Photos.sqlite",
      {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
+    {"MediaDomain",
+     "Media/PhotoData/Photos.sqlite",
+     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
 };
 
 using Lists = std::map<std::string, json>;
@@ -148,7 +151,7 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
     }
 }
 
-// The oldest generation, both layouts of the messages between, and the newest.
+// Both databases of calls and both stores of notes.
 INSTANTIATE_TEST_SUITE_P(Generations, HostileBackups, testing::Values(7, 9));
 
 // What else a backup holds, besides pictures, property lists and index.

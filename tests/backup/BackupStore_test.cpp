@@ -58,9 +58,19 @@ TEST(BackupStore, TakesAFolderOrAPropertyListInOne) {
     EXPECT_EQ(BackupStore::resolveIndex(root / "notes.txt"), root / "notes.txt");
 }
 
-TEST(BackupStore, KnowsTheFolderOfADevice) {
-    EXPECT_TRUE(BackupStore::folderOfDevice("00AAbb").string().ends_with(
-        "/Library/Application Support/MobileSync/Backup/00aabb"));
+TEST(BackupStore, KnowsWhereBackupsUsuallyLie) {
+    const std::string home = std::getenv("HOME");
+    ::setenv("HOME", "/h", 1);
+    ::setenv("APPDATA", "/h/AppData/Roaming", 1);
+    ::setenv("USERPROFILE", "/p", 1);
+    EXPECT_EQ(BackupStore::standardLocation(), "/h/Library/Application Support/MobileSync/Backup/");
+    const std::vector<fs::path> places{BackupStore::standardLocation(),
+                                       "/h/AppData/Roaming/Apple Computer/MobileSync/Backup",
+                                       "/h/Apple/MobileSync/Backup", "/p/Apple/MobileSync/Backup"};
+    EXPECT_EQ(BackupStore::usualLocations(), places);
+    ::unsetenv("APPDATA");
+    ::unsetenv("USERPROFILE");
+    ::setenv("HOME", home.c_str(), 1);
 }
 
 class WorkFolders : public testing::Test {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "backup/CategoryDatabases.h"
+#include "backup/LiveCategories.h"
 #include "backup/ParseMbdb.h"
 #include "tests/support/Digest.h"
 #include "tests/support/SqliteFile.h"
@@ -101,6 +102,17 @@ INSTANTIATE_TEST_SUITE_P(Versions, DatabaseNames,
                                          NamesCase{7, kOldCalls, kNewWords, kNewSafari},
                                          NamesCase{8, kNewCalls, kNewWords, kNewSafari}));
 
+// Deliberate: its size counts as a number of 32 bits.
+TEST_F(Extraction, AWhatsAppFileOf4GiBCountsAsEmpty) {
+    writeWholeFile(backup / kFirstWhatsApp, "x");
+    std::filesystem::resize_file(backup / kFirstWhatsApp, std::uintmax_t{1} << 32);
+    setupDataBase(state);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kSecondWhatsApp);
+    std::filesystem::resize_file(backup / kFirstWhatsApp, (std::uintmax_t{1} << 32) + 1);
+    setupDataBase(state);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kFirstWhatsApp);
+}
+
 // The constants stand for these places.
 TEST_F(Extraction, StoredNamesAreTheDigestsOfTheirPlaces) {
     setupDataBase(state);
@@ -146,6 +158,41 @@ TEST_F(Extraction, OfContactsAloneShowsTheMessagesOfTheScanBefore) {
     extract(3);
     EXPECT_EQ(state.SMSContent.size(), 3u);
     EXPECT_EQ(statuses().back(), "3 3 Contacts Retreived");
+}
+
+TEST_F(Extraction, OfOneCategoryReadsNothingElse) {
+    const std::pair<std::int32_t, std::vector<std::string>> cases[] = {
+        {1, {"0 SMS", "3 0 SMS Retreived"}},
+        {2, {"0 Photos & Videos... "}},
+        {3, {"0 Contacts", "3 0 Contacts Retreived"}},
+        {4, {"0 Call History", "3 0 CallHistory Retreived"}},
+        {5, {"0 WhatsApp", "3 0 WhatsApp Retreived"}},
+        {6, {"0 Notes", "3 0 Notes Retreived"}},
+        {7, {}},
+        {8, {"0 Calendar", "3 0 Calendar Retreived"}},
+        {9, {}},
+    };
+    std::vector<std::string> expected;
+    for (const auto& [code, texts] : cases) {
+        EXPECT_EQ(extract(code), ExtractionResult::Complete);
+        expected.insert(expected.end(), texts.begin(), texts.end());
+        EXPECT_EQ(statuses(), expected) << code;
+    }
+}
+
+// Deleted notes are not among the lists that the recovery begins with empty.
+TEST_F(Extraction, TheRecoveryBeginsWithFiveEmptyLists) {
+    state.DeletedSMS.resize(1);
+    state.DeletedContact.resize(1);
+    state.DeletedCallLog.resize(1);
+    state.DeletedCalendar.resize(1);
+    state.DeletedWhatsApp.resize(1);
+    state.DeletedNotes.resize(1);
+    clearDeletedLists(state);
+    EXPECT_TRUE(state.DeletedSMS.empty() && state.DeletedContact.empty() &&
+                state.DeletedCallLog.empty() && state.DeletedCalendar.empty() &&
+                state.DeletedWhatsApp.empty());
+    EXPECT_EQ(state.DeletedNotes.size(), 1u);
 }
 
 TEST_F(Extraction, ReplacesWhatAnEarlierScanLeft) {

@@ -129,6 +129,21 @@ TEST_F(ScanCommandTest, AnEncryptedBackupIsSaidToBeOne) {
     EXPECT_THAT(ran.err, HasSubstr("\nsalvor: error: " + backup() + ": the manifest says that"));
 }
 
+TEST_F(ScanCommandTest, ABackupWhoseIndexIsADatabaseIsScannedAndSaidToHaveOne) {
+    SampleOptions options;
+    options.nested = true;
+    writeSample(options);
+    fs::rename(folder_ / "backup/Manifest.mbdb", folder_ / "backup/Manifest.db");
+    const auto ran = scan({"--category", "messages"});
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_THAT(ran.out, Not(HasSubstr("Messages      0")));
+    EXPECT_THAT(ran.err,
+                HasSubstr("/Manifest.db: this index is a database, which is not read yet"));
+    const auto index = runSalvor({"index", backup()});
+    EXPECT_EQ(index.status, 3);
+    EXPECT_THAT(index.err, HasSubstr("its index, Manifest.db, is a database"));
+}
+
 TEST_F(ScanCommandTest, AVersionThatIsNotWhereItIsReadCanBeGiven) {
     writeSample({.lockdownOnly = true});
     const auto plain = scan({"--category", "7", "--json", "-"});

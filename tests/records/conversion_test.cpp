@@ -6,6 +6,8 @@
 #include "records/Appointment.h"
 #include "records/CallHistory.h"
 #include "records/Message.h"
+#include "records/Note.h"
+#include "records/NoteBody.h"
 #include "records/RecordContext.h"
 #include "records/SMS.h"
 #include "records/WhatsAppMessage.h"
@@ -284,6 +286,40 @@ TEST_F(Conversions, WhatsAppNumberStandsBeforeTheLastAt) {
         message.ZFromJid = jid;
         message.IsFromMe = true;
         EXPECT_EQ(message.GetZMessageNumberOrEmpty(), number);
+    }
+}
+
+// A semicolon behind "&nbsp" stays: deliberate.
+TEST(NoteBodies, LoseThreeMarksOfTheirHtml) {
+    const std::pair<Text, const char*> cases[] = {
+        {"a&nbsp;b", "a ;b"},        {"a&nbsp&nbspb", "a  b"},
+        {"a<br>b<div>c", "a\nb\nc"}, {"<b>a</b></div><BR>", "<b>a</b></div><BR>"},
+        {"a&<br>nbsp", "a&\nnbsp"},  {std::nullopt, ""},
+    };
+    for (const auto& [content, plain] : cases) {
+        NoteBody body;
+        body.Content = content;
+        EXPECT_EQ(body.plainContent(), plain);
+    }
+}
+
+TEST(NoteBodies, BecomeNotesNamedByTheirBeginning) {
+    const std::pair<Text, Text> cases[] = {
+        {"12345678", "12345678"},
+        {"123456789", "1234567..."},
+        {"", ""},
+        {"\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC",
+         "\u00E4\u00F6\u00FC\u00E4\u00F6\u00FC\u00E4..."},
+        {std::nullopt, std::nullopt},
+    };
+    for (const auto& [content, title] : cases) {
+        const auto body = std::make_shared<NoteBody>();
+        body->Content = content;
+        body->Recovered = content.has_value();
+        const auto note = NoteBody::ParseContentToGetNote(body);
+        EXPECT_EQ(note->Title, title);
+        EXPECT_EQ(note->noteBody, body);
+        EXPECT_EQ(note->Recovered, body->Recovered);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "services/PersonStatement.h"
 #include "services/database/DatabaseNames.h"
 #include "tests/services/CategoryFixture.h"
 
@@ -179,6 +180,12 @@ TEST_F(Contacts, ValuesOfAnotherTypeAndMissingTablesLeaveThePersons) {
     ASSERT_EQ(service.ContactsAll().size(), 1U);
     const Contact& person = *service.ContactsAll()[0];
     EXPECT_EQ(joined({person.FirstName, person.LastName, person.ContactNo1}), "-|5|");
+}
+
+// One column is named twice, as it always was.
+TEST_F(Contacts, ThePersonStatementIsFixedToTheLetter) {
+    EXPECT_THAT(std::string(kPersonStatement),
+                testing::HasSubstr("FirstSort, LastSort, LastSort, datetime(CreationDate"));
 }
 
 // One column less and the statement does not prepare.

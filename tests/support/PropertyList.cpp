@@ -11,12 +11,12 @@ namespace {
 
 using Writer = void (*)(plist_t, char**, std::uint32_t*);
 
-void write(Writer writer, plist_t root, const std::filesystem::path& file) {
+std::string written(Writer writer, plist_t root) {
     char* bytes = nullptr;
     std::uint32_t length = 0;
     writer(root, &bytes, &length);
     const std::unique_ptr<char, decltype(&std::free)> owned(bytes, &std::free);
-    writeWholeFile(file, {bytes, length});
+    return {bytes, length};
 }
 
 void toXml(plist_t root, char** bytes, std::uint32_t* length) {
@@ -89,12 +89,16 @@ PropertyListDictionary& PropertyListDictionary::emptyArray(const std::string& ke
     return set(key, plist_new_array());
 }
 
+std::string PropertyListDictionary::xml() const {
+    return written(&toXml, root_);
+}
+
 void PropertyListDictionary::writeXml(const std::filesystem::path& file) const {
-    write(&toXml, root_, file);
+    writeWholeFile(file, xml());
 }
 
 void PropertyListDictionary::writeBinary(const std::filesystem::path& file) const {
-    write(&toBinary, root_, file);
+    writeWholeFile(file, written(&toBinary, root_));
 }
 
 }  // namespace salvor

@@ -29,6 +29,7 @@ class PropertyListDictionary {
     PropertyListDictionary& array(const std::string& key,
                                   std::vector<PropertyListDictionary> values);
 
+    std::string xml() const;
     void writeXml(const std::filesystem::path& file) const;
     void writeBinary(const std::filesystem::path& file) const;
 

@@ -77,6 +77,61 @@ SampleColumns itemColumns(int ios) {
     return columns;
 }
 
+SampleColumns eventColumns() {
+    return SampleColumns({{"ROWID", "INTEGER PRIMARY KEY AUTOINCREMENT"},
+                          {"summary", "TEXT"},
+                          {"location", "TEXT", std::string("Town Hall")},
+                          {"description", "TEXT"},
+                          {"start_date", "INTEGER"},
+                          {"start_tz", "TEXT", std::string("Europe/Berlin")},
+                          {"end_date", "INTEGER"},
+                          {"all_day", "INTEGER", kZero},
+                          {"calendar_id", "INTEGER", std::int64_t{2}},
+                          {"orig_event_id", "INTEGER", kZero},
+                          {"orig_start_date", "INTEGER"},
+                          {"organizer_id", "INTEGER", kZero},
+                          {"organizer_is_self", "INTEGER", kZero},
+                          {"organizer_external_id", "TEXT"},
+                          {"self_attendee_id", "INTEGER", kZero},
+                          {"status", "INTEGER", kZero},
+                          {"availability", "INTEGER", kZero},
+                          {"privacy_level", "INTEGER", kZero},
+                          {"url", "TEXT"},
+                          {"last_modified", "INTEGER"},
+                          {"sequence_num", "INTEGER", kZero},
+                          {"birthday_id", "INTEGER", std::int64_t{-1}},
+                          {"modified_properties", "INTEGER", std::int64_t{3}},
+                          {"external_tracking_status", "INTEGER", kZero},
+                          {"external_id", "TEXT"},
+                          {"external_mod_tag", "TEXT"},
+                          {"unique_identifier", "TEXT"},
+                          {"external_schedule_id", "TEXT"},
+                          {"external_rep", "BLOB"},
+                          {"response_comment", "TEXT"},
+                          {"hidden", "INTEGER", kZero}});
+}
+
+TruthRow truthOf(const std::string& summary, std::int64_t date) {
+    TruthRow truth;
+    truth.database = sampleStoredName(kDomain, kPath);
+    truth.text = summary;
+    truth.date = date;
+    return truth;
+}
+
+SampleRecord event(SampleFolder& folder, const SampleColumns& columns, std::int64_t number) {
+    const std::int64_t date = sinceReference(folder.device().startOfUse) + number * 43200;
+    const std::string summary = sampleWords(number, 3);
+    auto& random = folder.random();
+    return {columns.row({{"summary", summary},
+                         {"start_date", date},
+                         {"end_date", date + 3600},
+                         {"all_day", std::int64_t{random.chance(10)}},
+                         {"last_modified", date - 5000},
+                         {"unique_identifier", random.uuid()}}),
+            truthOf(summary, date)};
+}
+
 SampleRecord item(SampleFolder& folder, const SampleColumns& columns, std::int64_t number) {
     const std::int64_t date = sinceReference(folder.device().startOfUse) + number * 43200;
     const std::string summary = sampleWords(number, 3);
@@ -90,26 +145,26 @@ SampleRecord item(SampleFolder& folder, const SampleColumns& columns, std::int64
                               {"unique_identifier", random.uuid()},
                               {"UUID", random.uuid()},
                               {"creation_date", static_cast<double>(date) - 9000.5}});
-    record.truth.database = sampleStoredName(kDomain, kPath);
-    record.truth.text = summary;
-    record.truth.date = date;
+    record.truth = truthOf(summary, date);
     return record;
 }
 
 }  // namespace
 
-// iOS 4 kept its events in another table, which nothing here reads.
+// iOS 4 kept its events in another table.
 void writeSampleCalendar(SampleFolder& folder) {
     const int ios = folder.device().ios;
     SqliteFile database(folder.add(kDomain, kPath), sampleLayout(folder));
     database.execute("CREATE TABLE _SqliteDatabaseProperties (key TEXT, value TEXT)");
     database.execute("CREATE TABLE Calendar (ROWID INTEGER PRIMARY KEY, title TEXT)");
-    database.execute("CREATE TABLE Location (ROWID INTEGER PRIMARY KEY, title TEXT)");
-    if (ios == 4) return database.close();
-    const auto columns = itemColumns(ios);
-    columns.create(database, "CalendarItem");
-    SampleTable table(folder, database, "CalendarItem", "ROWID");
-    const auto make = [&](std::int64_t number) { return item(folder, columns, number); };
+    if (ios >= 5) database.execute("CREATE TABLE Location (ROWID INTEGER PRIMARY KEY, title TEXT)");
+    const auto columns = ios >= 5 ? itemColumns(ios) : eventColumns();
+    const char* const name = ios >= 5 ? "CalendarItem" : "Event";
+    columns.create(database, name);
+    SampleTable table(folder, database, name, "ROWID");
+    const auto make = [&](std::int64_t number) {
+        return ios >= 5 ? item(folder, columns, number) : event(folder, columns, number);
+    };
     table.fill(110, make);
     table.deleteSome();
     table.finish(4, make);

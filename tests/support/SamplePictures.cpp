@@ -28,15 +28,16 @@ struct Generation {
     int layoutCode;
     const char* cameraRoll;       ///< domain of library and camera roll
     const char* thumbnailFolder;  ///< below "Media"
+    int leftBehind = -1;          ///< layout code of a library in the older place
 };
 
 constexpr Generation kGenerations[] = {
     {4, 0, "MediaDomain", "PhotoData/100APPLE/"},
-    {5, 3, "CameraRollDomain", "PhotoData/100APPLE/"},
+    {5, 3, "CameraRollDomain", "PhotoData/100APPLE/", 0},
     {6, 1, "CameraRollDomain", "PhotoData/100APPLE/"},
     {7, 2, "CameraRollDomain", "PhotoData/100APPLE/"},
     {8, 4, "CameraRollDomain", "PhotoData/Thumbnails/V2/"},
-    {9, 6, "CameraRollDomain", "PhotoData/Thumbnails/V2/"},
+    {9, 6, "CameraRollDomain", "PhotoData/Thumbnails/V2/", 5},
 };
 
 /// An asset of the library, the kind of its file and how a sweep of all files lists it.
@@ -78,8 +79,9 @@ class PictureWriter {
         }
         writeThumbnails();
         writeLibrary(generation_.cameraRoll, generation_.layoutCode, assets);
-        // An update to iOS 5 left the older library behind; what the computer sent lies in both.
-        if (generation_.ios == 5) writeLibrary("MediaDomain", 0, synchronised);
+        // What the computer sent lies in both libraries.
+        if (generation_.leftBehind >= 0)
+            writeLibrary("MediaDomain", generation_.leftBehind, synchronised);
     }
 
   private:

@@ -24,6 +24,14 @@ class ScanObserver {
     virtual void onTabSelected(int dataType) { (void)dataType; }
     /// 2 is the progress screen, 3 the main screen.
     virtual void onScreen(int screen) { (void)screen; }
+    /// A device with a name has come, or gone.
+    virtual void onDeviceConnected(bool connected) { (void)connected; }
+    /// How far the fresh backup of a device is; `percent` is -1 when its helper does not tell.
+    virtual void onBackupProgress(int percent, const std::string& line) {
+        (void)percent;
+        (void)line;
+    }
+    virtual void onBackupComplete() {}
     /// Anything a person should know that is no status: a file that could not be read, a limit.
     virtual void onWarning(const std::string& text) { (void)text; }
     /// What a person must know even where warnings are unwanted: the scan cannot do its work.

@@ -20,10 +20,17 @@ struct Column {
     std::size_t headerBytes = 1;
 };
 
-std::int64_t rowIdBefore(Bytes store, std::size_t offset, bool& twoBytes) {
-    twoBytes = store[offset - 2] >= kTwoByteVarint;
-    return twoBytes ? CommanFunctions::GetRowID(store[offset - 2], store[offset - 1])
-                    : store[offset - 1];
+struct Number {
+    std::int64_t value = 0;
+    std::size_t bytes = 1;
+};
+
+/// The variable-length integer that ends in front of `end`: of two bytes when the first of these
+/// is 129 or more, of one when it is 128 or less.
+Number numberBefore(Bytes store, std::size_t end) {
+    if (end >= 2 && store[end - 2] >= kTwoByteVarint)
+        return {CommanFunctions::GetRowID(store[end - 2], store[end - 1]), 2};
+    return end >= 1 ? Number{store[end - 1], 1} : Number{};
 }
 
 // Any other type is its own length, so types 5 and 6 count as 5 and 6 bytes: deliberate.
@@ -140,8 +147,9 @@ std::optional<ScannedCall> CallHistoryRecoveryAlgo::scanRecord(Bytes store, std:
         call.values[i] = valueText(store.subspan(position, columns[i].length), schema[i].type);
         position += columns[i].length;
     }
-    bool twoBytes = false;
-    call.values[0] = std::to_string(rowIdBefore(store, offset, twoBytes));
+    const Number rowId = numberBefore(store, offset);
+    call.values[0] = std::to_string(rowId.value);
+    call.payloadLength = numberBefore(store, offset - rowId.bytes).value;
     return call;
 }
 

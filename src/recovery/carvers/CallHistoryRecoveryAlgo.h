@@ -20,6 +20,7 @@ namespace salvor {
 /// `CallLogRecord::ZCALLRECORDSchema` its value as text, absent when it has none.
 struct ScannedCall {
     std::array<Text, 17> values;
+    std::int64_t payloadLength = 0;  ///< as it stands in front of the row id; nothing relies on it
     const Text& value(std::string_view column) const;
 };
 

@@ -160,13 +160,20 @@ TEST_F(CallScanner, ReadsOddLengthsAsItAlwaysDid) {
     // A row id of two bytes, and of one when the byte before it is 128.
     EXPECT_EQ(scan(record(bytes({0x81, 5}), types, values))->value("Z_PK"), "133");
     EXPECT_EQ(scan(record(bytes({0x80, 5}), types, values))->value("Z_PK"), "5");
-    // Type 6 is six bytes long here and eight in a database.
-    auto odd = types;
-    odd[0] = 6;
-    const auto call =
-        scan(record(bytes({1, 1}), odd, bytes({0, 0, 0, 0, 1, 0}) + values.substr(1)));
-    EXPECT_EQ(call->value("Z_ENT"), "256");
-    EXPECT_EQ(call->value("ZADDRESS"), "5551234");
+    // The length of the row stands one or two bytes before it.
+    const std::pair<std::string, int> lengths[] = {
+        {bytes({40, 7}), 40}, {bytes({40, 0x81, 5}), 40}, {bytes({0x82, 1, 7}), 257}};
+    for (const auto& [before, length] : lengths)
+        EXPECT_EQ(scan(record(before, types, values), before.size())->payloadLength, length);
+    // Types 5 and 6 are five and six bytes long here, six and eight in a database.
+    for (const std::size_t type : {5U, 6U}) {
+        auto odd = types;
+        odd[0] = static_cast<char>(type);
+        const std::string entity = std::string(type - 2, '\0') + bytes({1, 0});
+        const auto call = scan(record(bytes({1, 1}), odd, entity + values.substr(1)));
+        EXPECT_EQ(call->value("Z_ENT"), "256");
+        EXPECT_EQ(call->value("ZADDRESS"), "5551234");
+    }
     // A text of two type bytes.
     auto longText = types;
     longText.replace(11, 1, bytes({0x81, 13 + 2 * 30}));

@@ -185,6 +185,13 @@ TEST_F(ContactsCarvers, APersonPassFindsNothing) {
     EXPECT_EQ(state.DeletedContact.size(), 1U);
     EXPECT_EQ(people.RecoveredData.size(), 1U);
 
+    // Neither does one that selects them while no person is left.
+    sql("CREATE TABLE kept AS SELECT * FROM ABPerson; DELETE FROM ABPerson");
+    PersonProbe nobody(state);
+    nobody.setSignature(database);
+    EXPECT_TRUE(nobody.patterns().empty());
+    sql("INSERT INTO ABPerson SELECT * FROM kept");
+
     PersonProbe withPatterns(state);
     withPatterns.setSignature(database);
     withPatterns.DoRecoveryPath(database);
@@ -202,6 +209,19 @@ TEST_F(ContactsCarvers, FillAndFilterMultiValues) {
     EXPECT_EQ(row.Property + row.Identifier + row.Label, 12);
     EXPECT_EQ(row.value, "77");
     EXPECT_EQ(row.Guid, "G");
+    const ContactABMultiValue same = row;
+    EXPECT_TRUE(row.IsEqual(same));
+    for (const auto member : {&ContactABMultiValue::RecordId, &ContactABMultiValue::Property,
+                              &ContactABMultiValue::Identifier, &ContactABMultiValue::Label}) {
+        ContactABMultiValue other = row;
+        ++(other.*member);
+        EXPECT_FALSE(row.IsEqual(other));
+    }
+    for (const auto member : {&ContactABMultiValue::value, &ContactABMultiValue::Guid}) {
+        ContactABMultiValue other = row;
+        other.*member = "other";
+        EXPECT_FALSE(row.IsEqual(other));
+    }
 
     sql("CREATE TABLE ABMultiValue (record_id, property, identifier, value, guid); "
         "INSERT INTO ABMultiValue VALUES (1, 3, 0, 77, 'G'), (2, 3, 0, NULL, 'G')");

@@ -115,6 +115,33 @@ TEST_F(NotesCarvers, BodiesStandInTheFilteredListAtOnce) {
     EXPECT_EQ(state.DeletedNoteCount, 0);
 }
 
+TEST_F(NotesCarvers, BodiesNeedALiveOneAndAreComparedWithoutQuotes) {
+    addSignature(state, "notes.sqlite", "ZNOTEBODY", "[1];[1];[0];[1,2];[-12]",
+                 {{"ZOWNER", 3}, {"ZCONTENT", 4}});
+    sql("CREATE TABLE ZNOTEBODY (Z_PK INTEGER PRIMARY KEY, ZOWNER, ZCONTENT); "
+        "CREATE TABLE gone (Z_PK INTEGER PRIMARY KEY, a, b); INSERT INTO gone VALUES "
+        "(7, 70, 'deleted text'), (8, 80, 'more of it')");
+    sql("DROP TABLE gone");
+    BodiesProbe empty(state);
+    empty.DoRecoveryPath(database);
+    EXPECT_TRUE(empty.RecoveredFiltered.empty());
+    sql("INSERT INTO ZNOTEBODY VALUES (1, 10, 12)");
+    BodiesProbe bodies(state);
+    bodies.DoRecoveryPath(database);
+    EXPECT_EQ(bodies.RecoveredFiltered.size(), 2U);
+
+    bodies.RecoveredFiltered.clear();
+    for (const Text& content : {Text("12"), Text("13"), Text("two words"), Text()}) {
+        bodies.RecoveredData.push_back(std::make_shared<NoteBody>());
+        static_cast<NoteBody&>(*bodies.RecoveredData.back()).Content = content;
+    }
+    bodies.filterMessages();
+    Texts kept;
+    for (const auto& record : bodies.RecoveredFiltered)
+        kept.push_back(dynamic_cast<const NoteBody&>(*record).Content.value_or("-"));
+    EXPECT_EQ(kept, (Texts{"13", "two words", "-"}));
+}
+
 TEST_F(NotesCarvers, TheNoteStoreVariantTakesItsPatternsFromItsOwnTable) {
     addSignature(state, "notes.sqlite", "ZICNOTEDATA", "[1];[1];[0];[1,2];[-12]",
                  {{"ZNOTE", 3}, {"ZDATA", 4}});

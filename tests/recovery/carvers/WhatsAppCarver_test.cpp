@@ -66,15 +66,18 @@ TEST_F(WhatsAppCarver, CarvesWhatIsNeitherLiveNorFoundAlready) {
                  {{"ZISFROMME", 3}, {"ZMessageDate", 4}, {"ZFromJid", 5}, {"ZText", 6}});
     sql("CREATE TABLE gone (Z_PK INTEGER PRIMARY KEY, a, b, c, d); INSERT INTO gone VALUES "
         "(1, 0, 10000000, '1@x', 'still there'), (2, 0, 10000000, '1@x', 'deleted'), "
-        "(3, 0, 10000000, '1@x', 'deleted'), (4, 1, 10000000, '', 'my own')");
-    sql("DROP TABLE gone");
+        "(3, 0, 10000000, '1@x', 'deleted'), (4, 1, 10000000, '', 'my own');"
+        // A row id that was used before: the content decides.
+        "CREATE TABLE later (Z_PK INTEGER PRIMARY KEY, a, b, c, d); INSERT INTO later VALUES "
+        "(4, 0, 10000000, '1@x', 'reused')");
+    sql("DROP TABLE gone; DROP TABLE later");
     state.AllWhatsAppContent = {row("2001-04-26 17:46:40", "1@x", {}, "still there")};
     carver.DoRecoveryPath(database);
     EXPECT_THAT(texts(state.DeletedWhatsApp, &WhatsApp::zText),
-                testing::UnorderedElementsAre("deleted", "my own"));
+                testing::UnorderedElementsAre("deleted", "my own", "reused"));
     EXPECT_EQ(state.DeletedWhatsApp, state.AllDeletedWhatsApp);
-    EXPECT_EQ(state.DeletedWhatsAppCount, 2);
-    EXPECT_EQ(carver.RecoveredFiltered.size(), 2U);
+    EXPECT_EQ(state.DeletedWhatsAppCount, 3);
+    EXPECT_EQ(carver.RecoveredFiltered.size(), 3U);
 
     state.recoverySignatures = std::make_shared<SqLiteTableSignatures>();
     state.AllDeletedWhatsApp.clear();

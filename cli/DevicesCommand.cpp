@@ -1,0 +1,100 @@
+#include <stop_token>
+#include <vector>
+
+#include "cli/Command.h"
+#include "cli/ConnectedDevices.h"
+#include "cli/Interrupts.h"
+#include "cli/JsonText.h"
+#include "cli/TextTable.h"
+#include "device/UsbDeviceFramework.h"
+#include "export/RecordJson.h"
+
+namespace salvor::cli {
+namespace {
+
+Json jsonOf(const Text& text) {
+    return text ? Json(*text) : Json();
+}
+
+void writeJson(const std::vector<DeviceSummary>& devices, std::ostream& out) {
+    auto array = Json::array();
+    for (const auto& one : devices)
+        array.push_back({{"DeviceName", jsonOf(one.DeviceName)},
+                         {"UniqueDeviceID", jsonOf(one.UniqueDeviceID)},
+                         {"ProductType", jsonOf(one.ProductType)},
+                         {"ProductVersion", jsonOf(one.ProductVersion)}});
+    out << jsonText(array);
+}
+
+void writeText(const std::vector<DeviceSummary>& devices, std::ostream& out) {
+    using enum TextTable::Align;
+    TextTable table({Left, Left, Left, Left});
+    table.add({"Device", "Type", "iOS", "Identifier"});
+    for (const auto& one : devices)
+        table.add({one.DeviceName.value_or("-"), one.ProductType.value_or("-"),
+                   one.ProductVersion.value_or("-"), one.UniqueDeviceID.value_or("-")});
+    table.write(out);
+}
+
+class DevicesCommand : public Command {
+  public:
+    const CommandTable& table() const override {
+        static const CommandTable kTable{"devices",
+                                         "Lists the devices that are connected.",
+                                         {},
+                                         {{"--json", nullptr, "print a JSON array"}},
+                                         "A device is read only if it trusts this computer; the "
+                                         "first time it asks for that on its screen."};
+        return kTable;
+    }
+
+    ExitStatus execute(const Arguments& given, Console& console) const override {
+        std::stop_source stop;
+        const Interrupts interrupts([&stop] { stop.request_stop(); });
+        MobileDeviceAccess access(std::make_unique<UsbDeviceFramework>());
+        access.framework().endWith(stop.get_token());
+        DeviceListener nobody;
+        access.setListener(&nobody);
+        const auto search = searchDevices(access, stop.get_token());
+        requireDaemon(search);
+        std::vector<DeviceSummary> devices;
+        for (const auto& device : access.devices()) devices.push_back(describeDevice(*device));
+        if (Interrupts::happened()) return ExitStatus::Cancelled;
+        show(devices, given.has("--json"), search.attached.empty(), console);
+        return reportTrouble(devices, access.unreachable(), console);
+    }
+
+  private:
+    static void show(const std::vector<DeviceSummary>& devices, bool json, bool none,
+                     Console& console) {
+        if (json) {
+            writeJson(devices, console.out);
+        } else if (!devices.empty()) {
+            writeText(devices, console.out);
+        } else if (none) {
+            console.err << "No device is connected.\n";
+        }
+    }
+
+    static ExitStatus reportTrouble(const std::vector<DeviceSummary>& devices,
+                                    const std::vector<MobileDeviceAccess::Unreachable>& unreachable,
+                                    const Console& console) {
+        auto status = ExitStatus::Done;
+        const auto tell = [&](const std::string& name, AMDStatus why) {
+            console.error(troubleText(name, why));
+            status = ExitStatus::NoDevice;
+        };
+        for (const auto& one : devices)
+            if (one.session != kAMDSuccess) tell(nameOf(one), one.session);
+        for (const auto& one : unreachable) tell("a connected device", one.status);
+        return status;
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeDevicesCommand() {
+    return std::make_unique<DevicesCommand>();
+}
+
+}  // namespace salvor::cli

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <span>
+#include <stop_token>
+#include <string>
+
+#include "device/AMDStatus.h"
+#include "util/Bytes.h"
+
+namespace salvor {
+
+struct PairRecord;
+
+/// A stream of bytes to a service of a device: a connected socket, later a TLS layer over it.
+/// Every operation ends with `kAMDTimedOut` at the deadline, with `kAMDCancelled` soon after the
+/// stop token is asked for, and with `kAMDHungUp` when the other side goes.
+class ByteLink {
+  public:
+    using Deadline = std::chrono::steady_clock::time_point;
+
+    /// Takes the socket over.
+    ByteLink(int fd, std::stop_token stop);
+    ByteLink(const ByteLink&) = delete;
+    ByteLink& operator=(const ByteLink&) = delete;
+    ~ByteLink();
+
+    AMDStatus sendAll(Bytes data, Deadline deadline);
+    /// Fills `data` whole.
+    AMDStatus receiveAll(std::span<std::byte> data, Deadline deadline);
+    /// Encrypts what follows; the record names this computer and the device to each other.
+    AMDStatus startTls(const PairRecord& record, Deadline deadline);
+    bool encrypted() const { return tls_ != nullptr; }
+
+  private:
+    struct Tls;
+    AMDStatus waitFor(short events, Deadline deadline) const;
+    template <class Operation>
+    AMDStatus drive(Operation operation, Deadline deadline);
+
+    int fd_;
+    std::stop_token stop_;
+    std::unique_ptr<Tls> tls_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,125 @@
+#include "device/ChildProcess.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it to the caller
+
+namespace salvor {
+namespace {
+
+/// Both ends of a pipe, closed unless taken.
+class Pipe {
+  public:
+    Pipe() {
+        if (::pipe2(ends_.data(), O_CLOEXEC) != 0)
+            throw std::system_error(errno, std::generic_category(), "a pipe");
+        ::fcntl(ends_[0], F_SETFL, O_NONBLOCK);
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        for (const int end : ends_) {
+            if (end >= 0) ::close(end);
+        }
+    }
+
+    int writingEnd() const { return ends_[1]; }
+    int takeReadingEnd() {
+        const int end = ends_[0];
+        ends_[0] = -1;
+        return end;
+    }
+
+  private:
+    std::array<int, 2> ends_{-1, -1};
+};
+
+/// Default signals, nothing blocked, a group of its own.
+class Attributes {
+  public:
+    Attributes() {
+        posix_spawnattr_init(&value_);
+        sigset_t all;
+        sigset_t none;
+        sigfillset(&all);
+        sigemptyset(&none);
+        posix_spawnattr_setsigdefault(&value_, &all);
+        posix_spawnattr_setsigmask(&value_, &none);
+        posix_spawnattr_setpgroup(&value_, 0);
+        posix_spawnattr_setflags(
+            &value_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
+    }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+    ~Attributes() { posix_spawnattr_destroy(&value_); }
+    const posix_spawnattr_t* get() const { return &value_; }
+
+  private:
+    posix_spawnattr_t value_{};
+};
+
+class FileActions {
+  public:
+    FileActions(int output, int errors) {
+        posix_spawn_file_actions_init(&value_);
+        posix_spawn_file_actions_addopen(&value_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&value_, output, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&value_, errors, STDERR_FILENO);
+    }
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+    ~FileActions() { posix_spawn_file_actions_destroy(&value_); }
+    const posix_spawn_file_actions_t* get() const { return &value_; }
+
+  private:
+    posix_spawn_file_actions_t value_{};
+};
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& words) {
+    if (words.empty()) throw std::system_error(EINVAL, std::generic_category(), "no program");
+    std::vector<std::string> copies = words;
+    std::vector<char*> arguments;
+    for (auto& word : copies) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    Pipe output;
+    Pipe errors;
+    const FileActions actions(output.writingEnd(), errors.writingEnd());
+    const Attributes attributes;
+    const int failed = ::posix_spawnp(&pid_, arguments.front(), actions.get(), attributes.get(),
+                                      arguments.data(), environ);
+    if (failed != 0) throw std::system_error(failed, std::generic_category(), words.front());
+    output_ = output.takeReadingEnd();
+    errors_ = errors.takeReadingEnd();
+}
+
+ChildProcess::~ChildProcess() {
+    signal(SIGKILL);
+    int status = 0;
+    while (!ended_ && ::waitpid(pid_, &status, 0) < 0 && errno == EINTR) continue;
+    ::close(output_);
+    ::close(errors_);
+}
+
+std::optional<ChildProcess::Ended> ChildProcess::ended() {
+    int status = 0;
+    if (ended_ || ::waitpid(pid_, &status, WNOHANG) != pid_) return ended_;
+    ended_.emplace();
+    if (WIFEXITED(status)) ended_->exitStatus = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) ended_->signal = WTERMSIG(status);
+    return ended_;
+}
+
+void ChildProcess::signal(int number) {
+    if (!ended_) ::kill(-pid_, number);
+}
+
+}  // namespace salvor

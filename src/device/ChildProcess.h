@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace salvor {
+
+/// A program that runs beside this one, in a process group of its own: keys that a person presses
+/// for this program do not reach it. It reads nothing; what it writes comes through two pipes.
+/// Destroying the object ends the program and what it has started.
+class ChildProcess {
+  public:
+    /// How it ended: one of the two is set.
+    struct Ended {
+        std::optional<int> exitStatus;
+        std::optional<int> signal;
+    };
+
+    /// `words` begins with the program, looked up along PATH. Throws `std::system_error`, naming
+    /// the program, when it cannot be started.
+    explicit ChildProcess(const std::vector<std::string>& words);
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess();
+
+    /// The reading ends of its standard output and standard error; they do not block.
+    int output() const { return output_; }
+    int errors() const { return errors_; }
+
+    /// How it ended, or nothing while it runs.
+    std::optional<Ended> ended();
+    /// Sends a signal to it and to what it has started.
+    void signal(int number);
+
+  private:
+    pid_t pid_ = -1;
+    int output_ = -1;
+    int errors_ = -1;
+    std::optional<Ended> ended_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stop_token>
+
+#include "device/AMDStatus.h"
+#include "device/RunLoop.h"
+#include "util/PropertyList.h"
+
+namespace salvor {
+
+/// A device as the framework knows it, from its arrival to its removal; 0 is none.
+using AMDeviceRef = std::uint64_t;
+using AMDeviceNotificationRef = std::uint64_t;
+
+/// What has happened to a device.
+enum class AMDeviceMessage : std::uint32_t { Connected = 1, Disconnected = 2, Unsubscribed = 3 };
+
+struct AMDeviceNotificationInfo {
+    AMDeviceRef device = 0;
+    AMDeviceMessage message = AMDeviceMessage::Connected;
+};
+
+using AMDeviceNotificationCallback = void (*)(const AMDeviceNotificationInfo&, void* context);
+
+/// One property-list value of a device, or all values of a domain.
+class AMDeviceValue {
+  public:
+    /// `answer` holds the value under "Value".
+    explicit AMDeviceValue(PropertyList answer) : answer_(std::move(answer)) {}
+
+    Text text() const { return answer_.scalar("Value"); }
+    std::optional<bool> boolean() const { return answer_.boolean("Value"); }
+    PropertyList dictionary() const { return answer_.dictionary("Value"); }
+
+  private:
+    PropertyList answer_;
+};
+
+/// The operations of the platform's device framework that Salvor needs, under their own names. All
+/// are called on one thread, the one that runs `runLoop`; notifications are delivered there.
+class MobileDeviceFramework {
+  public:
+    MobileDeviceFramework() = default;
+    MobileDeviceFramework(const MobileDeviceFramework&) = delete;
+    MobileDeviceFramework& operator=(const MobileDeviceFramework&) = delete;
+    virtual ~MobileDeviceFramework() = default;
+
+    /// Calls `callback` with `context` for every arrival and removal from now on; devices that are
+    /// there already arrive first. The two zeros belong to the framework's form.
+    virtual AMDStatus AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
+                                                    std::uint32_t zero, std::uint32_t otherZero,
+                                                    void* context,
+                                                    AMDeviceNotificationRef* notification) = 0;
+    virtual AMDStatus AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef notification) = 0;
+    virtual AMDStatus AMDeviceConnect(AMDeviceRef device) = 0;
+    virtual AMDStatus AMDeviceDisconnect(AMDeviceRef device) = 0;
+    virtual AMDStatus AMDeviceStartSession(AMDeviceRef device) = 0;
+    virtual AMDStatus AMDeviceStopSession(AMDeviceRef device) = 0;
+    /// A value of the default domain when `domain` is null; all values when `key` is null. Nothing
+    /// when the device has none or does not answer.
+    virtual std::optional<AMDeviceValue> AMDeviceCopyValue(AMDeviceRef device, const char* domain,
+                                                           const char* key) = 0;
+
+    /// Operations that wait for a device end soon after `stop` is asked for.
+    virtual void endWith(std::stop_token stop) = 0;
+
+    RunLoop& runLoop() { return runLoop_; }
+
+  private:
+    RunLoop runLoop_;
+};
+
+}  // namespace salvor

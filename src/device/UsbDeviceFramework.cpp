@@ -1,0 +1,171 @@
+#include "device/UsbDeviceFramework.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <usbmuxd.h>
+#include <utility>
+
+#include "device/PairRecord.h"
+#include "device/Pairing.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kAddressVariable = "USBMUXD_SOCKET_ADDRESS";
+constexpr AMDeviceNotificationRef kTheSubscription = 1;
+
+/// The value that the multiplexer knows itself, in the form of a device's answer.
+AMDeviceValue valueOf(const std::string& text) {
+    const auto request = lockdownRequest({{"Value", text}});
+    return AMDeviceValue(PropertyList::parse(Bytes(request).subspan(4)));
+}
+
+}  // namespace
+
+UsbDeviceFramework::UsbDeviceFramework(DeviceLimits limits) : limits_(limits) {
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+UsbDeviceFramework::~UsbDeviceFramework() {
+    AMDeviceNotificationUnsubscribe(kTheSubscription);
+}
+
+std::string UsbDeviceFramework::daemonAddress() {
+    const char* given = std::getenv(kAddressVariable);
+    return given != nullptr && *given != '\0' ? given : "/var/run/usbmuxd";
+}
+
+AMDStatus UsbDeviceFramework::attachedDevices(std::vector<std::string>& udids) {
+    std::vector<AttachedDevice> devices;
+    const AMDStatus status = listAttachedDevices(devices);
+    for (auto& device : devices) udids.push_back(std::move(device.udid));
+    return status;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
+                                                            std::uint32_t, std::uint32_t,
+                                                            void* context,
+                                                            AMDeviceNotificationRef* notification) {
+    if (watch_ || callback == nullptr) return kAMDUnknownError;
+    callback_ = callback;
+    context_ = context;
+    DeviceWatch::Told told;
+    told.arrived = [this](const AttachedDevice& one) {
+        runLoop().offer([=, this] { arrived(one); });
+    };
+    told.left = [this](const AttachedDevice& one) { runLoop().offer([=, this] { left(one); }); };
+    watch_ = std::make_unique<DeviceWatch>(std::move(told), limits_.betweenLooks);
+    *notification = kTheSubscription;
+    return kAMDSuccess;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef) {
+    watch_.reset();
+    callback_ = nullptr;
+    return kAMDSuccess;
+}
+
+void UsbDeviceFramework::tell(AMDeviceRef device, AMDeviceMessage message) {
+    if (callback_ != nullptr) callback_({device, message}, context_);
+}
+
+void UsbDeviceFramework::arrived(const AttachedDevice& attached) {
+    const AMDeviceRef device = ++last_;
+    devices_[device].device = attached;
+    tell(device, AMDeviceMessage::Connected);
+}
+
+void UsbDeviceFramework::left(const AttachedDevice& attached) {
+    const auto found = std::find_if(devices_.begin(), devices_.end(),
+                                    [&](const auto& one) { return one.second.device == attached; });
+    if (found == devices_.end()) return;
+    const AMDeviceRef device = found->first;
+    devices_.erase(found);
+    tell(device, AMDeviceMessage::Disconnected);
+}
+
+UsbDeviceFramework::Attached* UsbDeviceFramework::find(AMDeviceRef device) {
+    const auto found = devices_.find(device);
+    return found == devices_.end() ? nullptr : &found->second;
+}
+
+AMDStatus UsbDeviceFramework::open(Attached& device) {
+    const int fd = usbmuxd_connect(device.device.handle, LockdownClient::kPort);
+    if (fd < 0) return kAMDNotConnected;
+    auto lockdown =
+        std::make_unique<LockdownClient>(std::make_unique<ByteLink>(fd, stop_), limits_);
+    if (const AMDStatus failed = lockdown->queryType()) return failed;
+    device.lockdown = std::move(lockdown);
+    return kAMDSuccess;
+}
+
+void UsbDeviceFramework::dropSpent(Attached& device, AMDStatus status) {
+    if (!device.lockdown->spent()) return;
+    device.lockdown.reset();  // what follows gets a link of its own
+    device.ended = status == kAMDSuccess ? kAMDNotConnected : status;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceConnect(AMDeviceRef device) {
+    Attached* attached = find(device);
+    if (attached == nullptr) return kAMDNoDevice;
+    const AMDStatus status = open(*attached);
+    attached->wanted = status == kAMDSuccess;
+    return status;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceDisconnect(AMDeviceRef device) {
+    if (Attached* attached = find(device)) {
+        attached->lockdown.reset();
+        attached->wanted = false;
+    }
+    return kAMDSuccess;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceStartSession(AMDeviceRef device) {
+    Attached* attached = find(device);
+    if (attached == nullptr) return kAMDNoDevice;
+    if (!attached->wanted) return kAMDNotConnected;
+    auto record = PairRecord::ofDevice(attached->device.udid);
+    if (!record) {
+        const AMDStatus failed = pairWithDevice(attached->device.udid, limits_.pairingTime, stop_);
+        if (failed != kAMDSuccess) return failed;
+        record = PairRecord::ofDevice(attached->device.udid);
+        if (!record) return kAMDMissingPairRecord;
+    }
+    if (!attached->lockdown) {
+        if (const AMDStatus failed = open(*attached)) return failed;
+    }
+    const AMDStatus status = attached->lockdown->startSession(*record);
+    dropSpent(*attached, status);
+    return status;
+}
+
+AMDStatus UsbDeviceFramework::AMDeviceStopSession(AMDeviceRef device) {
+    Attached* attached = find(device);
+    if (attached == nullptr) return kAMDNoDevice;
+    if (!attached->lockdown) return attached->ended;
+    const AMDStatus status = attached->lockdown->stopSession();
+    dropSpent(*attached, status);
+    return status;
+}
+
+std::optional<AMDeviceValue> UsbDeviceFramework::AMDeviceCopyValue(AMDeviceRef device,
+                                                                   const char* domain,
+                                                                   const char* key) {
+    Attached* attached = find(device);
+    if (attached == nullptr || !attached->wanted) return std::nullopt;
+    if (!attached->lockdown && open(*attached) != kAMDSuccess) return std::nullopt;
+    PropertyList answer;
+    const AMDStatus status = attached->lockdown->getValue(domain, key, answer);
+    dropSpent(*attached, status);
+    if (status == kAMDSuccess && answer.has("Value")) return AMDeviceValue(std::move(answer));
+    // Newer devices tell their identifier to computers that they trust alone.
+    const bool isIdentifier =
+        domain == nullptr && key != nullptr && std::string_view(key) == "UniqueDeviceID";
+    return isIdentifier && !attached->device.udid.empty()
+               ? std::optional(valueOf(attached->device.udid))
+               : std::nullopt;
+}
+
+}  // namespace salvor

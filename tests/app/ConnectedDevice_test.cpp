@@ -1,0 +1,252 @@
+#include <atomic>
+#include <gmock/gmock.h>
+
+#include "app/SalvorAppDelegate.h"
+#include "tests/device/FakeFramework.h"
+#include "tests/support/Digest.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr auto kUdid = "00AAbb";
+constexpr auto kFolder = "00aabb";
+
+class NoServices : public ServiceRunner {
+  public:
+    void setDevice(const DeviceInfo&) override {}
+    void StartRecoveryofService(int, std::stop_token) override {}
+};
+
+class ConnectedDevice : public testing::Test, public ScanObserver, public FreshBackupQuestions {
+  protected:
+    ConnectedDevice() {
+        app.setWorkFolder(folder / "work");
+        app.loadRecoverySignatures(SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml");
+        useHelper("exit 0");
+        app.listenForDevices(access);
+        phone = &framework->add(1, "Phone", kUdid);
+        phone->values["- ProductVersion"] = "7.1.2";
+    }
+
+    /// `script` finds the identifier in $1 and the folder of all backups in $2.
+    void useHelper(const std::string& script) {
+        BackupHelper helper;
+        helper.words = {"sh", "-c", script, "helper", "{udid}", "{folder}"};
+        app.setFreshBackup({root, helper}, this);
+    }
+    void plugIn(AMDeviceRef device = 1) { framework->happens(AMDeviceMessage::Connected, device); }
+    void pullOut(AMDeviceRef device = 1) {
+        framework->happens(AMDeviceMessage::Disconnected, device);
+    }
+    void writeManifest(const std::string& topLevelVersion) const {
+        PropertyListDictionary manifest;
+        manifest.boolean("IsEncrypted", true);
+        if (!topLevelVersion.empty()) manifest.text("ProductVersion", topLevelVersion);
+        fs::create_directories(root / kFolder);
+        manifest.writeXml(root / kFolder / "Manifest.plist");
+    }
+
+    void onDeviceConnected(bool connected) override {
+        events.push_back(connected ? "connected" : "gone");
+    }
+    void onBackupComplete() override { events.push_back("complete"); }
+    void onScreen(int screen) override { screens.push_back(screen); }
+    bool tryAgain(const std::string& text) override {
+        events.push_back(text);
+        return answers-- > 0;
+    }
+    bool continueAnyway(const std::string& text) override {
+        events.push_back(text);
+        return answers-- > 0;
+    }
+
+    TempFolder folder;
+    fs::path root = folder / "backups";
+    std::vector<std::string> events;
+    std::vector<int> screens;
+    int answers = 0;  ///< questions that are answered Yes
+    FakeFramework* framework = new FakeFramework;
+    MobileDeviceAccess access{std::unique_ptr<MobileDeviceFramework>(framework)};
+    SalvorAppDelegate app{this, [](ScanState&) { return std::make_unique<NoServices>(); }};
+    FakeFramework::Device* phone = nullptr;
+    const DeviceInfo& described = app.state().deviceInfo;
+};
+
+TEST_F(ConnectedDevice, IsDescribedByItsValues) {
+    phone->values["- SerialNumber"] = "S1";
+    phone->values["- ProductType"] = "iPhone5,1";
+    phone->values["- FirmwareVersion"] = "iBoot";
+    phone->values["- InternationalMobileEquipmentIdentity"] = "990";
+    plugIn();
+    EXPECT_TRUE(app.getInfoFromDeviceOrBackup());
+    EXPECT_EQ(described.DeviceName, "Phone");
+    EXPECT_EQ(described.UniqueDeviceID, kFolder);
+    EXPECT_EQ(described.SerialNumber, "S1");
+    EXPECT_EQ(described.ProductType, "iPhone5,1");
+    EXPECT_EQ(described.FirmwareVersion, "iBoot");
+    EXPECT_EQ(described.IMEI, "990");
+    EXPECT_EQ(described.IMSI, "") << "kept as reset when the device returns none";
+    EXPECT_EQ(described.PhoneNumber, std::nullopt);
+    EXPECT_EQ(described.AssignSize, "N/A");
+    EXPECT_EQ(described.BackupDate, "N/A");
+    EXPECT_TRUE(described.Connected);
+    EXPECT_EQ(described.iOSMajorVersion, 7);
+    EXPECT_EQ(described.iOSMinorVersion, 1);
+    EXPECT_EQ(app.state().BACKUP_DIRECTORY, (root / kFolder).string());
+    EXPECT_EQ(described.BackupLocation, app.state().BACKUP_DIRECTORY);
+    EXPECT_EQ(app.state()._deviceInfoBackup->UniqueDeviceID, kFolder);
+    EXPECT_FALSE(access.devices()[0]->connected());
+}
+
+TEST_F(ConnectedDevice, IsKnownToBeEncryptedByAManifestWithoutVersion) {
+    plugIn();
+    writeManifest("7.1");
+    app.getInfoFromDevice();
+    EXPECT_FALSE(described.knownIfEncrypted);
+    writeManifest("");
+    app.getInfoFromDevice();
+    EXPECT_TRUE(described.knownIfEncrypted);
+    EXPECT_TRUE(described.isEncrypted);
+}
+
+TEST_F(ConnectedDevice, ThatIsNoneGivesNoDescription) {
+    app.state().BACKUP_DIRECTORY = "before";
+    EXPECT_FALSE(app.getInfoFromDevice());
+    EXPECT_EQ(described.DeviceName, "") << "an empty name counts as one";
+    EXPECT_FALSE(described.Connected);
+    EXPECT_EQ(app.state().BACKUP_DIRECTORY, "before");
+    // One that does not answer has no version and no name, which is not complete either.
+    plugIn();
+    phone->failing["StartSession"] = kAMDPasswordProtected;
+    EXPECT_FALSE(app.getInfoFromDevice());
+    EXPECT_EQ(described.DeviceName, std::nullopt);
+    EXPECT_TRUE(described.Connected);
+}
+
+TEST_F(ConnectedDevice, IsTheNamedOneThatCameLastOrTheFirstThatIsWholeWithoutAny) {
+    framework->devices[2].values = {{"- UniqueDeviceID", "nameless"}};
+    framework->devices[3].values = {{"- DeviceName", "without identifier"}};
+    for (const AMDeviceRef device : {2U, 3U, 1U, 2U}) plugIn(device);
+    EXPECT_EQ(app.mDevice()->deviceName(), "Phone");
+    EXPECT_THAT(events, ElementsAre("connected", "connected"));
+    app.chooseDevice(nullptr);
+    app.getInfoFromDevice();
+    EXPECT_EQ(app.mDevice()->deviceName(), "Phone");
+    app.chooseDevice(access.devices()[1]);
+    app.getInfoFromDevice();
+    EXPECT_EQ(described.DeviceName, "without identifier");
+}
+
+// Deliberate: the mark goes although another device is still there.
+TEST_F(ConnectedDevice, ThatGoesTurnsToBackups) {
+    framework->add(2, "Tablet", "22");
+    plugIn(1);
+    plugIn(2);
+    app.getInfoFromDevice();
+    app.state().RecoverType = 0;
+    pullOut(2);
+    EXPECT_EQ(app.state().RecoverType, 1);
+    EXPECT_FALSE(described.Connected);
+    EXPECT_EQ(app.mDevice()->deviceName(), "Tablet");
+    EXPECT_THAT(events, ElementsAre("connected", "connected", "gone"));
+    fs::create_directories(folder / "chosen");
+    app.state().BACKUP_DIRECTORY = folder / "chosen";
+    app.getInfoFromDeviceOrBackup();
+    EXPECT_EQ(described.BackupLocation, (folder / "chosen").string());
+}
+
+TEST_F(ConnectedDevice, IsBackedUpOnceAtATimeAndThenScanned) {
+    useHelper("mkdir \"$2/$1\" && touch \"$2/$1/Info.plist\"");
+    plugIn();
+    EXPECT_TRUE(app.BackupAgent(kUdid, dataTypeHolder{4, ""}));
+    EXPECT_FALSE(app.BackupAgent(kUdid));
+    const auto backup = app.waitForBackup();
+    EXPECT_EQ(backup.end, FreshBackupEnd::Complete);
+    EXPECT_EQ(backup.folder, root / kUdid) << "as the helper named it";
+    app.waitForScan();
+    EXPECT_EQ(app.state().RecoverType, 0);
+    EXPECT_EQ(app.state().BACKUP_DIRECTORY, backup.folder.string());
+    EXPECT_TRUE(app.state().hasDoneScan);
+    EXPECT_THAT(events, ElementsAre("connected", "complete"));
+    EXPECT_THAT(screens, ElementsAre(2, 2, 3));
+}
+
+struct EndCase {
+    const char* script;
+    int yes;  ///< questions answered Yes
+    FreshBackupEnd end;
+    std::optional<int> status;
+    std::size_t questions;
+};
+
+TEST_F(ConnectedDevice, RefusesWithOneAndIsOtherwiseTakenForBackedUp) {
+    plugIn();
+    const EndCase cases[] = {
+        {"exit 0", 0, FreshBackupEnd::Complete, 0, 0},
+        {"exit 1", 0, FreshBackupEnd::Refused, 1, 1},
+        {"exit 1", 2, FreshBackupEnd::Refused, 1, 3},
+        {"[ -e \"$2/seen\" ] || { touch \"$2/seen\"; exit 1; }", 5, FreshBackupEnd::Complete, 0, 1},
+        {"exit 255", 0, FreshBackupEnd::Complete, 255, 0},
+        {"kill -HUP $$", 0, FreshBackupEnd::Complete, std::nullopt, 0},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.script);
+        events.clear();
+        useHelper(one.script);
+        answers = one.yes;
+        app.BackupAgent(kUdid);
+        const auto backup = app.waitForBackup();
+        EXPECT_EQ(backup.end, one.end);
+        EXPECT_EQ(backup.task.exitStatus, one.status);
+        EXPECT_EQ(std::count(events.begin(), events.end(), kPasscodeQuestion),
+                  static_cast<std::ptrdiff_t>(one.questions));
+    }
+}
+
+TEST_F(ConnectedDevice, ThatIsGoneAfterItsBackupIsAskedAbout) {
+    useHelper("exit 1");
+    plugIn();
+    pullOut();
+    events.clear();
+    app.BackupAgent(kUdid);
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::MissingPropertyLists);
+    answers = 1;
+    app.BackupAgent(kUdid);
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Complete);
+    EXPECT_EQ(app.state().BACKUP_DIRECTORY, (root / kFolder).string());
+    EXPECT_THAT(events, ElementsAre(kMissingPropertyListsAfterBackup,
+                                    kMissingPropertyListsAfterBackup, "complete"));
+}
+
+TEST_F(ConnectedDevice, CanDoWithoutAHelperThatIsNotThere) {
+    plugIn();
+    BackupHelper helper;
+    helper.words = {"no-such-helper"};
+    app.setFreshBackup({root, helper}, this);
+    app.BackupAgent(kUdid);
+    const auto backup = app.waitForBackup();
+    EXPECT_EQ(backup.end, FreshBackupEnd::NotStarted);
+    EXPECT_EQ(backup.task.startFailure, "no-such-helper: No such file or directory");
+}
+
+TEST_F(ConnectedDevice, BackupEndsWhenItIsCancelled) {
+    useHelper(
+        "trap 'touch \"$2/asked\"; exit 0' TERM; touch \"$2/begun\"; while :; do sleep 0.01; done");
+    plugIn();
+    app.BackupAgent(kUdid);
+    const std::jthread person([this] {
+        while (!fs::exists(root / "begun"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        app.cancel();
+    });
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Cancelled);
+    EXPECT_TRUE(fs::exists(root / "asked"));
+}
+
+}  // namespace
+}  // namespace salvor

@@ -1,0 +1,203 @@
+#include <cstdlib>
+#include <filesystem>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include "tests/cli/CommandLine.h"
+#include "tests/support/Digest.h"
+#include "tests/support/HashTree.h"
+#include "tests/support/MuxDaemon.h"
+#include "tests/support/SampleBackup.h"
+#include "tests/support/TempFolder.h"
+
+namespace salvor::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr auto kUdid = "00008020-001D2D88ABCDEF01";
+
+/// The program beside a multiplexer daemon with a telephone behind it.
+class DeviceCommands : public testing::Test {
+  protected:
+    DeviceCommands() {
+        ::setenv("USBMUXD_SOCKET_ADDRESS", daemon.address().c_str(), 1);
+        phone = telephone(kUdid, "Anna's iPhone");
+    }
+    ~DeviceCommands() override { ::unsetenv("USBMUXD_SOCKET_ADDRESS"); }
+
+    static std::shared_ptr<StandInDevice> telephone(const std::string& udid,
+                                                    const std::string& name) {
+        auto made = std::make_shared<StandInDevice>(udid, name);
+        made->values["ProductType"] = std::string("iPhone5,1");
+        made->values["ProductVersion"] = std::string("7.1.2");
+        return made;
+    }
+    void plugIn() {
+        daemon.keepPairRecord(kUdid, phone->pairRecord());
+        daemon.plugIn(1, phone);
+    }
+    /// The words of a backup by a script that finds the identifier in $1 and the folder in $2.
+    std::vector<std::string> backup(const std::string& script) {
+        writeWholeFile(folder / "helper", script);
+        return {"backup",   kUdid,
+                "--root",   root.string(),
+                "--helper", fmt::format("sh {} {{udid}} {{folder}}", (folder / "helper").string())};
+    }
+    CommandLine runBackup(const std::string& script, const std::vector<std::string>& more = {}) {
+        auto words = backup(script);
+        words.insert(words.end(), more.begin(), more.end());
+        return runSalvor(words);
+    }
+
+    TempFolder folder;
+    fs::path root = folder / "backups";
+    MuxDaemon daemon;
+    std::shared_ptr<StandInDevice> phone;
+};
+
+TEST_F(DeviceCommands, SayWhenNoDaemonRuns) {
+    daemon.stop();
+    for (const auto& words : {std::vector<std::string>{"devices"}, backup("exit 0")}) {
+        const auto run = runSalvor(words);
+        EXPECT_EQ(run.status, 6);
+        EXPECT_EQ(run.out, "");
+        EXPECT_THAT(run.err, HasSubstr("no multiplexer daemon answers there; install and start"));
+    }
+    EXPECT_FALSE(fs::exists(root));
+}
+
+TEST_F(DeviceCommands, ListWhatIsConnected) {
+    auto run = runSalvor({"devices"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "No device is connected.\n");
+    EXPECT_EQ(runSalvor({"devices", "--json"}).out, "[]\n");
+
+    plugIn();
+    run = runSalvor({"devices"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out,
+              "Device         Type       iOS    Identifier\n"
+              "Anna's iPhone  iPhone5,1  7.1.2  00008020-001D2D88ABCDEF01\n");
+    const auto list = nlohmann::json::parse(runSalvor({"devices", "--json"}).out);
+    EXPECT_EQ(list, nlohmann::json::parse(
+                        R"([{"DeviceName": "Anna's iPhone", "ProductType": "iPhone5,1",
+                             "UniqueDeviceID": "00008020-001D2D88ABCDEF01",
+                             "ProductVersion": "7.1.2"}])"));
+}
+
+TEST_F(DeviceCommands, TellWhatADeviceWants) {
+    phone->errors["StartSession"] = "PasswordProtected";
+    plugIn();
+    auto run = runSalvor({"devices"});
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.out, HasSubstr("Anna's iPhone  -"));
+    EXPECT_THAT(run.err,
+                HasSubstr("Anna's iPhone (00008020-001D2D88ABCDEF01): the device is locked "
+                          "with its passcode; unlock it"));
+    run = runBackup("exit 0");
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.err, HasSubstr("locked with its passcode"));
+    const auto tablet = telephone("ABCDEF", "Tablet");  // of which nothing is known here
+    tablet->errors["Pair"] = "PairingDialogResponsePending";
+    daemon.plugIn(2, tablet);
+    run = runSalvor({"devices"});
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.err,
+                HasSubstr("Tablet (ABCDEF): the device asks whether this computer is to be "
+                          "trusted; unlock it, confirm"));
+}
+
+TEST_F(DeviceCommands, BackUpNoDeviceThatIsNotThere) {
+    plugIn();
+    const auto run = runSalvor({"backup", "feed", "--root", root.string()});
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.err, HasSubstr("salvor: error: feed: no such device is connected"));
+}
+
+struct BackupCase {
+    const char* script;
+    int status;
+    const char* error;
+};
+
+TEST_F(DeviceCommands, TellHowABackupEnded) {
+    plugIn();
+    const BackupCase cases[] = {
+        {"mkdir $2/$1; touch $2/$1/Info.plist; printf '10%%\\r55%%\\r100%%\\n'", 0,
+         "Backing up: 100 %\n"},
+        {"echo 'ERROR: device is locked' >&2; exit 1", 6,
+         "passcode on the device and or check that iTunes is upto date. (ERROR: device is locked)"},
+        {"echo 'No space left' >&2; exit 255", 6,
+         ": the backup may not be whole: its helper ended with status 255 (No space left)\n"},
+        {"kill -SEGV $$", 6, "its helper was ended by signal 11"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.script);
+        const auto run = runBackup(one.script);
+        EXPECT_EQ(run.status, one.status);
+        EXPECT_THAT(run.err, HasSubstr(one.error));
+        EXPECT_THAT(run.err, StartsWith("Making a backup of Anna's iPhone below "));
+        EXPECT_EQ(run.out.empty(), std::string(one.script).find("exit 1") != std::string::npos &&
+                                       run.err.find("Scan it") == std::string::npos);
+    }
+    auto run = runSalvor({"backup", kUdid, "--root", root.string(), "--helper", "/no/helper"});
+    EXPECT_EQ(run.status, 6);
+    EXPECT_THAT(run.err, HasSubstr("could not be started: /no/helper: No such file"));
+    run = runSalvor({"backup", kUdid, "--helper", "  "});
+    EXPECT_EQ(run.status, 2);
+    run = runBackup("exit 0", {"--export", folder.path().string()});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.err, HasSubstr("--export: belongs to a scan, so it needs --scan"));
+}
+
+TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
+    phone->encrypted = true;
+    plugIn();
+    SampleOptions options;
+    options.messages = 60;
+    SampleBackup::write(folder / "sample", options);
+    // Of an earlier backup a picture is left that the new one lacks.
+    const auto script = fmt::format("cp -r {0} $2/$1; cp -r {0} $2/00008020-001d2d88abcdef01-old",
+                                    (folder / "sample").string());
+    const auto run = runBackup(script, {"--scan", "--json", "-", "--signatures",
+                                        SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto result = nlohmann::json::parse(run.out);
+    EXPECT_EQ(result["device"]["DeviceName"], "Anna's iPhone");
+    EXPECT_EQ(result["device"]["Connected"], true);
+    EXPECT_EQ(result["device"]["iOSMajorVersion"], 7);
+    EXPECT_EQ(result["source"]["backup"], (root / kUdid).string());
+    EXPECT_GT(result["live"]["SMSContent"].size(), 0U);
+    EXPECT_GT(result["deleted"]["DeletedPhotos"].size(), 0U);
+    EXPECT_EQ(hashTree(root / kUdid).size(), hashTree(folder / "sample").size());
+    // Inside what is about to be written nothing else may be.
+    const auto inside =
+        runBackup(script, {"--scan", "--json", (root / kUdid / "result.json").string()});
+    EXPECT_EQ(inside.status, 2);
+}
+
+TEST_F(DeviceCommands, EndTheHelperOnInterrupt) {
+    plugIn();
+    writeWholeFile(folder / "helper", "echo $$ >$2/pid; trap '' INT; while :; do sleep 0.05; done");
+    const auto script = fmt::format(
+        "cd '{}'; '{}/bin/salvor' backup {} --root backups --helper 'sh helper {{udid}} "
+        "{{folder}}' "
+        ">out 2>err & salvor=$!; until [ -s backups/pid ]; do sleep 0.02; done; kill -INT $salvor; "
+        "wait $salvor; status=$?; kill -0 $(cat backups/pid) 2>/dev/null && status=99; "
+        "exit $status",
+        folder.path().string(), SALVOR_BINARY_DIR, kUdid);
+    // A shell without job control leaves SIGINT ignored in what it starts beside itself.
+    writeWholeFile(folder / "script", "set -m; " + script);
+    const int ended = std::system(("bash '" + (folder / "script").string() + "'").c_str());
+    ASSERT_TRUE(WIFEXITED(ended));
+    EXPECT_EQ(WEXITSTATUS(ended), 130);
+    EXPECT_THAT(readWholeFile(folder / "err"), HasSubstr("the backup was cancelled"));
+}
+
+}  // namespace
+}  // namespace salvor::cli

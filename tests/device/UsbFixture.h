@@ -1,0 +1,92 @@
+#pragma once
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
+
+#include "device/MobileDeviceAccess.h"
+#include "device/UsbDeviceFramework.h"
+#include "tests/support/MuxDaemon.h"
+
+namespace salvor {
+
+/// The shipped framework and the list of devices over it, behind a stand-in daemon.
+class UsbFixture : public testing::Test, protected DeviceListener {
+  protected:
+    using Strings = std::vector<std::string>;
+
+    UsbFixture() { ::setenv("USBMUXD_SOCKET_ADDRESS", daemon.address().c_str(), 1); }
+    ~UsbFixture() override { ::unsetenv("USBMUXD_SOCKET_ADDRESS"); }
+
+    static std::shared_ptr<StandInDevice> phone(const std::string& name = "Ada") {
+        auto made = std::make_shared<StandInDevice>(name + "-UDID", name);
+        made->values["ProductVersion"] = "9.3.5";
+        made->values["ProductType"] = "iPhone5,2";
+        made->values["com.apple.mobile.backup/WillEncrypt"] = true;
+        made->values["com.apple.mobile.backup/Version"] = "2.4";
+        return made;
+    }
+
+    /// Plugs it in; the daemon has the pair record if the device trusts this computer.
+    void plugIn(std::uint32_t id, const std::shared_ptr<StandInDevice>& device) {
+        if (!device->hostID.empty()) daemon.keepPairRecord(device->udid, device->pairRecord());
+        daemon.plugIn(id, device);
+    }
+
+    void start(std::chrono::milliseconds answerTime = std::chrono::seconds(10)) {
+        const DeviceLimits limits{answerTime, std::size_t{1} << 16, std::chrono::milliseconds(10),
+                                  std::chrono::seconds(20)};
+        auto framework = std::make_unique<UsbDeviceFramework>(limits);
+        framework->endWith(cancel.get_token());
+        access = std::make_unique<MobileDeviceAccess>(std::move(framework));
+        access->setListener(this);
+    }
+
+    /// Lets events come until it holds, for ten seconds at most.
+    bool waitUntil(const std::function<bool()>& holds) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!holds()) {
+            if (std::chrono::steady_clock::now() > end) return false;
+            access->waitForConnection({}, std::chrono::milliseconds(20));
+        }
+        return true;
+    }
+    bool waitForTold(std::size_t count) {
+        return waitUntil([&] { return told.size() >= count; });
+    }
+    bool waitForUnreachable() {
+        return waitUntil([&] { return !access->unreachable().empty(); });
+    }
+    /// Plugs a device in and waits for it.
+    std::shared_ptr<AMDevice> arrived(const std::shared_ptr<StandInDevice>& device) {
+        if (!access) start();
+        plugIn(++lastId_, device);
+        const std::size_t before = access->devices().size();
+        const bool came = waitUntil([&] { return access->devices().size() > before; });
+        return came ? access->devices().back() : nullptr;
+    }
+
+    void deviceConnected(const std::shared_ptr<AMDevice>& device) override {
+        told.push_back('+' + device->deviceName().value_or("?"));
+    }
+    void deviceDisconnected(const std::shared_ptr<AMDevice>& device) override {
+        told.push_back('-' + device->deviceName().value_or("?"));
+    }
+
+    MuxDaemon daemon;
+    std::stop_source cancel;
+    std::unique_ptr<MobileDeviceAccess> access;
+    Strings told;
+
+  private:
+    std::uint32_t lastId_ = 100;
+};
+
+inline Text textOf(const std::optional<AMDeviceValue>& value) {
+    return value ? value->text() : std::nullopt;
+}
+
+}  // namespace salvor
