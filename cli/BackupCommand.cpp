@@ -139,7 +139,7 @@ class BackupRun {
         const auto search = searchDevices(access, application.stopToken());
         requireNoInterrupt();
         requireDaemon(search);
-        const auto device = findDevice(access, udid_);
+        auto device = findDevice(access, udid_);
         if (!device && !access.unreachable().empty())
             throw Failure(ExitStatus::NoDevice,
                           troubleText("a connected device", access.unreachable().front().status));

@@ -15,7 +15,7 @@ std::string noDaemonText() {
 }
 
 std::string troubleText(const std::string& name, AMDStatus status) {
-    const std::string what = fmt::format("{}: {}", name, describeStatus(status));
+    std::string what = fmt::format("{}: {}", name, describeStatus(status));
     if (!meansNotTrusted(status)) return what;
     return what + "; unlock it, confirm there that this computer is trusted, and try again";
 }

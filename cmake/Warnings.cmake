@@ -26,3 +26,8 @@ if(SALVOR_FUZZ)
     target_compile_options(salvor_options INTERFACE -fsanitize=fuzzer-no-link)
     target_compile_definitions(salvor_options INTERFACE _GLIBCXX_ASSERTIONS)
 endif()
+if(SALVOR_COVERAGE)
+    # Tests run side by side, and scans in threads: the counters have to be atomic.
+    target_compile_options(salvor_options INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(salvor_options INTERFACE --coverage)
+endif()

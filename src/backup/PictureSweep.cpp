@@ -14,7 +14,7 @@ namespace salvor {
 namespace {
 
 namespace fs = std::filesystem;
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 /// Bytes that a kind has at a place; the first that fits decides.
 struct Mark {

@@ -68,20 +68,22 @@ void RareBlocks::find(MaskMethod method, const ByteSearch& rare, Bytes region) {
         const auto padded = paddedBlock(rest);
         any |= rare.blocks(method, padded, std::span(rare_).last(1));
     }
-    // The blocks of the tail count as if a rare byte stood there.
-    std::fill(rare_.begin() + static_cast<std::ptrdiff_t>(tail / kBlock), rare_.end(), 1);
-
-    // A header that begins in a block has its rare byte there or in the next one. The two before
-    // are read for what reaches over.
     near_.assign(rare_.size(), 0);
-    const auto firstRare = static_cast<std::size_t>(
-        std::find(rare_.begin() + static_cast<std::ptrdiff_t>(any ? 0 : tail / kBlock), rare_.end(),
-                  1) -
-        rare_.begin());
-    first_ = firstRare - std::min<std::size_t>(firstRare, 2);
-    for (std::size_t i = first_; i < near_.size(); ++i) {
-        const std::size_t last = std::min(i + 2, near_.size() - 1);
-        for (std::size_t k = i == 0 ? 0 : i - 1; k <= last; ++k) near_[i] |= rare_[k];
+    first_ = tail / kBlock;
+    if (any) markNeighbours();
+    // In the tail everything is near: what reaches out of it cannot be read.
+    std::fill(near_.begin() + static_cast<std::ptrdiff_t>(tail / kBlock), near_.end(), 1);
+}
+
+// A header that begins in a block has its rare byte there or in the next one, and the columns of
+// one that begins with the rare byte reach into the block behind it.
+void RareBlocks::markNeighbours() {
+    for (std::size_t i = rare_.size(); i-- > 0;) {
+        if (rare_[i] == 0) continue;
+        const std::size_t last = std::min(i + 1, near_.size() - 1);
+        const std::size_t begin = i - std::min<std::size_t>(i, 1);
+        for (std::size_t k = begin; k <= last; ++k) near_[k] = 1;
+        first_ = std::min(first_, begin);
     }
 }
 
@@ -105,8 +107,10 @@ void CandidateMap::readBlocks(MaskMethod method, const LeadingColumnTables& colu
                       std::span(blocks_).subspan(begin, end - begin));
         for (begin = end; begin < whole && !blocks.near(begin);) ++begin;
     }
-    const auto rest = paddedBlock(slice(region, whole * kBlock, kBlock));
-    columns.masks(method, rest, std::span(blocks_).last(1));
+    if (const Bytes rest = slice(region, whole * kBlock, kBlock); !rest.empty()) {
+        const auto padded = paddedBlock(rest);
+        columns.masks(method, padded, std::span(blocks_).last(1));
+    }
 
     // A varint is read through a span of nine bytes. Where that fails everything is possible.
     const std::size_t readable = blocks.readable();

@@ -24,6 +24,8 @@ class RareBlocks {
     std::size_t first() const { return first_; }
 
   private:
+    void markNeighbours();
+
     Bytes region_;
     std::vector<std::uint8_t> rare_;
     std::vector<std::uint8_t> near_;

@@ -14,7 +14,7 @@ Text textOf(const std::optional<AMDeviceValue>& value) {
 std::shared_ptr<AMDevice> AMDevice::initWithDevice(MobileDeviceFramework& framework,
                                                    AMDeviceRef device, std::string& error,
                                                    AMDStatus& status) {
-    const std::shared_ptr<AMDevice> made(new AMDevice(framework, device));
+    std::shared_ptr<AMDevice> made(new AMDevice(framework, device));
     if (!made->deviceConnect()) {
         error = made->lasterror();
         status = made->lastStatus();

@@ -101,6 +101,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& words) {
     if (words.empty()) throw std::system_error(EINVAL, std::generic_category(), "no program");
     std::vector<std::string> copies = words;
     std::vector<char*> arguments;
+    arguments.reserve(copies.size() + 1);
     for (auto& word : copies) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     Pipe output;

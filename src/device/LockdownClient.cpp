@@ -56,10 +56,10 @@ std::vector<std::uint8_t> lockdownRequest(const LockdownClient::Values& values) 
     std::uint32_t size = 0;
     plist_to_xml(list.get(), &xml, &size);
     const std::unique_ptr<char, decltype(&std::free)> owned(xml, &std::free);
-    std::vector<std::uint8_t> bytes;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        bytes.push_back(static_cast<std::uint8_t>(size >> shift));
-    bytes.insert(bytes.end(), xml, xml + size);
+    std::vector<std::uint8_t> bytes(kLengthBytes + size);
+    for (std::size_t i = 0; i < kLengthBytes; ++i)
+        bytes[i] = static_cast<std::uint8_t>(size >> (8 * (kLengthBytes - 1 - i)));
+    std::copy_n(xml, size, bytes.begin() + kLengthBytes);
     return bytes;
 }
 

@@ -28,7 +28,7 @@ UsbDeviceFramework::UsbDeviceFramework(DeviceLimits limits) : limits_(limits) {
 }
 
 UsbDeviceFramework::~UsbDeviceFramework() {
-    AMDeviceNotificationUnsubscribe(kTheSubscription);
+    UsbDeviceFramework::AMDeviceNotificationUnsubscribe(kTheSubscription);
 }
 
 std::string UsbDeviceFramework::daemonAddress() {

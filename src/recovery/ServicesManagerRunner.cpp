@@ -1,7 +1,5 @@
 #include "recovery/ServicesManagerRunner.h"
 
-#include <utility>
-
 #include "services/ServicesManager.h"
 
 namespace salvor {
@@ -13,7 +11,7 @@ class ServicesManagerRunner : public ServiceRunner {
 
     void setDevice(const DeviceInfo& device) override { manager_.setDevice(device); }
     void StartRecoveryofService(int serviceCode, std::stop_token cancelled) override {
-        manager_.StartRecoveryofService(serviceCode, std::move(cancelled));
+        manager_.StartRecoveryofService(serviceCode, cancelled);
     }
 
   private:

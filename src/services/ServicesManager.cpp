@@ -48,14 +48,14 @@ void ServicesManager::run(abstractServices* service, const std::stop_token& canc
     service->RecoverFromIOSBackup(device_);
 }
 
-void ServicesManager::StartRecovery(std::stop_token cancelled) {
+void ServicesManager::StartRecovery(const std::stop_token& cancelled) {
     for (auto* service : recoveryModules) {
         if (cancelled.stop_requested()) return;
         run(service, cancelled);
     }
 }
 
-void ServicesManager::StartRecoveryofService(int index, std::stop_token cancelled) {
+void ServicesManager::StartRecoveryofService(int index, const std::stop_token& cancelled) {
     for (const auto& slot : kSlots) {
         if (static_cast<int>(slot.index) == index) run((this->*slot.service).get(), cancelled);
     }

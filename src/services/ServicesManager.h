@@ -23,9 +23,9 @@ class ServicesManager {
     const DeviceInfo& device() const { return device_; }
 
     /// Runs `recoveryModules` in order; once `cancelled` is requested, no further one.
-    void StartRecovery(std::stop_token cancelled = {});
+    void StartRecovery(const std::stop_token& cancelled = {});
     /// Runs the service with this `ServiceIndex`; any other number does nothing.
-    void StartRecoveryofService(int index, std::stop_token cancelled = {});
+    void StartRecoveryofService(int index, const std::stop_token& cancelled = {});
 
     // Null for a category that is not built.
     std::unique_ptr<abstractServices> whatsAppServ, callHistoryServ, calendarServ, noteServ,

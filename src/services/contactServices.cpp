@@ -90,8 +90,8 @@ void contactServices::readPersons(const std::filesystem::path& path) {
 
 std::optional<std::filesystem::path> contactServices::ImagesConnectionString(
     const DeviceInfo& device) const {
-    const auto path = BackupFiles(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY))
-                          .find(ContactsImagesIOS641SqliteDbName);
+    auto path = BackupFiles(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY))
+                    .find(ContactsImagesIOS641SqliteDbName);
     std::error_code error;
     if (!path || std::filesystem::file_size(*path, error) == 0 || error) return std::nullopt;
     return path;

@@ -8,7 +8,7 @@ struct Date {
     double secondsSinceReference = 0;
 
     friend bool operator==(Date a, Date b) = default;
-    friend auto operator<=>(Date a, Date b) = default;
+    friend auto operator<=>(Date a, Date b) = default;  // NOLINT(modernize-use-nullptr): its own 0
 };
 
 }  // namespace salvor

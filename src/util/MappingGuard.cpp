@@ -37,7 +37,7 @@ void onBusError(int, siginfo_t* info, void*) {
     const int error = errno;
     const std::uintptr_t page = pageBytes;
     const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
-    void* const start = reinterpret_cast<void*>(address - address % page);
+    void* const start = static_cast<char*>(info->si_addr) - address % page;
     const bool filled =
         isGuarded(address) && ::mmap(start, page, PROT_READ,
                                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;

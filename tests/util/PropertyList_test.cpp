@@ -94,8 +94,9 @@ TEST(PropertyList, ReadsWhatPeopleAndToolsPutAroundTheDictionary) {
         "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<!-- <dict> -->\n"
         "<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" \"http://x/y.dtd\">\n"
         "<plist version=\"1.0\"><dict ><key>A</key><!-- </dict> --><string>b</string>\n"
-        "<key>C</key><true/></dict></plist>\n");
+        "<key>C</key><true/><key>D</key><string><![CDATA[</dict><x>]]></string></dict></plist>\n");
     EXPECT_EQ(list.text("A"), Text("b"));
+    EXPECT_EQ(list.text("D"), Text("</dict><x>"));
     EXPECT_EQ(list.boolean("C"), true);
 }
 
@@ -140,6 +141,7 @@ TEST(PropertyList, GarbageIsAnEmptyDictionary) {
     for (const auto& text :
          {""s, "x"s, "<"s, "bplist00"s, "bplist00"s + std::string(40, '\xFF'), "<plist>"s,
           "<plist><array/></plist>"s, "<plist><dict><key>k</key><string>v"s, "<!-- never closed"s,
+          "<plist><dict><key>k</key><string><![CDATA[</string></dict></plist>"s,
           "<plist><dict a=\"></dict>\"><key>k</key><true/></dict></plist>"s,
           "<!DOCTYPE p [<!ENTITY e \"e\">]><plist><dict><key>k</key><true/></dict></plist>"s,
           std::string(100'000, '<'), nestedXml(100'000), chainedBinary(200, 1),

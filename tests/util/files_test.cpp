@@ -7,6 +7,7 @@
 
 #include "util/FileUtils.h"
 #include "util/MappedFile.h"
+#include "util/ReadableFile.h"
 #include "util/dataUtils.h"
 
 namespace salvor {
@@ -98,6 +99,22 @@ TEST(dataUtils, ReadsBigEndianInsideTheBufferOnly) {
     EXPECT_EQ(dataUtils::indexOfCharinData(data, 0x40), 2);
     EXPECT_EQ(dataUtils::indexOfCharinData(data, 0), -1);
     EXPECT_EQ(dataUtils::indexOfCharinData({}, 0), -1);
+}
+
+// The kernel makes these files up as they are read and calls them empty: nothing it copies itself.
+TEST_F(Files, AreCopiedThroughMemoryWhereTheKernelCannot) {
+    std::ifstream original("/proc/version");
+    const std::string text{std::istreambuf_iterator<char>(original), {}};
+    ASSERT_FALSE(text.empty());
+    const auto file = ReadableFile::open("/proc/version");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->copyTo(folder_ / "copy"), "");
+    std::ifstream copy(folder_ / "copy");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), text);
+
+    EXPECT_NE(file->copyTo(folder_ / "copy"), "") << "it is there already";
+    EXPECT_EQ(file->copyTo(folder_ / "other", [] { return true; }), "cancelled");
+    EXPECT_FALSE(fs::exists(folder_ / "other"));
 }
 
 TEST_F(Files, MappedOnesReadAsZerosWhatIsLostMeanwhile) {

@@ -45,7 +45,8 @@ ContactsSQLiteRecovery::ContactsSQLiteRecovery(ScanState& state, std::stop_token
 void ContactsSQLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
     fullDBPath = path.string();
     RecoveredData.assign(state_.DeletedContact.begin(), state_.DeletedContact.end());
-    AbstractSqLiteRecovery::DoRecoveryPath(path);
+    // The patterns are chosen: past the record carver, which would choose them.
+    AbstractSqLiteRecovery::DoRecoveryPath(path);  // NOLINT(bugprone-parent-virtual-call)
 }
 
 void ContactsSQLiteRecovery::setSignature(const std::filesystem::path& path) {

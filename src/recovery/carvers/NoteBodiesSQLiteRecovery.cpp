@@ -56,7 +56,8 @@ void NoteBodiesIOS9SQLiteRecovery::DoRecovery(const std::filesystem::path& path)
     if (!database) return;
     if (database->executeQuery("SELECT * FROM ZICNOTEDATA").next())
         tablePatterns = patternsOf(kNoteData);
-    AbstractSqLiteRecovery::DoRecoveryPath(path);
+    // The patterns are chosen: past the record carver, which would choose them.
+    AbstractSqLiteRecovery::DoRecoveryPath(path);  // NOLINT(bugprone-parent-virtual-call)
 }
 
 bool NoteBodiesIOS9SQLiteRecovery::IsGzipHeaderValue(Bytes data) {
