@@ -60,10 +60,9 @@ Interrupts::Interrupts(std::function<void()> cancel) : cancel_(std::move(cancel)
         if (!isToBeKept(number)) sigaction(number, &action, nullptr);
 }
 
+// The handler stays: a signal's ordinary effect would leave what is still to be tidied up.
 Interrupts::~Interrupts() {
     if (!watcher_.joinable()) return;
-    for (const int number : kSignals)
-        if (!isToBeKept(number)) std::signal(number, SIG_DFL);
     send(pipe_[1], kEnd);
     watcher_.join();
     signalPipe = -1;

@@ -7,8 +7,9 @@
 namespace salvor::cli {
 
 /// While it lives, the first SIGINT, SIGTERM or SIGHUP calls `cancel` on a thread of its own and
-/// the second ends the program and its children at once with status 130. A SIGHUP that is ignored
-/// stays so. One object at a time.
+/// the second ends the program and its children at once with status 130. Later the first one does
+/// nothing, for there is only tidying up to be done. A SIGHUP that is ignored stays so. One object
+/// at a time.
 class Interrupts {
   public:
     explicit Interrupts(std::function<void()> cancel);
