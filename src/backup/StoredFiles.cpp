@@ -30,7 +30,7 @@ unsigned char typeOf(DIR* stream, const dirent& entry) {
     struct stat info {};
     if (::fstatat(::dirfd(stream), entry.d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
         return DT_UNKNOWN;
-    return IFTODT(info.st_mode);
+    return static_cast<unsigned char>(IFTODT(info.st_mode));
 }
 
 bool isTwoDigits(std::string_view name) {
