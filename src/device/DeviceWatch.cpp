@@ -6,6 +6,8 @@
 #include <usbmuxd.h>
 #include <utility>
 
+#include "device/MuxLibrary.h"
+
 namespace salvor {
 namespace {
 
@@ -25,6 +27,7 @@ void tellOfOthers(const std::vector<AttachedDevice>& devices,
 }  // namespace
 
 AMDStatus listAttachedDevices(std::vector<AttachedDevice>& devices) {
+    const std::lock_guard lock(muxLibrary());
     usbmuxd_device_info_t* list = nullptr;
     const int count = usbmuxd_get_device_list(&list);
     if (count < 0) return kAMDNoDaemon;

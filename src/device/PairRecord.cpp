@@ -5,6 +5,7 @@
 #include <memory>
 #include <usbmuxd.h>
 
+#include "device/MuxLibrary.h"
 #include "util/PropertyList.h"
 
 namespace salvor {
@@ -22,6 +23,7 @@ std::optional<PairRecord> PairRecord::parse(Bytes data) {
 std::optional<PairRecord> PairRecord::ofDevice(const std::string& udid) {
     char* data = nullptr;
     std::uint32_t size = 0;
+    const std::lock_guard lock(muxLibrary());
     const int failed = usbmuxd_read_pair_record(udid.c_str(), &data, &size);
     const std::unique_ptr<char, decltype(&std::free)> owned(data, &std::free);
     if (failed != 0 || data == nullptr) return std::nullopt;

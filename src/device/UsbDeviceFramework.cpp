@@ -6,6 +6,7 @@
 #include <usbmuxd.h>
 #include <utility>
 
+#include "device/MuxLibrary.h"
 #include "device/PairRecord.h"
 #include "device/Pairing.h"
 
@@ -91,7 +92,9 @@ UsbDeviceFramework::Attached* UsbDeviceFramework::find(AMDeviceRef device) {
 }
 
 AMDStatus UsbDeviceFramework::open(Attached& device) {
+    std::unique_lock lock(muxLibrary());
     const int fd = usbmuxd_connect(device.device.handle, LockdownClient::kPort);
+    lock.unlock();
     if (fd < 0) return kAMDNotConnected;
     auto lockdown =
         std::make_unique<LockdownClient>(std::make_unique<ByteLink>(fd, stop_), limits_);

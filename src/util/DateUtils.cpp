@@ -49,10 +49,14 @@ std::optional<Date> existing(double secondsSince2001) {
     return exists(date) ? std::optional(date) : std::nullopt;
 }
 
-std::optional<LocalTime> toLocal(Date date) {
-    // localtime_r need not read TZ by itself.
+// localtime_r need not read TZ by itself.
+void readZoneOnce() {
     static std::once_flag zoneRead;
     std::call_once(zoneRead, ::tzset);
+}
+
+std::optional<LocalTime> toLocal(Date date) {
+    readZoneOnce();
     if (!exists(date)) return std::nullopt;
     const auto seconds =
         static_cast<std::time_t>(std::floor(date.secondsSinceReference + unixToReference));
@@ -82,6 +86,10 @@ std::optional<Date> fromLocal(const LocalTime& local) {
     parts.tm_min = local.minute;
     parts.tm_sec = local.second;
     parts.tm_isdst = -1;
+    readZoneOnce();
+    // mktime reads the zone anew each time when TZ is not set.
+    static std::mutex zone;
+    const std::lock_guard lock(zone);
     return existing(static_cast<double>(std::mktime(&parts)) - unixToReference);
 }
 
