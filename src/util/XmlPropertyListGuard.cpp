@@ -13,7 +13,7 @@ constexpr std::string_view kSpace = " \t\r\n";
 class XmlFilter {
   public:
     explicit XmlFilter(std::string_view xml) : rest_(xml) {
-        if (rest_.starts_with("\xEF\xBB\xBF")) rest_.remove_prefix(3);
+        while (rest_.starts_with("\xEF\xBB\xBF")) rest_.remove_prefix(3);
     }
 
     std::optional<std::string> run() {
