@@ -76,7 +76,6 @@ SourceChoice SalvorAppDelegate::chooseBackup(const std::filesystem::path& chosen
     if (!folder) return SourceChoice::Unusable;
     state_.BACKUP_DIRECTORY = folder->string();
     state_.RecoverType = 1;
-    warnOfDatabaseIndex();
     return getInfoFromBackup() ? SourceChoice::Ready : SourceChoice::MissingPropertyLists;
 }
 
@@ -104,10 +103,7 @@ void SalvorAppDelegate::continueToRecover(const dataTypeHolder& holder) {
 
 void SalvorAppDelegate::exploreInBackground(const dataTypeHolder& holder) {
     waitForScan();
-    {
-        const std::lock_guard lock(stopMutex_);
-        stop_ = std::stop_source();
-    }
+    forgetCancel();
     state_.showScreen(2);
     scanThread_ = std::jthread([this, holder] { ExploreBackupDirectoryWithDataType(holder); });
 }
@@ -136,6 +132,7 @@ void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     state_.IsCancelFlag = false;
     // A cancel that came first stays; see `cancel` for the other half.
     if (cancelRequested()) state_.IsCancelFlag = true;
+    warnOfDatabaseIndex();
     extraction.prepare(holder.dataType);
     state_.showScreen(2);
     state_.selectTab(holder.dataType);
@@ -173,6 +170,14 @@ void SalvorAppDelegate::cancel() {
     // The flag comes last, so that a scan which clears it meanwhile sees the request.
     stop.request_stop();
     state_.IsCancelFlag = true;
+}
+
+void SalvorAppDelegate::forgetCancel() {
+    {
+        const std::lock_guard lock(stopMutex_);
+        stop_ = std::stop_source();
+    }
+    if (MobileDevice_ != nullptr) MobileDevice_->framework().endWith(stopToken());
 }
 
 bool SalvorAppDelegate::cancelRequested() const {

@@ -102,8 +102,6 @@ class SalvorAppDelegate : private DeviceListener {
     /// Delivers what happens until no backup runs, and tells how the last one ended. Ends the
     /// helper on `cancel`.
     FreshBackup waitForBackup();
-    /// Scans the folder of a fresh backup next: its device is described already.
-    void chooseFreshBackup(const std::filesystem::path& folder);
 
     /// The whole scan on the calling thread: extraction, then recovery. Reports through the
     /// observer and the lists of the state. An exception ends the scan as if finished, with a
@@ -132,6 +130,8 @@ class SalvorAppDelegate : private DeviceListener {
     void deviceConnected(const std::shared_ptr<AMDevice>& device) override;
     void deviceDisconnected(const std::shared_ptr<AMDevice>& device) override;
     void warnOfDatabaseIndex();
+    void forgetCancel();
+    void chooseFreshBackup(const std::filesystem::path& folder);
     void readDeviceValues();
     void startBackupTask();
     void backupTaskEnded(const BackupTaskResult& result);

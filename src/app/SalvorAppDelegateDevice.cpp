@@ -148,6 +148,8 @@ FreshBackup SalvorAppDelegate::waitForBackup() {
         backupTask_->cancel();
         MobileDevice_->framework().runLoop().run();
     }
+    // It has done its work: the next backup or read is another one's to cancel.
+    if (lastBackup_.end == FreshBackupEnd::Cancelled) forgetCancel();
     return lastBackup_;
 }
 
@@ -197,7 +199,6 @@ void SalvorAppDelegate::chooseFreshBackup(const std::filesystem::path& folder) {
     state_.BACKUP_DIRECTORY = folder.string();
     state_.deviceInfo.BackupLocation = folder.string();
     state_.RecoverType = 0;
-    warnOfDatabaseIndex();
 }
 
 }  // namespace salvor

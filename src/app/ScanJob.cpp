@@ -105,12 +105,6 @@ void ScanJob::cancel() {
     application_->cancel();
 }
 
-SourceChoice ScanJob::chooseSource(const std::filesystem::path& backup, bool fresh) {
-    if (!fresh) return application_->chooseBackup(backup);
-    application_->chooseFreshBackup(backup);
-    return SourceChoice::Ready;
-}
-
 ScanOutcome ScanJob::runScan(const ScanRequest& request) {
     const auto backup = BackupStore::resolve(request.source);
     if (!backup) return refused(ScanResult::SourceUnusable, whyUnusable(request.source));
@@ -120,7 +114,8 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
     outcome.backup = *backup;
     outcome.versions = readVersionFacts(*backup);
     outcome.encrypted = outcome.versions.manifestSaysEncrypted;
-    const SourceChoice choice = chooseSource(*backup, request.freshBackup);
+    const SourceChoice choice =
+        request.freshBackup ? SourceChoice::Ready : application_->chooseBackup(*backup);
     if (choice == SourceChoice::Unusable) {
         outcome.result = ScanResult::SourceUnusable;
         outcome.message = whyUnusable(*backup);

@@ -12,7 +12,6 @@
 namespace salvor {
 
 class SalvorAppDelegate;
-enum class SourceChoice;
 
 /// What a front end asks of a scan.
 struct ScanRequest {
@@ -24,7 +23,7 @@ struct ScanRequest {
     std::optional<std::string> ios;
     /// The signatures file; without it the one shipped with the program.
     std::optional<std::filesystem::path> signatures;
-    /// The source was written by a fresh backup of this job's device, which is described already.
+    /// The source is what a fresh backup of this job wrote: chosen and described already.
     bool freshBackup = false;
     bool continueAnyway = false;  ///< answers "Yes" to the missing-property-list question
 };
@@ -70,8 +69,6 @@ class ScanJob {
     ScanState& state();
 
   private:
-    SourceChoice chooseSource(const std::filesystem::path& backup, bool fresh);
-
     std::unique_ptr<SalvorAppDelegate> application_;
 };
 

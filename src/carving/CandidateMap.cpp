@@ -63,6 +63,7 @@ void RareBlocks::find(MaskMethod method, const ByteSearch& rare, Bytes region) {
     readable_ = region.size() - std::min(region.size(), SQLiteUtils::kVarintSpan - 1);
     const std::size_t tail = readable_ - std::min(readable_, kTail);
     rare_.resize(whole + 1);
+    rare_.back() = 0;
     bool any = rare.blocks(method, region.first(whole * kBlock), std::span(rare_).first(whole));
     if (const Bytes rest = slice(region, whole * kBlock, kBlock); !rest.empty()) {
         const auto padded = paddedBlock(rest);

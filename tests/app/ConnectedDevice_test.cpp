@@ -275,6 +275,9 @@ TEST_F(ConnectedDevice, BackupEndsWhenItIsCancelled) {
         app.cancel();
     });
     EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Cancelled);
+    useHelper("exit 0");
+    app.BackupAgent(kUdid);
+    EXPECT_EQ(app.waitForBackup().end, FreshBackupEnd::Complete) << "the next one is another's";
     EXPECT_TRUE(fs::exists(root / "asked"));
 }
 

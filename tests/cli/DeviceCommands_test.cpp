@@ -232,8 +232,10 @@ TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     options.messages = 60;
     SampleBackup::write(folder / "sample", options);
     // Of an earlier backup a picture is left that the new one lacks.
-    const auto script = fmt::format("cp -r {0} $2/$1; cp -r {0} $2/00008020-001d2d88abcdef01-old",
-                                    (folder / "sample").string());
+    const auto script = fmt::format(
+        "cp -r {0} $2/$1; cp -r {0} $2/00008020-001d2d88abcdef01-old; "
+        "mv $2/$1/Manifest.mbdb $2/$1/Manifest.db",
+        (folder / "sample").string());
     const auto run = runBackup(script, {"--scan", "--json", "-", "--signatures",
                                         SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml"});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -245,6 +247,9 @@ TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     EXPECT_GT(result["live"]["SMSContent"].size(), 0U);
     EXPECT_GT(result["deleted"]["DeletedPhotos"].size(), 0U);
     EXPECT_EQ(hashTree(root / kUdid).size(), hashTree(folder / "sample").size());
+    const std::string notice = "Manifest.db: this index is a database";
+    EXPECT_THAT(run.err, HasSubstr(notice));
+    EXPECT_EQ(run.err.find(notice), run.err.rfind(notice)) << "once is enough";
     // Inside what is about to be written nothing else may be.
     const auto inside =
         runBackup(script, {"--scan", "--json", (root / kUdid / "result.json").string()});

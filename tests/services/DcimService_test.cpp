@@ -128,7 +128,7 @@ TEST_F(CameraRoll, ReadsBothLibrariesAndListsAPhotoOnce) {
 }
 
 TEST_F(CameraRoll, AddsToWhatThePictureSweepListed) {
-    state.Photos.push_back(std::make_shared<Photo>(Photo{"IMG_1.JPG", "/work/IMG_1.JPG", 1}));
+    state.Photos.push_back(std::make_shared<Photo>(Photo{"IMG_1.JPG", "/elsewhere/IMG_1.JPG", 1}));
     state.PhotosCount = 1;
     library(backup, kOlder, 0, {{"DCIM", "a.JPG"}});
     run();
