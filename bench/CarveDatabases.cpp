@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "carving/SqLiteTableSignaturesParser.h"
-#include "tests/support/SqliteFile.h"
+#include "tools/sample/SqliteFile.h"
 
 namespace salvor::bench {
 namespace {

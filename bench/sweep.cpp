@@ -14,8 +14,8 @@
 #include <unistd.h>
 
 #include "backup/PictureSweep.h"
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

@@ -10,10 +10,10 @@
 #include <zlib.h>
 
 #include "carving/TableCarver.h"
-#include "tests/support/MbdbWriter.h"
-#include "tests/support/PropertyList.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/MbdbWriter.h"
+#include "tools/sample/PropertyList.h"
+#include "tools/sample/SampleBackup.h"
 #include "util/MappedFile.h"
 
 namespace {

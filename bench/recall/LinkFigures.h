@@ -5,7 +5,7 @@
 #include <string>
 
 #include "app/state/ScanState.h"
-#include "tests/support/SampleBackup.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 

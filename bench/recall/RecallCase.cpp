@@ -8,7 +8,7 @@
 #include "bench/recall/LinkFigures.h"
 #include "carving/MessagesSQLiteRecovery.h"
 #include "services/database/DAOs.h"
-#include "tests/support/Digest.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

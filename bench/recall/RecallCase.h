@@ -7,7 +7,7 @@
 
 #include "bench/recall/LinkFigures.h"
 #include "carving/SqLiteTableSignatures.h"
-#include "tests/support/SampleBackup.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 

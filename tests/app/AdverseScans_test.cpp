@@ -5,9 +5,9 @@
 
 #include "app/ScanJob.h"
 #include "export/ScanReport.h"
-#include "tests/support/Digest.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {

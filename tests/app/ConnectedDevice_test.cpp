@@ -3,8 +3,8 @@
 
 #include "app/SalvorAppDelegate.h"
 #include "tests/device/FakeFramework.h"
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

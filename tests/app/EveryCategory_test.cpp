@@ -5,10 +5,10 @@
 
 #include "app/ScanJob.h"
 #include "app/state/ScanState.h"
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 #include "util/DateUtils.h"
 
 namespace salvor {

@@ -10,10 +10,10 @@
 #include "export/ScanReport.h"
 #include "tests/support/BoundedRun.h"
 #include "tests/support/Damage.h"
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {

@@ -4,9 +4,9 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "tests/support/Digest.h"
-#include "tests/support/PropertyList.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/PropertyList.h"
 
 namespace salvor {
 namespace {

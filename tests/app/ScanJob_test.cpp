@@ -7,11 +7,11 @@
 #include <sys/stat.h>
 #include <thread>
 
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
-#include "tests/support/SampleRandom.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
+#include "tools/sample/SampleRandom.h"
 
 namespace salvor {
 namespace {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "backup/WorkFolder.h"
-#include "tests/support/Digest.h"
-#include "tests/support/PropertyList.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/PropertyList.h"
 
 namespace salvor {
 namespace {

@@ -5,9 +5,9 @@
 #include "backup/CategoryDatabases.h"
 #include "backup/LiveCategories.h"
 #include "backup/ParseMbdb.h"
-#include "tests/support/Digest.h"
-#include "tests/support/SqliteFile.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 namespace {

@@ -4,8 +4,8 @@
 
 #include "backup/KeyboardDictionary.h"
 #include "backup/PropertyListReaders.h"
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

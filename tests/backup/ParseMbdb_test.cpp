@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 
 #include "backup/FileKind.h"
-#include "tests/support/Digest.h"
-#include "tests/support/MbdbWriter.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/MbdbWriter.h"
 
 namespace salvor {
 namespace {

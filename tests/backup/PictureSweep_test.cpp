@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

@@ -7,11 +7,11 @@
 
 #include "app/FreshBackup.h"
 #include "tests/cli/CommandLine.h"
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/MuxDaemon.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor::cli {
 namespace {

@@ -3,11 +3,11 @@
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
-#include "tests/support/SampleRandom.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
+#include "tools/sample/SampleRandom.h"
 
 namespace salvor::cli {
 namespace {

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/cli/CommandLine.h"
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor::cli {
 namespace {

@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/CommandLine.h"
-#include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor::cli {
 namespace {

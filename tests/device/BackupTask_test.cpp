@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 
 #include "device/BackupFolderBridge.h"
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

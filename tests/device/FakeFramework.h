@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "device/MobileDeviceFramework.h"
-#include "tests/support/PropertyList.h"
+#include "tools/sample/PropertyList.h"
 
 namespace salvor {
 

@@ -8,7 +8,7 @@
 #include "carving/SqLiteTableSignatures.h"
 #include "services/abstractServices.h"
 #include "tests/services/database/DatabaseFixture.h"
-#include "tests/support/Digest.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 

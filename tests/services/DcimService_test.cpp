@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/Digest.h"
-#include "tests/support/PhotoLibraryFile.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/PhotoLibraryFile.h"
 
 namespace salvor {
 namespace {

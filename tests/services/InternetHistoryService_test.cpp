@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 
-#include "tests/support/Digest.h"
-#include "tests/support/PropertyList.h"
-#include "tests/support/SqliteFile.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/PropertyList.h"
+#include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "tests/support/Digest.h"
-#include "tests/support/SqliteFile.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 namespace {

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "tests/support/SampleRandom.h"
+#include "tools/sample/SampleRandom.h"
 
 namespace salvor {
 

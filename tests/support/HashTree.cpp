@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <sys/stat.h>
 
-#include "tests/support/Digest.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

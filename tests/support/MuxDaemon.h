@@ -8,10 +8,10 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/PropertyList.h"
 #include "tests/support/Socket.h"
 #include "tests/support/StandInDevice.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/PropertyList.h"
 #include "util/PropertyList.h"
 
 namespace salvor {

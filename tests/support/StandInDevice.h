@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "tests/support/PropertyList.h"
 #include "tests/support/ServiceLink.h"
+#include "tools/sample/PropertyList.h"
 #include "util/PropertyList.h"
 
 namespace salvor {

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "tests/support/SampleBackup.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace {
 

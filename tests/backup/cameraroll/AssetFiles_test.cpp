@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

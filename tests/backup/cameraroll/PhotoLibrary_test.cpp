@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <sstream>
 
-#include "tests/support/Digest.h"
-#include "tests/support/PhotoLibraryFile.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/PhotoLibraryFile.h"
 #include "util/DateUtils.h"
 
 namespace salvor {

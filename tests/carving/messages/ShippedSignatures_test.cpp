@@ -8,9 +8,9 @@
 #include "app/state/ScanState.h"
 #include "carving/MessagesSQLiteRecovery.h"
 #include "carving/SqLiteTableSignatures.h"
-#include "tests/support/Digest.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {

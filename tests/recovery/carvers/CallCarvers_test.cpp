@@ -2,7 +2,7 @@
 #include "recovery/carvers/CallHistoryRecoveryAlgo.h"
 #include "services/database/DatabaseNames.h"
 #include "tests/recovery/carvers/CarverProbe.h"
-#include "tests/support/Digest.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {

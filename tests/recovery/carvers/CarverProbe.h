@@ -9,8 +9,8 @@
 #include "app/state/ScanState.h"
 #include "carving/SqLiteTableSignatures.h"
 #include "records/ColumnValue.h"
-#include "tests/support/SqliteFile.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 

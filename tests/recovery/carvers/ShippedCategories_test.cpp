@@ -10,7 +10,7 @@
 #include "recovery/carvers/NoteBodiesSQLiteRecovery.h"
 #include "recovery/carvers/NotesSQLiteRecovery.h"
 #include "tests/recovery/carvers/CarverProbe.h"
-#include "tests/support/SampleBackup.h"
+#include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {
