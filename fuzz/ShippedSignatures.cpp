@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "fuzz/Target.h"
-#include "util/MappedFile.h"
 
 namespace salvor::fuzz {
 namespace {
@@ -17,12 +16,6 @@ std::shared_ptr<SqLiteTableSignatures> load() {
     return signatures;
 }
 
-std::vector<reference::LiteralSignature> loadLiterally() {
-    const auto file = MappedFile::open(kFile);
-    expect(file.has_value(), kFile.string() + " cannot be read");
-    return reference::parseSignatures(std::string(asText(file->bytes())));
-}
-
 }  // namespace
 
 std::shared_ptr<SqLiteTableSignatures> shippedSignatures() {
@@ -30,9 +23,17 @@ std::shared_ptr<SqLiteTableSignatures> shippedSignatures() {
     return signatures;
 }
 
-const std::vector<reference::LiteralSignature>& literalSignatures() {
-    static const auto signatures = loadLiterally();
-    return signatures;
+std::vector<reference::LiteralPattern> literalPatterns(const TablePatterns& patterns) {
+    std::vector<reference::LiteralPattern> literal;
+    for (const auto& pattern : patterns) {
+        auto& one = literal.emplace_back();
+        one.versions = pattern->SupportedVersions;
+        one.hasHeader = pattern->hasHeader;
+        one.columns = pattern->Header();
+        for (const auto& [name, column] : pattern->AttributesMapping)
+            one.mappings.push_back({name, column});
+    }
+    return literal;
 }
 
 }  // namespace salvor::fuzz

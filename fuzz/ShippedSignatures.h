@@ -4,14 +4,14 @@
 #include <vector>
 
 #include "carving/SqLiteTableSignatures.h"
-#include "reference/literal_signatures.h"
+#include "reference/literal_pattern.h"
 
 namespace salvor::fuzz {
 
 /// The signatures that the program ships with, read once.
 std::shared_ptr<SqLiteTableSignatures> shippedSignatures();
 
-/// The same as the literal engine reads them, in the same order.
-const std::vector<reference::LiteralSignature>& literalSignatures();
+/// The same patterns as the literal engine takes them, in the same order.
+std::vector<reference::LiteralPattern> literalPatterns(const TablePatterns& patterns);
 
 }  // namespace salvor::fuzz

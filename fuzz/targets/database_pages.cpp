@@ -21,15 +21,16 @@ std::uint8_t byteAt(Bytes input, std::size_t at) {
 }
 
 /// Every version that a pattern of the signature names, once or more often.
-std::vector<std::string> versionsOf(const reference::LiteralSignature& signature) {
+std::vector<std::string> versionsOf(const SQLiteSignature& signature) {
     std::vector<std::string> versions;
-    for (const auto& pattern : signature.patterns)
-        versions.insert(versions.end(), pattern.versions.begin(), pattern.versions.end());
+    for (const auto& pattern : signature.TablePatterns) {
+        const auto& more = pattern->SupportedVersions;
+        versions.insert(versions.end(), more.begin(), more.end());
+    }
     return versions;
 }
 
-std::optional<std::string> versionOf(const reference::LiteralSignature& signature,
-                                     unsigned choice) {
+std::optional<std::string> versionOf(const SQLiteSignature& signature, unsigned choice) {
     const auto versions = versionsOf(signature);
     if (choice == 0 || choice > versions.size()) return std::nullopt;
     return versions[choice - 1];
@@ -58,9 +59,9 @@ SALVOR_FUZZ_TARGET(database_pages) {
     fuzz::expect(header.has_value() == fileHeader.has_value(), "one header");
     if (header) header->SQLiteDatabaseSizeInBytes();
 
-    const auto& literal = fuzz::literalSignatures();
-    const auto& chosen = literal.at(byteAt(input, kChoice) % literal.size());
-    TableCarveOptions options{chosen.domain, chosen.database, chosen.table, {}, false, false};
+    const auto& all = fuzz::shippedSignatures()->tableSignatures;
+    const auto& chosen = *all.at(byteAt(input, kChoice) % all.size());
+    TableCarveOptions options{chosen.Name, chosen.Database, chosen.Table, {}, false, false};
     options.version = versionOf(chosen, byteAt(input, kChoice + 1) >> 2U);
     options.fullSearch = (byteAt(input, kChoice + 1) & 1) != 0;
     options.callList = (byteAt(input, kChoice + 1) & 2) != 0;
@@ -69,8 +70,8 @@ SALVOR_FUZZ_TARGET(database_pages) {
     checkOrigins(rows, input.size());
     if (input.size() > kMostLiterally) return;
     reference::Events ignored;
-    const auto patterns = reference::selectPatterns(literal, chosen.domain, chosen.database,
-                                                    chosen.table, options.version);
+    const auto patterns = fuzz::literalPatterns(
+        options.version ? chosen.FindPatternsByVersion(*options.version) : chosen.TablePatterns);
     const auto wrong = reference::difference(
         reference::carveLiterally(patterns, {options.fullSearch, options.callList, true},
                                   {input.begin(), input.end()}, ignored),

@@ -79,7 +79,8 @@ std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Byte
     reference::Events ignored;
     reference::LiteralOptions options;
     options.deduplicate = choice.deduplicate;
-    const auto patterns = few(fuzz::literalSignatures().at(choice.signature).patterns, choice);
+    const auto patterns = fuzz::literalPatterns(few(
+        fuzz::shippedSignatures()->tableSignatures.at(choice.signature)->TablePatterns, choice));
     reference::LiteralRecordLoop loop(patterns, options, ignored);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
@@ -104,8 +105,9 @@ std::vector<CarvedRow> actualRows(const Choice& choice, const std::vector<Bytes>
 
 SALVOR_FUZZ_TARGET(record_loop) {
     if (input.size() < 2) return;
-    const Choice choice{input[0] % fuzz::literalSignatures().size(), std::size_t{input[1]} >> 3U,
-                        input[1] & 1, (input[1] & 2) != 0, (input[1] & 4) == 0};
+    const Choice choice{input[0] % fuzz::shippedSignatures()->tableSignatures.size(),
+                        std::size_t{input[1]} >> 3U, input[1] & 1, (input[1] & 2) != 0,
+                        (input[1] & 4) == 0};
     const Bytes bytes = input.subspan(2);
     std::vector<Bytes> regions{bytes};
     if (choice.twoRegions)

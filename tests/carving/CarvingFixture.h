@@ -2,15 +2,16 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <initializer_list>
 #include <string>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include "carving/AbstractSqLiteRecovery.h"
+#include "tests/support/Signatures.h"
+#include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor::testing {
 
@@ -33,19 +34,6 @@ inline void put16(Buffer& bytes, std::size_t at, unsigned value) {
 inline void put32(Buffer& bytes, std::size_t at, std::uint32_t value) {
     put16(bytes, at, value >> 16);
     put16(bytes, at + 2, value & 0xFFFFu);
-}
-
-/// A pattern from its header text, with names for some of its columns.
-inline std::shared_ptr<TablePattern> makePattern(
-    const std::string& header,
-    std::initializer_list<std::pair<const char*, std::int64_t>> names = {}) {
-    auto pattern = std::make_shared<TablePattern>();
-    pattern->headerPattern = header;
-    pattern->hasHeader = true;
-    for (const auto& [name, column] : names) {
-        pattern->AttributesMapping.push_back({name, column});
-    }
-    return pattern;
 }
 
 /// A database file image of `pages` zeroed pages with the header fields that carving reads.
@@ -76,27 +64,16 @@ struct FileImage {
     Buffer bytes;
 };
 
-/// A file in the temporary folder that is gone with the object.
+/// A file that is gone with the object.
 class TemporaryFile {
   public:
     explicit TemporaryFile(const Buffer& bytes) {
-        static int number = 0;
-        path_ = std::filesystem::temp_directory_path() /
-                ("carving-" + std::to_string(::getpid()) + "-" + std::to_string(++number) + ".db");
-        std::ofstream(path_, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
+        writeWholeFile(path(), std::string(bytes.begin(), bytes.end()));
     }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path path() const { return folder_ / "file"; }
 
   private:
-    std::filesystem::path path_;
+    TempFolder folder_;
 };
 
 /// Made before the carver that refers to it.
@@ -120,9 +97,6 @@ class NotingCarver : public OwnState, public Engine {
         this->tablePatterns.assign(patterns.begin(), patterns.end());
     }
 
-    using Engine::_dataOffset;
-    using Engine::_dataReposition;
-    using Engine::_dontAttemptAgain;
     using Engine::_field;
     using Engine::_processOffset;
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "CarvingFixture.h"
-#include "carving/AbstractSQLiteRecoveryFullSearch.h"
 #include "carving/TableCarver.h"
 
 namespace salvor::testing {
@@ -30,23 +29,15 @@ Offsets join(Offsets left, const Offsets& right) {
     return left;
 }
 
-template <class Engine = AbstractSqLiteRecovery>
-Offsets searched(const Buffer& file, std::shared_ptr<TablePattern> pattern = everywhere(),
-                 bool callList = false) {
+Offsets searched(const Buffer& file, bool callList = false) {
     const TemporaryFile onDisk(file);
-    NotingCarver<Engine> carver({std::move(pattern)});
+    NotingCarver<> carver({everywhere()});
     carver.setWorkingOnCallList(callList);
     carver.DoRecoveryPath(onDisk.path());
     EXPECT_EQ(carver.state.progress.bytesDone, carver.state.progress.bytesTotal);
     EXPECT_EQ(carver.state.progress.bytesTotal, file.size() > 16 ? file.size() : 0);
     EXPECT_EQ(carver._processOffset, 0);
     return carver.offsets;
-}
-
-TEST(PageWalkTest, GapOfALeafPage) {
-    FileImage image(512, 3);
-    image.btree(3, 13, 3, 200);
-    EXPECT_EQ(searched(image.bytes), range(1024 + 22, 1024 + 198));
 }
 
 TEST(PageWalkTest, TypesAndContentStarts) {
@@ -66,14 +57,6 @@ TEST(PageWalkTest, TypesAndContentStarts) {
     }
 }
 
-TEST(PageWalkTest, ContentStartOfZeroMeansBehindTheLargestPage) {
-    FileImage image(65535, 3);
-    image.btree(3, 13, 0, 0);
-    EXPECT_THAT(searched(image.bytes), IsEmpty());
-    image.btree(3, 13, 0, 65535);
-    EXPECT_EQ(searched(image.bytes), range(131070 + 16, 131070 + 65533));
-}
-
 TEST(PageWalkTest, FreeblocksAreSearchedFromTheirFourthByteAndReadOneLater) {
     FileImage image(512, 3);
     image.btree(3, 13, 247, 511, 100);  // the gap of 1 byte is too small to be searched
@@ -82,7 +65,7 @@ TEST(PageWalkTest, FreeblocksAreSearchedFromTheirFourthByteAndReadOneLater) {
     image.freeblock(3, 300, 0, 16);
     EXPECT_EQ(searched(image.bytes),
               join(range(1024 + 103, 1024 + 118, 2), range(1024 + 303, 1024 + 314, 2)));
-    EXPECT_EQ(searched(image.bytes, everywhere(), true),
+    EXPECT_EQ(searched(image.bytes, true),
               join(range(1024 + 103, 1024 + 118), range(1024 + 303, 1024 + 314)));
 }
 
@@ -104,110 +87,6 @@ TEST(PageWalkTest, FreeblockChainsEnd) {
         image.freeblock(3, 100, next, size);
         EXPECT_EQ(searched(image.bytes), found) << what;
     }
-}
-
-TEST(PageWalkTest, ReadThatFailsInTheGapLeavesTheFreeblocksOut) {
-    // Two columns: the nine bytes of the second one's varint run past the gap's end.
-    const auto pattern = makePattern("[0];[77]");
-    FileImage image(512, 4);
-    for (const unsigned page : {3u, 4u}) {
-        image.btree(page, 13, 0, 100, 200);
-        image.freeblock(page, 200, 0, 100);
-        image.bytes[image.pageStart(page) + 210] = 77;
-    }
-    EXPECT_THAT(searched(image.bytes, pattern), IsEmpty());
-    // Without a gap the freeblocks are out of reach as well, with a tiny one they are searched.
-    image.btree(4, 13, 0, 16, 200);
-    EXPECT_THAT(searched(image.bytes, pattern), IsEmpty());
-    image.btree(4, 13, 0, 17, 200);
-    EXPECT_EQ(searched(image.bytes, pattern), Offsets{1536 + 209});
-}
-
-TEST(PageWalkTest, PagesOfADatabaseWithoutPointerMaps) {
-    FileImage image(512, 6);
-    for (unsigned page = 1; page <= 6; ++page) image.btree(page, 13, 0, 60);
-    put16(image.bytes, 16, 512);
-    put32(image.bytes, 28, 4);
-    EXPECT_EQ(searched(image.bytes),
-              join(range(1024 + 16, 1024 + 58), range(1536 + 16, 1536 + 58)));
-    for (const std::uint32_t none : {0u, 2u, 0x80000000u}) {
-        put32(image.bytes, 28, none);
-        EXPECT_THAT(searched(image.bytes), IsEmpty()) << none;
-    }
-    // A page that the file does not hold whole is not looked at.
-    put32(image.bytes, 28, 0x7FFFFFFF);
-    image.bytes.resize(512 * 3 + 511);
-    EXPECT_EQ(searched(image.bytes).size(), 43u);
-}
-
-TEST(PageWalkTest, AutoVacuumReadsPagesUpToTheLastRootAndTheRestRaw) {
-    FileImage image(512, 5);
-    for (unsigned page = 2; page <= 5; ++page) image.btree(page, 13, 0, 60);
-    image.largestRootPage(3);
-    image.bytes.resize(512 * 5 + 100);
-    const Offsets raw = join(range(1536, 2046), range(2048, 2558));
-    EXPECT_EQ(searched(image.bytes), join(range(1024 + 16, 1024 + 58), raw));
-    // Nothing is left behind the last root: the page passes alone.
-    image.largestRootPage(0x7FFFFFFF);
-    EXPECT_EQ(searched(image.bytes).size(), 3u * 43);
-}
-
-TEST(PageWalkTest, PointerMapPagesAreLeftOut) {
-    // 100 entries fill a page of 500 bytes: the next map is page 100 + 2 + 1, the one after that
-    // directly behind it.
-    FileImage image(500, 106);
-    const auto fill = [&](unsigned page) {
-        for (unsigned entry = 0; entry < 99; ++entry) {
-            image.bytes[image.pageStart(page) + entry * 5] = 5;
-        }
-    };
-    fill(2);
-    image.largestRootPage(106);
-    for (unsigned page = 103; page <= 106; ++page) image.btree(page, 5, 0, 60);
-    EXPECT_EQ(searched(image.bytes).size(), 3u * 43);
-    fill(103);
-    EXPECT_EQ(searched(image.bytes).size(), 2u * 43);
-    // With one entry missing no further map follows.
-    image.bytes[image.pageStart(2) + 490] = 0;
-    EXPECT_EQ(searched(image.bytes).size(), 3u * 43);
-}
-
-TEST(PageWalkTest, FreeListPassCountsBlocksFromTheStartOfTheFile) {
-    FileImage image(512, 4);
-    put32(image.bytes, 28, 0);
-    image.trunkPage(4);
-    image.bytes.resize(512 * 4 + 20);
-    EXPECT_EQ(searched(image.bytes), join(range(1536, 2046), range(2048, 2066)));
-    image.trunkPage(1);  // four whole blocks: the short one is not reached
-    EXPECT_EQ(searched(image.bytes).size(), 4u * 511);
-    image.trunkPage(5);
-    EXPECT_EQ(searched(image.bytes), range(2048, 2066));
-    for (const std::uint32_t page : {6u, 0x7FFFFFFFu, 0x80000000u, 0u}) {
-        image.trunkPage(page);
-        EXPECT_THAT(searched(image.bytes), IsEmpty()) << page;
-    }
-}
-
-TEST(PageWalkTest, FirstFailingReadEndsARawPass) {
-    const auto pattern = makePattern("[0];[77]");
-    FileImage image(512, 4);
-    put32(image.bytes, 28, 0);
-    for (const std::size_t at : {600u, 1100u}) image.bytes[at] = 77;
-    image.trunkPage(2);
-    EXPECT_EQ(searched(image.bytes, pattern), Offsets{599});
-    image.trunkPage(0);
-    image.largestRootPage(1);
-    EXPECT_EQ(searched(image.bytes, pattern), Offsets{599});
-    // The full search goes on with the next page.
-    image.largestRootPage(4);
-    EXPECT_EQ(searched<AbstractSQLiteRecoveryFullSearch>(image.bytes, pattern), Offsets{1099});
-}
-
-TEST(PageWalkTest, FullSearchTakesPagesOfAnyTypeWhole) {
-    FileImage image(512, 4);
-    image.btree(3, 2, 3, 200);
-    EXPECT_EQ(searched<AbstractSQLiteRecoveryFullSearch>(image.bytes),
-              join(range(1024, 1534), range(1536, 2046)));
 }
 
 TEST(PageWalkTest, OddFilesYieldNothing) {

@@ -11,85 +11,45 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Carver = NotingCarver<>;
 
-/// `bytes` followed by zeroes up to `size`.
-Buffer padded(Buffer bytes, std::size_t size) {
-    bytes.resize(size);
-    return bytes;
-}
-
-TEST(MatcherTest, EarlierPatternWinsWhereverItMatches) {
-    // The second pattern fits at 0, the first only at 20.
-    Buffer data = padded({9, 77, 0}, 60);
-    data[21] = 66;
-    Carver carver({makePattern("[0];[66];[0]"), makePattern("[0];[77];[0]")});
-    const auto info = carver.FindSQLiteTableHeader(data, 0);
-    ASSERT_TRUE(info && info->Valid);
-    EXPECT_EQ(info->HeaderStartIndex, 20);
-    const auto later = carver.FindSQLiteTableHeader(data, 21);
-    EXPECT_FALSE(later);  // the first pattern's failing read ends the search for the second, too
-}
-
 TEST(MatcherTest, HeadersAtTheEndOfTheData) {
+    const Buffer longRowId = Buffer(8, 0xFF) + Buffer{1};
+    constexpr int kFailed = -1;
     const struct {
         const char* what;
         const char* header;
         Buffer data;
-        bool failed;
-        bool valid;
-        std::int64_t start;
-        std::size_t entries;
+        int entries;  ///< of the header, 0 without a match
     } cases[] = {
-        {"one column fits anywhere", "[0]", Buffer(3, 7), false, true, 0, 1},
-        {"more columns than bytes", "[0];[5];[5];[5]", Buffer(3, 7), false, false, 0, 0},
-        {"span of nine does not fit", "[0];[5]", Buffer(9, 5), true, false, 0, 0},
-        {"span of nine fits", "[0];[5]", Buffer(10, 5), false, true, 0, 2},
+        {"one column fits anywhere", "[0]", Buffer(3, 7), 1},
+        {"more columns than bytes", "[0];[5];[5];[5]", Buffer(3, 7), 0},
+        {"span of nine does not fit", "[0];[5]", Buffer(9, 5), kFailed},
+        {"span of nine fits", "[0];[5]", Buffer(10, 5), 2},
         {"enough columns to stay clear of the end", "[0];[5];[5];[5];[5];[5];[5];[5];[5];[5]",
-         Buffer(19, 7), false, false, 0, 0},
-        {"row id swallows the rest",
-         "[1];[0];[0];[5]",
-         {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1},
-         false,
-         true,
-         0,
-         3},
-        {"cut off behind a long row id",
-         "[1];[0];[0];[5];[5]",
-         {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1, 3, 0},
-         false,
-         true,
-         0,
-         3},
+         Buffer(19, 7), 0},
+        {"row id swallows the rest", "[1];[0];[0];[5]", longRowId, 3},
+        {"cut off behind a long row id", "[1];[0];[0];[5];[5]", longRowId + Buffer{3, 0}, 3},
     };
-    for (const auto& one : cases) {
-        Carver carver({makePattern(one.header)});
-        const auto info = carver.FindSQLiteTableHeader(one.data, 0);
-        EXPECT_EQ(!info, one.failed) << one.what;
+    for (const auto& [what, header, data, entries] : cases) {
+        Carver carver({makePattern(header)});
+        const auto info = carver.FindSQLiteTableHeader(data, 0);
+        ASSERT_EQ(!info, entries == kFailed) << what;
         if (!info) continue;
-        EXPECT_EQ(info->Valid, one.valid) << one.what;
-        EXPECT_EQ(info->Header.size(), one.entries) << one.what;
-        EXPECT_EQ(info->HeaderStartIndex, one.start) << one.what;
+        EXPECT_EQ(info->Valid, entries > 0) << what;
+        EXPECT_EQ(info->Header.size(), static_cast<std::size_t>(entries)) << what;
+        EXPECT_EQ(info->HeaderStartIndex, 0) << what;
     }
 }
 
 TEST(MatcherTest, RowIdPatternTakesTwoBytesUnchecked) {
-    const Buffer data = padded({0x81, 0x01, 99, 88, 4, 0x82, 0x00}, 40);
+    const Buffer data = Buffer{0x81, 0x01, 99, 88, 4, 0x82, 0x00} + Buffer(33, 0);
     Carver carver({makePattern("[1];[0];[0];[4];[-20]")});
     const auto info = carver.FindSQLiteTableHeader(data, 0);
     ASSERT_TRUE(info && info->Valid);
     EXPECT_EQ(info->RowId, 129);
-    const std::vector<std::array<std::int64_t, 2>> entries{
-        {0, 2}, {0, 1}, {0, 1}, {4, 1}, {256, 2}};
-    EXPECT_EQ(info->Header, entries);
+    EXPECT_THAT(info->Header, ElementsAre(ElementsAre(0, 2), ElementsAre(0, 1), ElementsAre(0, 1),
+                                          ElementsAre(4, 1), ElementsAre(256, 2)));
     EXPECT_EQ(info->DataStartIndex(), 7);
     EXPECT_EQ(info->DataContentLength(), 7);
-}
-
-TEST(MatcherTest, ARowIdOfAnotherPatternDoesNotStay) {
-    const Buffer data = padded({5, 0, 0, 1, 0, 0, 0, 9}, 60);
-    Carver carver(
-        {makePattern("[1];[0];[0];[99];[0];[0];[0];[0];[0];[0];[0];[0]"), makePattern("[0];[9]")});
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_THAT(carver.rowIds, ElementsAre(1));
 }
 
 TEST(RecordLoopTest, DecodesSerialTypes) {
@@ -191,126 +151,24 @@ TEST(RecordLoopTest, FirstCarvingOfARowIdWins) {
     EXPECT_THAT(carver.rowIds, ElementsAre(5));
 }
 
-/// Two mapped texts of 12 bytes each. `rule` is asked once per text.
-struct CorrectionTest : ::testing::Test {
-    Carver carver{{makePattern("[0];[37];[37]", {{"a", 1}, {"b", 2}})}};
-    std::vector<std::int32_t> answers;
-    std::size_t asked = 0;
-    Buffer record = Buffer{0, 37, 37} + bytesOf("abcdefghijklmnopqrstuvwx");
-
-    void SetUp() override {
-        carver.position = [this](Bytes) {
-            return asked < answers.size() ? answers[asked++] : -100;
-        };
-    }
-    std::vector<std::string> texts() const {
-        std::vector<std::string> result;
-        for (const auto& one : carver.columns) result.push_back(std::get<std::string>(*one.value));
-        return result;
-    }
-};
-
-TEST_F(CorrectionTest, WholeTextIsReadAgainWithoutBeingAsked) {
-    answers = {2};
-    carver.ParseHeaderAndData(record + Buffer(20, 7), 0);
-    // The second reading clears everything at its first text, yet keeps its own data start.
-    EXPECT_THAT(texts(), ElementsAre("abcdefghijkl", "cdefghijklmn", "opqrstuvwx\7\7"));
-    EXPECT_EQ(asked, 1u);
-    EXPECT_EQ(carver._dataOffset, 0);
-    EXPECT_FALSE(carver._dataReposition || carver._dontAttemptAgain);
-    EXPECT_EQ(carver.offsets.size(), 1u);
-}
-
-TEST_F(CorrectionTest, SecondReadingIsFinal) {
-    answers = {2, 3};
-    carver.ParseHeaderAndData(record + Buffer(20, 7), 0);
-    EXPECT_EQ(texts().size(), 3u);
-    EXPECT_EQ(asked, 2u);
-    EXPECT_EQ(carver._dataOffset, 0);
-    EXPECT_EQ(carver.offsets.size(), 1u);
-}
-
-TEST_F(CorrectionTest, AppliesBothEndsOfTheRangeOnly) {
+// A text may ask for its record to be read anew from up to six bytes away; one that would then
+// begin before the data ends the region.
+TEST(RecordLoopTest, CorrectionsReachSixBytes) {
     const struct {
         std::int32_t answer;
-        std::size_t texts;
-    } cases[] = {{-7, 2}, {-3, 3}, {6, 3}, {7, 2}, {0, 2}, {-100, 2}};
-    for (const auto& [answer, count] : cases) {
-        carver.columns.clear();
-        asked = 0;
-        answers = {answer};
+        std::size_t texts, records;
+    } cases[] = {{-7, 2, 1}, {-6, 1, 0}, {-3, 3, 1}, {6, 3, 1}, {7, 2, 1}, {0, 2, 1}, {-100, 2, 1}};
+    const Buffer record = Buffer{0, 37, 37} + bytesOf("abcdefghijklmnopqrstuvwx");
+    for (const auto& [answer, texts, records] : cases) {
+        Carver carver({makePattern("[0];[37];[37]")});
+        bool asked = false;
+        carver.position = [&asked, first = answer](Bytes) {
+            return std::exchange(asked, true) ? -100 : first;
+        };
         carver.ParseHeaderAndData(record + Buffer(20, 7), 0);
-        EXPECT_EQ(texts().size(), count) << answer;
+        EXPECT_EQ(carver.columns.size(), texts) << answer;
+        EXPECT_EQ(carver.offsets.size(), records) << answer;
     }
-}
-
-TEST_F(CorrectionTest, CutOffTextIsAskedAgainInItsSecondReading) {
-    // 25 bytes are declared, 14 are there.
-    const Buffer data = Buffer{0, 63} + Buffer(14, 'y');
-    carver.tablePatterns = {makePattern("[0];[63]")};
-    answers = {1, 3};
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_EQ(asked, 2u);
-    EXPECT_EQ(carver.offsets.size(), 1u);
-    EXPECT_TRUE(carver._dontAttemptAgain);
-    EXPECT_FALSE(carver._dataReposition);
-    EXPECT_EQ(carver._dataOffset, 0);
-
-    // A region too small to be searched leaves the mark, any other clears it at its start.
-    carver.ParseHeaderAndData(Buffer(15, 0), 0);
-    EXPECT_TRUE(carver._dontAttemptAgain);
-    answers = {1, 3, 0};
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_EQ(asked, 3u);
-    EXPECT_FALSE(carver._dontAttemptAgain);
-}
-
-TEST_F(CorrectionTest, NextTextFindsTheMarkAndClearsIt) {
-    carver.tablePatterns = {makePattern("[0];[63];[63]")};
-    answers = {1, 3, 5};
-    carver.ParseHeaderAndData(Buffer{0, 63, 63} + Buffer(14, 'y'), 0);
-    EXPECT_EQ(asked, 2u);
-    EXPECT_FALSE(carver._dontAttemptAgain);
-    EXPECT_EQ(carver.offsets.size(), 1u);
-}
-
-TEST_F(CorrectionTest, CorrectionStaysInForceUntilATextClearsIt) {
-    const Buffer data = Buffer{0, 63} + Buffer(14, 'y');
-    carver.tablePatterns = {makePattern("[0];[63]")};
-    answers = {2, 0};
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_EQ(carver._dataOffset, 2);
-    answers = {};
-    carver.columns.clear();
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_THAT(texts(), ElementsAre(std::string(12, 'y')));
-    EXPECT_EQ(carver._dataOffset, 2);
-}
-
-TEST_F(CorrectionTest, RereadWithoutOpinionRepeatsItsStateAndEndsTheRegion) {
-    carver.tablePatterns = {makePattern("[0];[63]")};
-    answers = {1, -100};
-    EXPECT_EQ(carver.ParseHeaderAndData(Buffer{0, 63} + Buffer(14, 'y'), 0), RegionEnd::Done);
-    EXPECT_EQ(texts().size(), 2u);
-    EXPECT_THAT(carver.offsets, IsEmpty());
-    EXPECT_TRUE(carver._dataReposition);
-}
-
-TEST_F(CorrectionTest, BackwardCorrections) {
-    // A text that would begin before the data ends the region, other columns are just not there.
-    answers = {-6};
-    EXPECT_EQ(carver.ParseHeaderAndData(record + Buffer(20, 7), 0), RegionEnd::ReadFailed);
-    EXPECT_THAT(carver.offsets, IsEmpty());
-    EXPECT_EQ(carver._dataOffset, -6);
-
-    // The loop is led back to an offset in the same state and ends there.
-    carver.tablePatterns = {makePattern("[0];[8]")};
-    carver._dataOffset = -3;
-    carver._dataReposition = false;
-    Buffer data(40, 7);
-    data[5] = 8;
-    EXPECT_EQ(carver.ParseHeaderAndData(data, 0), RegionEnd::Done);
-    EXPECT_EQ(carver.offsets.size(), 2u);
 }
 
 TEST(DataPositionTest, LooksForTheFirstDashOfOneField) {

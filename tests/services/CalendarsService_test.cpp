@@ -1,8 +1,5 @@
 #include "services/CalendarsService.h"
 
-#include <gmock/gmock.h>
-
-#include "services/database/DatabaseNames.h"
 #include "tests/services/CategoryFixture.h"
 
 namespace salvor {
@@ -38,19 +35,11 @@ std::string identifier(int number) {
 }
 
 std::string items(const std::string& rows) {
-    return std::string("CREATE TABLE CalendarItem") + kItemColumns +
-           ";INSERT INTO CalendarItem VALUES" + rows +
-           ";CREATE TABLE Location(title); INSERT INTO Location VALUES('Room')";
+    return table("CalendarItem", kItemColumns, rows) + table("Location", "(title)", "('Room')");
 }
 
 class Calendars : public CategoryFixture {
   protected:
-    static std::vector<std::string> summaries(const List<Calendar>& events) {
-        std::vector<std::string> texts;
-        for (const auto& event : events) texts.push_back(event->Summary.value_or("-"));
-        return texts;
-    }
-
     CalendarsService service{state};
 };
 
@@ -62,8 +51,10 @@ TEST_F(Calendars, CarvesEventsAndKeepsThoseWithoutALiveRow) {
                               itemRow(102, "Lunch with Ada", 400086400, identifier(22)) + "," +
                               itemRow(103, "", 400086500, identifier(23))}});
     service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(summaries(state.DeletedCalendar), ElementsAre("", "Lunch with Ada", "summary"));
-    EXPECT_THAT(summaries(service.recoveredFiltered()), ElementsAre("Lunch with Ada"));
+    EXPECT_THAT(textsOf(state.DeletedCalendar, &Calendar::Summary),
+                ElementsAre("", "Lunch with Ada", "summary"));
+    EXPECT_THAT(textsOf(service.recoveredFiltered(), &Calendar::Summary),
+                ElementsAre("Lunch with Ada"));
     EXPECT_EQ(service.recovered(), 1);
     EXPECT_EQ(state.DeletedCalendarCount, 3);
     EXPECT_EQ(state.DeletedCalendar[1]->StartDate, "2013-09-05 15:06:40");
@@ -112,14 +103,8 @@ TEST_F(Calendars, TheCheckForLiveEventsAsksForPersons) {
         EXPECT_THAT(service.model(), IsEmpty());
         EXPECT_EQ(service.retrieved(), 0);
     }
-    write(CalendarsSqliteDbName,
-          "CREATE TABLE ABPerson(First, Last, Middle, FirstPhonetic, MiddlePhonetic, LastPhonetic, "
-          "Organization, Department, Note, Kind, Birthday, JobTitle, Nickname, Prefix, Suffix, "
-          "FirstSort, LastSort, CreationDate, ModificationDate, CompositeNameFallback, "
-          "ExternalIdentifier, ExternalModificationTag, ExternalUUID, StoreID, DisplayName, "
-          "ExternalRepresentation, FirstSortSection, LastSortSection, FirstSortLanguageIndex, "
-          "LastSortLanguageIndex, PersonLink, ImageURI, IsPreferredName);"
-          "INSERT INTO ABPerson(First) VALUES('a'),('b'),('c')");
+    write(CalendarsSqliteDbName, table("ABPerson", kPersonColumns) +
+                                     "INSERT INTO ABPerson(First) VALUES('a'),('b'),('c')");
     service.checkForExisitngData(device);
     EXPECT_EQ(service.retrieved(), 3);
     ASSERT_EQ(service.model().size(), 3U);

@@ -1,12 +1,8 @@
 #include "services/InternetHistoryService.h"
 
-#include <cstdlib>
-#include <gtest/gtest.h>
-
-#include "tests/support/TempFolder.h"
-#include "tools/sample/Digest.h"
+#include "tests/support/ScanFixture.h"
+#include "tests/support/Told.h"
 #include "tools/sample/PropertyList.h"
-#include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 namespace {
@@ -16,25 +12,19 @@ constexpr auto kNewerList = "ed50eadf14505ef0b433e0c4a380526ad6656d3a";
 constexpr auto kOlderList = "1d6740792a2b845f4c1e6220c43906d7f0afe8ab";
 constexpr auto kSuspendState = "daa5ae5308250ad766b12e280198bc3a432b671e";
 
-class BrowserHistory : public testing::Test {
+class BrowserHistory : public ScanFixture {
   protected:
-    BrowserHistory() {
-        ::setenv("TZ", "UTC", 1);
-        ::tzset();
-        state.BACKUP_DIRECTORY = folder.path().string();
-        state.INTERNET_HISTROY_DATABASE = kSuspendState;
-    }
+    BrowserHistory() { state.INTERNET_HISTROY_DATABASE = kSuspendState; }
 
     /// The two tables with one page and the visits given as SQL rows.
     void database(const char* name, const std::string& visits) {
-        SqliteFile file(folder / name, {});
-        file.execute("CREATE TABLE history_items (id INTEGER PRIMARY KEY, url, visit_count)");
-        file.execute(
-            "CREATE TABLE history_visits (id INTEGER PRIMARY KEY, history_item INTEGER, "
-            "visit_time, title)");
-        file.execute("INSERT INTO history_items VALUES (1, 'https://a', 3)");
-        if (!visits.empty()) file.execute("INSERT INTO history_visits VALUES " + visits);
-        file.close();
+        write(name,
+              "CREATE TABLE history_items (id INTEGER PRIMARY KEY, url, visit_count);"
+              "CREATE TABLE history_visits (id INTEGER PRIMARY KEY, history_item INTEGER, "
+              "visit_time, title);"
+              "INSERT INTO history_items VALUES (1, 'https://a', 3);"
+              "INSERT INTO history_visits VALUES " +
+                  visits);
     }
 
     void propertyList(const char* name) {
@@ -53,21 +43,16 @@ class BrowserHistory : public testing::Test {
     }
 
     /// Number, address, date, title and count of each row listed.
-    std::vector<std::string> rows() {
+    Texts rows() {
         InternetHistoryService(state).RecoverFromIOSBackup(DeviceInfo{});
-        std::vector<std::string> texts;
+        Texts texts;
         for (const auto& row : state.InternetContent) {
-            texts.push_back(std::to_string(row->SlNo) + " " + row->Url.value_or("-") + " " +
-                            row->LastVisitedDate.value_or("-") + " " + row->Title.value_or("-") +
-                            " " + std::to_string(row->VisitCount));
+            texts.push_back(joined({std::to_string(row->SlNo), row->Url, row->LastVisitedDate,
+                                    row->Title, std::to_string(row->VisitCount)}));
             EXPECT_EQ(row->isChecked, 0);
         }
         return texts;
     }
-
-    using Rows = std::vector<std::string>;
-    TempFolder folder;
-    ScanState state;
 };
 
 TEST_F(BrowserHistory, ListsVisitsFromTheLatestOnAndEqualOnesByNumber) {
@@ -75,8 +60,8 @@ TEST_F(BrowserHistory, ListsVisitsFromTheLatestOnAndEqualOnesByNumber) {
     state.AllInternetContent = {std::make_shared<InternetHistory>()};
     state.AllDeletedInternet = {std::make_shared<InternetHistory>()};
     EXPECT_EQ(rows(),
-              (Rows{"1 https://a 2001-01-01 01:00:00  3", "2 https://a 2001-01-01 00:01:00 - 3",
-                    "3 https://a 2001-01-01 00:01:00 b 3"}));
+              (Texts{"1|https://a|2001-01-01 01:00:00||3", "2|https://a|2001-01-01 00:01:00|-|3",
+                     "3|https://a|2001-01-01 00:01:00|b|3"}));
     EXPECT_EQ(state.AllInternetContent, state.InternetContent);
     EXPECT_TRUE(state.AllDeletedInternet.empty());
     EXPECT_EQ(state.InternetCount, 3);
@@ -85,22 +70,22 @@ TEST_F(BrowserHistory, ListsVisitsFromTheLatestOnAndEqualOnesByNumber) {
 TEST_F(BrowserHistory, ListsAHistoryOfTwoPlacesTwice) {
     for (const char* name : {kDatabase, kNewerList, kOlderList}) database(name, "(1, 1, 60, 't')");
     EXPECT_EQ(rows(),
-              (Rows{"1 https://a 2001-01-01 00:01:00 t 3", "2 https://a 2001-01-01 00:01:00 t 3",
-                    "3 https://a 2001-01-01 00:01:00 t 3"}));
+              (Texts{"1|https://a|2001-01-01 00:01:00|t|3", "2|https://a|2001-01-01 00:01:00|t|3",
+                     "3|https://a|2001-01-01 00:01:00|t|3"}));
 }
 
 TEST_F(BrowserHistory, ReadsThePropertyListOfOlderVersions) {
     database(kNewerList, "(1, 1, 60, 't')");
     propertyList(kOlderList);
     EXPECT_EQ(rows(),
-              (Rows{"1 https://a 2001-01-01 00:01:00 t 3", "2 https://a 2001-01-01 00:01:00 T 3",
-                    "3 - - - 2147483647", "4 - - - 0"}));
+              (Texts{"1|https://a|2001-01-01 00:01:00|t|3", "2|https://a|2001-01-01 00:01:00|T|3",
+                     "3|-|-|-|2147483647", "4|-|-|-|0"}));
 }
 
 // The scan's own name of the file follows the WhatsApp database; this service never asks for it.
 TEST_F(BrowserHistory, LeavesTheOpenPagesAlone) {
     database(kSuspendState, "(1, 1, 60, 't')");
-    EXPECT_EQ(rows(), Rows{});
+    EXPECT_EQ(rows(), Texts{});
 }
 
 TEST_F(BrowserHistory, BadFilesAreEmptyAndTheOthersWhole) {
@@ -119,7 +104,7 @@ TEST_F(BrowserHistory, BadFilesAreEmptyAndTheOthersWhole) {
         state.InternetContent.clear();
         writeWholeFile(folder / kDatabase, bad);
         writeWholeFile(folder / kNewerList, sound);
-        EXPECT_EQ(rows(), Rows{"1 https://a 2001-01-01 00:01:00 t 3"});
+        EXPECT_EQ(rows(), Texts{"1|https://a|2001-01-01 00:01:00|t|3"});
     }
 }
 

@@ -1,14 +1,12 @@
 #include "services/NotesServices.h"
 
-#include <gmock/gmock.h>
-
-#include "services/database/DatabaseNames.h"
 #include "tests/services/CategoryFixture.h"
 
 namespace salvor {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
 
 constexpr auto kNoteColumns =
     "(Z_PK INTEGER PRIMARY KEY, Z_ENT, Z_OPT, ZCONTAINSCJK, ZCONTENTTYPE, ZDELETEDFLAG, "
@@ -32,9 +30,7 @@ std::string bodyRow(int key, int owner, const std::string& content) {
 }
 
 std::string liveTables(const std::string& notes, const std::string& bodies) {
-    return std::string("CREATE TABLE ZNOTE") + kNoteColumns + ";CREATE TABLE ZNOTEBODY" +
-           kBodyColumns + ";INSERT INTO ZNOTE VALUES" + notes + ";INSERT INTO ZNOTEBODY VALUES" +
-           bodies;
+    return table("ZNOTE", kNoteColumns, notes) + table("ZNOTEBODY", kBodyColumns, bodies);
 }
 
 class Notes : public CategoryFixture {
@@ -49,20 +45,12 @@ class Notes : public CategoryFixture {
                                   noteRow(13, 103, "three")}});
     }
 
-    std::vector<std::string> deletedNotes() const {
-        std::vector<std::string> lines;
+    Texts deletedNotes() const {
+        Texts lines;
         for (const auto& note : state.DeletedNotes)
             lines.push_back(
                 joined({note->Title, note->noteBody ? note->noteBody->Content : Text()}));
-        std::sort(lines.begin(), lines.end());
         return lines;
-    }
-
-    static std::vector<std::string> contents(const NotesServices& service) {
-        std::vector<std::string> list;
-        for (const auto& record : service.carvedBodies())
-            list.push_back(dynamic_cast<const NoteBody&>(*record).Content.value_or("-"));
-        return list;
     }
 
     void addDeletedNote(const char* title, int bodyId, const char* body = nullptr) {
@@ -82,7 +70,8 @@ TEST_F(Notes, JoinsEachDeletedNoteToTheFirstBodyThatItOwns) {
     storeSample(NotesIOS641SqliteDbName);
     NotesServices service(state);
     service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(deletedNotes(), ElementsAre("one|first of one", "three|-", "two|body of two"));
+    EXPECT_THAT(deletedNotes(),
+                UnorderedElementsAre("one|first of one", "three|-", "two|body of two"));
     EXPECT_EQ(state.AllDeletedNotes, state.DeletedNotes);
     EXPECT_EQ(state.DeletedNoteCount, 3);
     EXPECT_EQ(service.recovered(), 3);
@@ -94,21 +83,15 @@ TEST_F(Notes, JoinsEachDeletedNoteToTheFirstBodyThatItOwns) {
     EXPECT_EQ(service.retrieved(), 0);
 }
 
-TEST_F(Notes, ABodyOnceAttachedStays) {
+TEST_F(Notes, ABodyOnceAttachedStaysAndAListedNoteIsNotListedAgain) {
     addDeletedNote("seen", 101, "its own");
     addDeletedNote("bare", 102);
+    addDeletedNote("listed", 103);
+    state.DeletedNotes.back()->RowId = 12;
     storeSample(NotesIOS641SqliteDbName);
     NotesServices(state).RecoverFromIOSBackup(device);
-    EXPECT_THAT(deletedNotes(), ElementsAre("bare|body of two", "one|first of one", "seen|its own",
-                                            "three|-", "two|body of two"));
-}
-
-TEST_F(Notes, ANoteThatIsListedAlreadyIsNotListedAgain) {
-    addDeletedNote("listed", 102);
-    state.DeletedNotes.front()->RowId = 12;
-    storeSample(NotesIOS641SqliteDbName);
-    NotesServices(state).RecoverFromIOSBackup(device);
-    EXPECT_THAT(deletedNotes(), ElementsAre("listed|body of two", "one|first of one", "three|-"));
+    EXPECT_THAT(deletedNotes(), UnorderedElementsAre("bare|body of two", "one|first of one",
+                                                     "seen|its own", "three|-", "listed|-"));
 }
 
 // The older note bodies are what is carved on iOS 9 too, out of the newer store.
@@ -122,7 +105,8 @@ TEST_F(Notes, OnIos9ReadsTheOlderStoreAndCarvesTheNewerOne) {
     ASSERT_EQ(service.model().size(), 1U);
     EXPECT_EQ(dynamic_cast<const Note&>(*service.model()[0]).Title, "older");
     EXPECT_EQ(service.SqliteDbName(), NotesIOS9SqliteDbName);
-    EXPECT_THAT(deletedNotes(), ElementsAre("one|first of one", "three|-", "two|body of two"));
+    EXPECT_THAT(deletedNotes(),
+                UnorderedElementsAre("one|first of one", "three|-", "two|body of two"));
 }
 
 TEST_F(Notes, ReadsLiveNotesWithTheBodyOfTheSameKey) {
@@ -133,12 +117,11 @@ TEST_F(Notes, ReadsLiveNotesWithTheBodyOfTheSameKey) {
                          bodyRow(6, 5, "of 5")));
     NotesServices service(state);
     service.getWhatisExisting(device);
-    std::vector<std::string> lines;
-    for (const auto& record : service.model()) {
-        const auto& note = dynamic_cast<const Note&>(*record);
-        lines.push_back(joined({note.CreatedDate, note.ModificationDate, note.Title, note.Summary,
-                                note.noteBody->Content}));
-        EXPECT_FALSE(note.Recovered);
+    Texts lines;
+    for (const auto* note : recordsOf<Note>(service)) {
+        lines.push_back(joined({note->CreatedDate, note->ModificationDate, note->Title,
+                                note->Summary, note->noteBody->Content}));
+        EXPECT_FALSE(note->Recovered);
     }
     EXPECT_THAT(lines, ElementsAre("2001-01-01 00:01:00|2001-01-01 01:00:00|a|about a|<b>of 4</b>",
                                    "2001-01-01 00:01:00|2001-01-01 01:00:00|b|about b|of 3"));
@@ -153,13 +136,16 @@ TEST_F(Notes, FilteringDropsBodiesThatAreAttachedAndAttachesTheOthers) {
           {{kBodyColumns, rows}});
     NotesServices service(state);
     service.RecoverFromIOSBackup(device);
-    ASSERT_THAT(contents(service), ElementsAre("other", "fresh", "fresh", "late", "taken"));
+    ASSERT_THAT(textsOf(service.carvedBodies(), &NoteBody::Content),
+                ElementsAre("other", "fresh", "fresh", "late", "taken"));
     addDeletedNote("has one", 7, "taken");
     addDeletedNote("waits", 101);
     addDeletedNote("waits too", 101);
     service.AdditionalFiltering();
-    EXPECT_THAT(contents(service), ElementsAre("other", "fresh", "late"));
-    EXPECT_THAT(deletedNotes(), ElementsAre("has one|taken", "waits too|fresh", "waits|fresh"));
+    EXPECT_THAT(textsOf(service.carvedBodies(), &NoteBody::Content),
+                ElementsAre("other", "fresh", "late"));
+    EXPECT_THAT(deletedNotes(),
+                UnorderedElementsAre("has one|taken", "waits too|fresh", "waits|fresh"));
     EXPECT_EQ(service.FindNoteBodyFromOwner(101)->Content, "fresh");
     EXPECT_EQ(service.FindNoteBodyFromOwner(8), nullptr);
 }

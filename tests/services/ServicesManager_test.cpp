@@ -2,13 +2,14 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 #include "services/MessageServices.h"
 #include "services/messageServicesIOS7_8.h"
+#include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {
@@ -98,24 +99,22 @@ TEST_F(Manager, DrivesTheChatLayoutWhateverTheVersion) {
 }
 
 TEST_F(Manager, ServicesFindTheirDatabase) {
-    auto name = (std::filesystem::temp_directory_path() / "salvor-services-XXXXXX").string();
-    const std::filesystem::path folder = mkdtemp(name.data());
-    state.BACKUP_DIRECTORY = folder.string();
+    const TempFolder folder;
+    state.BACKUP_DIRECTORY = folder.path().string();
     const RecordingService service(state, "3dname", calls);
     EXPECT_EQ(service.ConnectionFileFullPath(device), folder / "3dname");
     EXPECT_EQ(service.ConnectionString(device), std::nullopt);
     std::filesystem::create_directory(folder / "3d");
-    std::ofstream(folder / "3d" / "3dname") << "x";
-    EXPECT_EQ(service.ConnectionString(device), folder / "3d" / "3dname");
+    writeWholeFile(folder / "3d/3dname", "x");
+    EXPECT_EQ(service.ConnectionString(device), folder / "3d/3dname");
     device.fullPath = "";
-    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "3d" / "3dname");
+    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "3d/3dname");
     device.fullPath = (folder / "own").string();
     EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "own");
     EXPECT_EQ(service.ConnectionString(device), std::nullopt);
     EXPECT_EQ(service.retrieved(), 0);
     EXPECT_EQ(service.recovered(), 0);
     EXPECT_TRUE(service.model().empty());
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "services/WhatsAppService.h"
 
-#include <gmock/gmock.h>
-
-#include "services/database/DatabaseNames.h"
 #include "tests/services/CategoryFixture.h"
 
 namespace salvor {
@@ -45,14 +42,11 @@ std::string sqlRows(const std::vector<Row>& rows) {
 }
 
 std::string liveTables(const std::string& sessions, const std::vector<Row>& rows) {
-    return std::string("CREATE TABLE ZWAMESSAGE") + kColumns + ";INSERT INTO ZWAMESSAGE VALUES" +
-           sqlRows(rows) +
-           ";CREATE TABLE ZWACHATSESSION(ZCONTACTJID, ZPARTNERNAME);"
-           "INSERT INTO ZWACHATSESSION VALUES" +
-           sessions +
-           ";"
-           "CREATE TABLE ZWAMEDIAITEM(Z_PK INTEGER PRIMARY KEY, ZMESSAGE, ZFILESIZE, "
-           "ZMOVIEDURATION, ZMEDIALOCALPATH, ZTHUMBNAILLOCALPATH, ZXMPPTHUMBPATH)";
+    return table("ZWAMESSAGE", kColumns, sqlRows(rows)) +
+           table("ZWACHATSESSION", "(ZCONTACTJID, ZPARTNERNAME)", sessions) +
+           table("ZWAMEDIAITEM",
+                 "(Z_PK INTEGER PRIMARY KEY, ZMESSAGE, ZFILESIZE, ZMOVIEDURATION, "
+                 "ZMEDIALOCALPATH, ZTHUMBNAILLOCALPATH, ZXMPPTHUMBPATH)");
 }
 
 class Chats : public CategoryFixture {
@@ -71,14 +65,8 @@ class Chats : public CategoryFixture {
                          {104, "4911@s.whatsapp.net", "me@s.whatsapp.net", "early one"}})}});
     }
 
-    static std::vector<std::string> texts(const List<WhatsApp>& rows) {
-        std::vector<std::string> list;
-        for (const auto& row : rows) list.push_back(row->zText.value_or("-"));
-        return list;
-    }
-
-    static std::vector<std::string> partners(const WhatsAppService& service) {
-        std::vector<std::string> lines;
+    static Texts partners(const WhatsAppService& service) {
+        Texts lines;
         for (const auto& partner : service.partners()) {
             std::string line = joined({partner->Phone, partner->ZPartnerName}) + ":";
             for (const auto& message : partner->ObservableCollection) {
@@ -96,7 +84,7 @@ class Chats : public CategoryFixture {
 TEST_F(Chats, GroupsWhatIsCarvedByPartnerAndListsItByDate) {
     storeDeleted(WhatsAppSqliteDbName);
     service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(texts(state.DeletedWhatsApp),
+    EXPECT_THAT(textsOf(state.DeletedWhatsApp, &WhatsApp::zText),
                 ElementsAre("early one", "in a group", "to Bob", "late one"));
     EXPECT_EQ(state.AllDeletedWhatsApp.size(), 4U);
     EXPECT_EQ(state.DeletedWhatsAppCount, 4);
@@ -134,7 +122,8 @@ TEST_F(Chats, WhatIsLiveByContentIsNotCarved) {
     state.AllWhatsAppContent.push_back(live);
     storeDeleted(WhatsAppSqliteDbName);
     service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(texts(state.DeletedWhatsApp), ElementsAre("early one", "in a group", "late one"));
+    EXPECT_THAT(textsOf(state.DeletedWhatsApp, &WhatsApp::zText),
+                ElementsAre("early one", "in a group", "late one"));
 }
 
 TEST_F(Chats, ReadsMessagesOnlyOfPartnersWhoseIdentifierIsAnExpression) {
@@ -165,43 +154,30 @@ TEST_F(Chats, ResolvesMediaBelowTheLibrary) {
     store(
         WhatsAppSqliteDbName,
         liveTables("('4922','Bob')", {{1, "4922", "me", "a"}}) +
-            ";INSERT INTO ZWAMEDIAITEM VALUES"
+            "INSERT INTO ZWAMEDIAITEM VALUES"
             "(1,11,4096,9,'Media/abc.jpg','unused','Media/abc.thumb'),(2,11,1,1,'later',NULL,NULL),"
             "(3,12,5000000000,0,'/Media/abc.jpg',NULL,NULL),(4,13,NULL,NULL,NULL,'x','/t'),"
             "(5,14,'big',x'00',x'FF',NULL,5)");
     service.getWhatisExisting(device);
-    struct {
-        std::int64_t message;
-        const char* media;  ///< path in the library as looked up
-        const char* original;
-        const char* thumbnail;
-        const char* originalThumbnail;
-        std::int64_t size;
-    } const cases[] = {
-        // Two slashes go in front of a path without one: deliberate.
-        {11, "//Media/abc.jpg", "Media/abc.jpg", "//Media/abc.thumb", "Media/abc.thumb", 4096},
-        {12, "/Media/abc.jpg", "/Media/abc.jpg", nullptr, nullptr, 5000000000},
-        {13, nullptr, nullptr, "/t", "/t", 0},
-        {14, nullptr, nullptr, "//5", "5", 0},
+    const auto path = [this](const std::string& location) {
+        return (folder / sampleDigest("AppDomain-net.whatsapp.WhatsApp-Library" + location))
+            .string();
     };
-    const auto path = [this](const char* location) -> Text {
-        if (location == nullptr) return std::nullopt;
-        const auto name =
-            sampleDigest("AppDomain-net.whatsapp.WhatsApp-Library" + std::string(location));
-        return (folder / name).string();
+    // Two slashes go in front of a path without one: deliberate.
+    const std::pair<std::int64_t, std::string> cases[] = {
+        {11, "ZMediaLocalPath=" + path("//Media/abc.jpg") +
+                 "|OriginalZMediaLocalPath=Media/abc.jpg|ZThumbnailLocalPath=" +
+                 path("//Media/abc.thumb") +
+                 "|OriginalZThumbnailLocalPath=Media/abc.thumb|ZFileSize=4096|ZMovieDuration=9"},
+        {12, "ZMediaLocalPath=" + path("/Media/abc.jpg") +
+                 "|OriginalZMediaLocalPath=/Media/abc.jpg|ZFileSize=5000000000"},
+        {13, "ZThumbnailLocalPath=" + path("/t") + "|OriginalZThumbnailLocalPath=/t"},
+        {14, "ZThumbnailLocalPath=" + path("//5") + "|OriginalZThumbnailLocalPath=5"},
     };
-    const auto text = [](const char* value) { return value ? Text(value) : Text(); };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.message);
-        const auto found = service.RetrieveWhatsAppMessageAttachments(device, c.message);
-        ASSERT_NE(found, nullptr);
-        EXPECT_EQ(found->ZMediaLocalPath, path(c.media));
-        EXPECT_EQ(found->OriginalZMediaLocalPath, text(c.original));
-        EXPECT_EQ(found->ZThumbnailLocalPath, path(c.thumbnail));
-        EXPECT_EQ(found->OriginalZThumbnailLocalPath, text(c.originalThumbnail));
-        EXPECT_EQ(found->ZFileSize, c.size);
-        EXPECT_EQ(found->ZMovieDuration, c.message == 11 ? 9 : 0);
-        EXPECT_FALSE(found->Recovered);
+    for (const auto& [message, expected] : cases) {
+        const auto found = service.RetrieveWhatsAppMessageAttachments(device, message);
+        ASSERT_NE(found, nullptr) << message;
+        EXPECT_EQ(told(*found), expected) << message;
     }
     EXPECT_EQ(service.RetrieveWhatsAppMessageAttachments(device, 99), nullptr);
     device.BackupLocation = "/elsewhere";
@@ -215,9 +191,9 @@ TEST_F(Chats, FindsProfilePicturesByEntryElseByNumber) {
           liveTables("('1@s.whatsapp.net','a'),('2@s.whatsapp.net','b'),('3@s.whatsapp.net','c'),"
                      "('4@s.whatsapp.net','d'),('5-6@g.us','e')",
                      {{1, "4922", "me", "a"}}) +
-              ";CREATE TABLE ZWAPROFILEPICTUREITEM(ZJID, ZPATH);"
-              "INSERT INTO ZWAPROFILEPICTUREITEM VALUES('1@s.whatsapp.net','Media/Profile/1-99'),"
-              "('5-6@g.us','../5-6-88'),(NULL,'x'),('4@s.whatsapp.net',NULL)");
+              table("ZWAPROFILEPICTUREITEM", "(ZJID, ZPATH)",
+                    "('1@s.whatsapp.net','Media/Profile/1-99'),('5-6@g.us','../5-6-88'),"
+                    "(NULL,'x'),('4@s.whatsapp.net',NULL)"));
     const std::vector<std::pair<const char*, std::vector<const char*>>> files = {
         {"a", {"1-99.jpg", "1-99.thumb", "1.jpg"}}, {"b", {"2.thumb"}}, {"e", {"5-6-88.jpg"}}};
     std::map<std::string, Text> expected = {{"c", std::nullopt}, {"d", std::nullopt}};

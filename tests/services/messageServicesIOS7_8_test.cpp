@@ -1,38 +1,28 @@
 #include "services/messageServicesIOS7_8.h"
 
-#include <gmock/gmock.h>
+#include "tests/support/MessageScan.h"
 
-#include "tests/carving/messages/MessageDatabase.h"
-
-namespace salvor::testing {
+namespace salvor {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
 
-std::vector<std::string> numbersOf(const ConversationContact& conversation) {
-    std::vector<std::string> numbers;
-    for (const auto& phone : conversation.PhoneNumbers) {
-        const auto* object = std::get_if<ContactPhoneNumber>(&phone);
-        numbers.push_back(object ? object->PhoneNumber.value_or("absent")
-                                 : std::get<std::string>(phone));
-    }
-    return numbers;
-}
-
-std::vector<std::string> textsOf(const ConversationContact& conversation) {
-    std::vector<std::string> texts;
+/// Who it is with, and then its messages.
+std::string line(const ConversationContact& conversation) {
+    auto bare = conversation;
+    bare.Messages.clear();
+    std::string text = told(bare);
     for (const auto& message : conversation.Messages) {
         EXPECT_EQ(message->ConversationContact.lock().get(), &conversation);
-        texts.push_back(message->Text.value_or("absent"));
+        text += "; " + message->Text.value_or("absent");
     }
-    return texts;
+    return text;
 }
 
 class ChatLayout : public MessageScan {
   protected:
     ChatLayout() {
-        database.makeChatLayout();
+        makeChatLayout();
         auto contact = std::make_shared<Contact>();
         contact->SlNo = -1;
         contact->FullName = "Ada";
@@ -45,140 +35,122 @@ class ChatLayout : public MessageScan {
         state.ContactContent.push_back(contact);
     }
 
-    const List<ConversationContact>& run(std::stop_token cancelled = {}) {
-        database.freeDeleted();
+    Texts run(std::stop_token cancelled = {}) {
         const auto service = MessageServices::initwithDevice(state, state.deviceInfo);
-        service->setStopToken(cancelled);
+        service->setStopToken(std::move(cancelled));
         service->RecoverFromIOSBackup(state.deviceInfo);
         EXPECT_EQ(state.Conversations, service->ConversationContacts());
-        return state.Conversations;
+        Texts lines;
+        for (const auto& conversation : state.Conversations) lines.push_back(line(*conversation));
+        return lines;
     }
 };
 
 TEST_F(ChatLayout, ChatsAreNamedByContactsOrBareHandles) {
-    database.insert("handle",
-                    "(31,'+15550100','us','SMS'),(32,'+15550109','us','SMS'),"
-                    "(33,'countess@example.org',NULL,'iMessage'),(34,'Shop',NULL,'SMS'),"
-                    "(35,'other@example.org',NULL,'iMessage')");
-    database.insert("chat", "(52,'g','b',NULL),(51,'g','a',NULL)");
-    database.exec(
-        "INSERT INTO chat_handle_join VALUES(51,31),(51,32),(52,33),(52,34),(52,35),(52,36)");
-    const auto& conversations = run();
-    ASSERT_EQ(conversations.size(), 2U);
-    const auto& first = *conversations[0];
-    EXPECT_EQ(first.ChatId, 51);
-    EXPECT_THAT(first.RowIds, ElementsAre("31", "32"));
-    EXPECT_THAT(numbersOf(first), ElementsAre("555 0100", "+15550109"));
-    EXPECT_THAT(first.Emails, ElementsAre("ada@example.org"));
-    EXPECT_THAT(first.Names, ElementsAre("Ada"));
-    EXPECT_FALSE(first.ContainsDeletedMessage);
-    EXPECT_TRUE(first.NotContainsDeletedMessage);
-    const auto& second = *conversations[1];
-    EXPECT_THAT(numbersOf(second), ElementsAre("555 0100, 555 0200"));
-    EXPECT_THAT(second.Emails, ElementsAre("ada@example.org", "other@example.org"));
-    EXPECT_THAT(second.Names, ElementsAre("Ada", "Shop"));
+    insert("handle",
+           "(31,'+15550100','us','SMS'),(32,'+15550109','us','SMS'),"
+           "(33,'countess@example.org',NULL,'iMessage'),(34,'Shop',NULL,'SMS'),"
+           "(35,'other@example.org',NULL,'iMessage')");
+    insert("chat", "(52,'g','b',NULL),(51,'g','a',NULL)");
+    insert("chat_handle_join", "(51,31),(51,32),(52,33),(52,34),(52,35),(52,36)");
+    EXPECT_THAT(
+        run(), ElementsAre(
+                   "Names=[Ada]|PhoneNumbers=[555 0100 + {PhoneNumber=+15550109|"
+                   "IsPhoneNumber=true}]|Emails=[ada@example.org]|RowIds=[31 + 32]|ChatId=51",
+                   "Names=[Ada + Shop]|PhoneNumbers=[{PhoneNumber=555 0100, 555 0200}]|"
+                   "Emails=[ada@example.org + other@example.org]|RowIds=[33 + 34 + 35]|ChatId=52"));
 }
 
 TEST_F(ChatLayout, CarvedHandlesInARowShareAConversation) {
-    database.insertDeleted(kHandleColumns,
-                           "(41,'+15550109','us','SMS'),(42,'+15550100','us','SMS'),"
-                           "(43,'+15550109','us','SMS'),(44,'+15550109','us','SMS')");
-    const auto& conversations = run();
-    ASSERT_EQ(conversations.size(), 3U);
-    EXPECT_THAT(conversations[0]->RowIds, ElementsAre("44", "43"));
-    EXPECT_EQ(conversations[0]->PhoneNumberHandleId, "+15550109");
-    EXPECT_THAT(numbersOf(*conversations[0]), IsEmpty());
-    EXPECT_THAT(conversations[1]->RowIds, ElementsAre("42"));
-    EXPECT_THAT(numbersOf(*conversations[1]), ElementsAre("555 0100, 555 0200"));
-    EXPECT_THAT(conversations[1]->Emails, ElementsAre("ada@example.org, countess@example.org"));
-    EXPECT_THAT(conversations[1]->Names, ElementsAre("Ada"));
-    EXPECT_THAT(conversations[2]->RowIds, ElementsAre("41"));
+    leaveDeleted({{kHandleColumns,
+                   "(41,'+15550109','us','SMS'),(42,'+15550100','us','SMS'),"
+                   "(43,'+15550109','us','SMS'),(44,'+15550109','us','SMS')"}});
+    EXPECT_THAT(run(), ElementsAre("RowIds=[44 + 43]|PhoneNumberHandleId=+15550109",
+                                   "Names=[Ada]|PhoneNumbers=[{PhoneNumber=555 0100, 555 0200}]|"
+                                   "Emails=[ada@example.org, countess@example.org]|RowIds=[42]|"
+                                   "PhoneNumberHandleId=+15550100",
+                                   "RowIds=[41]|PhoneNumberHandleId=+15550109"));
 }
 
 TEST_F(ChatLayout, CarvedMessagesFollowTheLiveOnesOfTheirHandle) {
-    database.insert("handle", "(31,'+15550109','us','SMS')");
-    database.insert("chat", "(51,'g','a',NULL),(52,'g','b',NULL)");
-    database.exec(
-        "INSERT INTO chat_handle_join VALUES(51,31),(52,31);"
-        "INSERT INTO chat_message_join VALUES(51,11),(51,12)");
-    database.insert("message", messageRow(11, "GUID-0011", "later", 31, 400000009) + "," +
-                                   messageRow(12, "GUID-0012", "sooner", 31));
-    database.insertDeleted(kMessageColumns, messageRow(13, "GUID-0013", "gone", 31) + "," +
-                                                messageRow(14, "GUID-0014", "gone too", 31));
-    const auto& conversations = run();
-    ASSERT_EQ(conversations.size(), 2U);
-    EXPECT_THAT(textsOf(*conversations[0]), ElementsAre("sooner", "later", "gone too", "gone"));
-    EXPECT_TRUE(conversations[0]->ContainsDeletedMessage);
-    EXPECT_FALSE(conversations[0]->NotContainsDeletedMessage);
-    EXPECT_EQ(conversations[0]->Messages[0]->Address, "+15550109");
-    EXPECT_FALSE(conversations[0]->Messages[0]->Recovered);
-    EXPECT_THAT(textsOf(*conversations[1]), IsEmpty());
-    EXPECT_FALSE(conversations[1]->ContainsDeletedMessage);
+    insert("handle", "(31,'+15550109','us','SMS')");
+    insert("chat", "(51,'g','a',NULL),(52,'g','b',NULL)");
+    insert("chat_handle_join", "(51,31),(52,31)");
+    insert("chat_message_join", "(51,11),(51,12)");
+    insert("message", messageRow(11, "later", 31, 400000009) + "," + messageRow(12, "sooner", 31));
+    leaveDeleted(
+        {{kMessageColumns, messageRow(13, "gone", 31) + "," + messageRow(14, "gone too", 31)}});
+    EXPECT_THAT(
+        run(),
+        ElementsAre(
+            "PhoneNumbers=[{PhoneNumber=+15550109|IsPhoneNumber=true}]|RowIds=[31]|ChatId=51|"
+            "ContainsDeletedMessage=true|"
+            "NotContainsDeletedMessage=false; sooner; later; gone too; gone",
+            "PhoneNumbers=[{PhoneNumber=+15550109|IsPhoneNumber=true}]|RowIds=[31]|ChatId=52"));
+    const auto& live = *state.Conversations[0]->Messages[0];
+    EXPECT_EQ(live.Address, "+15550109");
+    EXPECT_FALSE(live.Recovered);
 }
 
 TEST_F(ChatLayout, JoinsLeadToTheConversation) {
-    database.insert("handle", "(31,'+15550109','us','SMS')");
-    database.insert("chat", "(51,'g','a',NULL)");
+    insert("handle", "(31,'+15550109','us','SMS')");
+    insert("chat", "(51,'g','a',NULL)");
     // The engine cannot read the last bytes of a page, so rows that nobody misses lie there.
-    database.exec(
-        "INSERT INTO chat_handle_join VALUES(2,2),(2,2),(51,31),(61,31);"
-        "INSERT INTO chat_message_join VALUES(2,2),(2,2),(51,71),(61,72),(62,73),(62,74)");
-    database.insertDeleted(
-        "(ROWID INTEGER PRIMARY KEY, guid TEXT, chat_identifier TEXT, account_id TEXT)",
-        "(60,'none','end of page',NULL),(62,'SMS;-;+155501062','+155501062',NULL)");
-    database.exec("UPDATE sqlite_sequence SET seq = 62 WHERE name = 'chat'");
+    insert("chat_handle_join", "(2,2),(2,2),(51,31),(61,31)");
+    insert("chat_message_join", "(2,2),(2,2),(51,71),(61,72),(62,73),(62,74)");
     std::string rows;
     for (const int row : {71, 72, 73, 74})
-        rows += (rows.empty() ? "" : ",") +
-                messageRow(row, "GUID-00" + std::to_string(row), "text " + std::to_string(row), 99);
-    database.insertDeleted(kMessageColumns, rows);
-    const auto& conversations = run();
-    ASSERT_EQ(conversations.size(), 2U);
-    EXPECT_THAT(textsOf(*conversations[0]), ElementsAre("text 72", "text 71"));
-    EXPECT_THAT(textsOf(*conversations[1]), ElementsAre("text 74", "text 73"));
-    EXPECT_THAT(numbersOf(*conversations[1]), ElementsAre("+155501062"));
+        rows += (rows.empty() ? "" : ",") + messageRow(row, "text " + std::to_string(row), 99);
+    leaveDeleted({{"(ROWID INTEGER PRIMARY KEY, guid TEXT, chat_identifier TEXT, account_id TEXT)",
+                   "(60,'none','end of page',NULL),(62,'SMS;-;+155501062','+155501062',NULL)"},
+                  {kMessageColumns, rows}});
+    exec("UPDATE sqlite_sequence SET seq = 62 WHERE name = 'chat'");
+    EXPECT_THAT(
+        run(),
+        ElementsAre(
+            "PhoneNumbers=[{PhoneNumber=+15550109|IsPhoneNumber=true}]|RowIds=[31]|ChatId=51|"
+            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; text 72; text 71",
+            "PhoneNumbers=[{PhoneNumber=+155501062|IsPhoneNumber=true}]|RowIds=[99]|"
+            "PhoneNumberHandleId=+155501062|ContainsDeletedMessage=true|"
+            "NotContainsDeletedMessage=false; text 74; text 73"));
 }
 
 TEST_F(ChatLayout, UnknownCounterpartsAreNumberedAndKeptApart) {
-    database.insertDeleted(kMessageColumns, messageRow(1, "GUID-0001", "a", 0) + "," +
-                                                messageRow(2, "GUID-0002", "b", 0) + "," +
-                                                messageRow(3, "GUID-0003", "c", 98));
+    leaveDeleted({{kMessageColumns, messageRow(1, "a", 0) + "," + messageRow(2, "b", 0) + "," +
+                                        messageRow(3, "c", 98)}});
     state.unKnownCount = 17;
-    const auto& conversations = run();
-    ASSERT_EQ(conversations.size(), 3U);
-    const char* names[] = {"Unknown 1", "Unknown 2", "Unknown 3"};
-    const char* rowIds[] = {"98", "0", "0"};
-    const char* texts[] = {"c", "b", "a"};
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_THAT(numbersOf(*conversations[i]), ElementsAre(names[i]));
-        EXPECT_EQ(conversations[i]->PhoneNumberHandleId, names[i]);
-        EXPECT_THAT(conversations[i]->RowIds, ElementsAre(rowIds[i]));
-        EXPECT_THAT(textsOf(*conversations[i]), ElementsAre(texts[i]));
-        EXPECT_TRUE(conversations[i]->ContainsDeletedMessage);
-    }
+    EXPECT_THAT(
+        run(),
+        ElementsAre(
+            "PhoneNumbers=[{PhoneNumber=Unknown 1}]|RowIds=[98]|"
+            "PhoneNumberHandleId=Unknown 1|ContainsDeletedMessage=true|"
+            "NotContainsDeletedMessage=false; c",
+            "PhoneNumbers=[{PhoneNumber=Unknown 2}]|RowIds=[0]|PhoneNumberHandleId=Unknown 2|"
+            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; b",
+            "PhoneNumbers=[{PhoneNumber=Unknown 3}]|RowIds=[0]|PhoneNumberHandleId=Unknown 3|"
+            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; a"));
     ASSERT_EQ(state.DeletedSMS.size(), 3U);
     EXPECT_EQ(state.DeletedSMS[0]->Address, "unknown1");
 }
 
 TEST_F(ChatLayout, AMissingColumnCostsNoMessage) {
-    database.insert("chat", "(51,'g','a',NULL)");
-    database.insert("message", messageRow(11, "GUID-0011", "still here", 31));
-    database.exec(
-        "INSERT INTO chat_message_join VALUES(51,11);"
+    insert("chat", "(51,'g','a',NULL)");
+    insert("message", messageRow(11, "still here", 31));
+    insert("chat_message_join", "(51,11)");
+    exec(
         "ALTER TABLE message DROP COLUMN cache_has_attachments;"
         "ALTER TABLE message DROP COLUMN account_guid");
-    ASSERT_EQ(run().size(), 1U);
-    EXPECT_THAT(textsOf(*state.Conversations[0]), ElementsAre("still here"));
+    EXPECT_THAT(run(), ElementsAre("ChatId=51; still here"));
 }
 
 TEST_F(ChatLayout, NothingComesOfACancelledRunOrAMissingDatabase) {
-    database.insertDeleted(kMessageColumns, messageRow(1, "GUID-0001", "a", 0));
+    leaveDeleted({{kMessageColumns, messageRow(1, "a", 0)}});
     std::stop_source stop;
     stop.request_stop();
     EXPECT_TRUE(run(stop.get_token()).empty());
-    state.BACKUP_DIRECTORY = (database.folder / "missing").string();
+    state.BACKUP_DIRECTORY = (folder / "missing").string();
     EXPECT_TRUE(run().empty());
-    state.deviceInfo.fullPath = database.path.string();
+    state.deviceInfo.fullPath = database.string();
     EXPECT_EQ(run().size(), 1U);
 }
 
@@ -195,4 +167,4 @@ TEST_F(ChatLayout, AddressesAreTakenFromTheSecondNumber) {
 }
 
 }  // namespace
-}  // namespace salvor::testing
+}  // namespace salvor

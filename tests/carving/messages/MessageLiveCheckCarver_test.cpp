@@ -2,16 +2,18 @@
 
 #include "carving/MessagesIOS4SQLiteRecovery.h"
 #include "carving/MessagesIOS5_6SQLiteRecovery.h"
-#include "tests/carving/messages/MessageDatabase.h"
+#include "tests/support/MessageScan.h"
 
-namespace salvor::testing {
+namespace salvor {
 namespace {
+
+using testing::ElementsAre;
 
 class LiveCheck : public MessageScan {
   protected:
     LiveCheck() {
-        database.makeGroupLayout();
-        database.insert("message", groupMessageRow(1, "+15550100", "12345"));
+        makeGroupLayout();
+        insert("message", groupMessageRow(1, "+15550100", "12345"));
     }
 
     static std::shared_ptr<Message> message(const Text& text, double date) {
@@ -23,21 +25,17 @@ class LiveCheck : public MessageScan {
 };
 
 TEST_F(LiveCheck, KeepsWhatHasTextAndDateAndNoLiveRow) {
-    const auto asLive = groupMessageRow(3, "+15550102", "12345");
-    const auto noText = groupMessageRow(4, "+15550103", "");
-    const auto noDate = groupMessageRow(5, "+15550104", "zero", 0);
-    database.insertDeleted(kGroupMessageColumns, groupMessageRow(2, "+15550101", "gone") + "," +
-                                                     asLive + "," + noText + "," + noDate);
-    database.freeDeleted();
+    leaveDeleted({{kGroupMessageColumns, groupMessageRow(2, "+15550101", "gone") + "," +
+                                             groupMessageRow(3, "+15550102", "12345") + "," +
+                                             groupMessageRow(4, "+15550103", "") + "," +
+                                             groupMessageRow(5, "+15550104", "zero", 0)}});
     MessagesIOS5_6SQLiteRecovery carver(state);
-    carver.DoRecoveryPath(database.path);
+    carver.DoRecoveryPath(database);
     EXPECT_EQ(carver.RecoveredData.size(), 4U);
-    const auto kept = as<Message>(carver.RecoveredFiltered);
-    ASSERT_EQ(kept.size(), 1U);
-    EXPECT_EQ(kept[0]->Text, "gone");
-    EXPECT_EQ(kept[0]->Address, "+15550101");
-    EXPECT_EQ(kept[0]->Flags, 33);
-    EXPECT_TRUE(kept[0]->IsFromMe);
+    ASSERT_EQ(carver.RecoveredFiltered.size(), 1U);
+    EXPECT_EQ(told(as<Message>(carver.RecoveredFiltered[0])),
+              "Recovered=true|RowId=2|Text=gone|Address=+15550101|OriginalDate=400000000|"
+              "Date=2013-09-04 15:06:40|IsFromMe=true|Flags=33");
 }
 
 TEST_F(LiveCheck, NarrowsTheSharedSignature) {
@@ -52,35 +50,32 @@ TEST_F(LiveCheck, NarrowsTheSharedSignature) {
 TEST_F(LiveCheck, ListStaysWhenTheDatabaseDoesNotOpen) {
     MessagesIOS4SQLiteRecovery carver(state);
     carver.RecoveredFiltered.push_back(message("kept", 0));
-    carver.CheckIfinDB(database.folder / "missing");
+    carver.CheckIfinDB(folder / "missing");
     EXPECT_EQ(carver.RecoveredFiltered.size(), 1U);
-    carver.CheckIfinDB(database.path);
+    carver.CheckIfinDB(database);
     EXPECT_TRUE(carver.RecoveredFiltered.empty());
 }
 
 TEST_F(LiveCheck, TextsBelowZeroDateAreLookedUpAlone) {
     MessagesIOS4SQLiteRecovery carver(state);
     carver.RecoveredData = {message("12345", -1), message("12345", 400000001)};
-    carver.CheckIfinDB(database.path);
-    ASSERT_EQ(carver.RecoveredFiltered.size(), 1U);
-    EXPECT_EQ(carver.RecoveredFiltered[0], carver.RecoveredData[1]);
+    carver.CheckIfinDB(database);
+    EXPECT_THAT(carver.RecoveredFiltered, ElementsAre(carver.RecoveredData[1]));
 }
 
 TEST_F(LiveCheck, HostileTextsEndQuietly) {
-    const char* texts[] = {
-        "1; DROP TABLE message",
-        "1; ATTACH DATABASE 'other.db' AS other",
-        "(WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM n) SELECT count(*) FROM n) --",
-        "1' OR '",
-        "load_extension('evil')",
-    };
-    const auto before = database.bytes();
+    const auto before = readWholeFile(database);
     MessagesIOS5_6SQLiteRecovery carver(state);
-    for (const auto* text : texts) carver.RecoveredData.push_back(message(text, 400000000));
-    carver.CheckIfinDB(database.path);
+    for (const auto* text :
+         {"1; DROP TABLE message", "1; ATTACH DATABASE 'other.db' AS other",
+          "(WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM n) SELECT count(*) FROM n) "
+          "--",
+          "1' OR '", "load_extension('evil')"})
+        carver.RecoveredData.push_back(message(text, 400000000));
+    carver.CheckIfinDB(database);
     EXPECT_EQ(carver.RecoveredFiltered, carver.RecoveredData);
-    EXPECT_EQ(database.bytes(), before);
+    EXPECT_EQ(readWholeFile(database), before);
 }
 
 }  // namespace
-}  // namespace salvor::testing
+}  // namespace salvor

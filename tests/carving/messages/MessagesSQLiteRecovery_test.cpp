@@ -1,79 +1,57 @@
 #include "carving/MessagesSQLiteRecovery.h"
 
-#include "tests/carving/messages/MessageDatabase.h"
+#include "tests/support/MessageScan.h"
 
-namespace salvor::testing {
+namespace salvor {
 namespace {
+
+using testing::ElementsAre;
 
 class Messages : public MessageScan {
   protected:
     Messages() {
-        database.makeChatLayout();
-        database.insert("message", rows(1, 2));
-        database.insertDeleted(kMessageColumns, rows(3, 5));
-        database.freeDeleted();
+        makeChatLayout();
+        insert("message", messageRow(1, "text 1", 9) + "," + messageRow(2, "text 2", 9));
+        leaveDeleted(
+            {{kMessageColumns, messageRow(3, "text 3", 9) + "," + messageRow(4, "text 4", 9) + "," +
+                                   messageRow(5, "text 5", 9)}});
     }
 
-    static std::string rows(int first, int last) {
-        std::string text;
-        for (int i = first; i <= last; ++i)
-            text += (i > first ? "," : "") +
-                    messageRow(i, "GUID-000" + std::to_string(i), "text " + std::to_string(i), 9);
-        return text;
-    }
-
-    void addLive(const Text& guid) {
-        auto row = std::make_shared<SMS>();
-        row->GUID = guid;
-        state.AllSMSContent.push_back(row);
+    static std::shared_ptr<SMS> row(const Text& guid) {
+        auto made = std::make_shared<SMS>();
+        made->GUID = guid;
+        return made;
     }
 };
 
 TEST_F(Messages, DeletedRowsComeBackAndLiveOnesDoNot) {
     const auto records = carve<MessagesSQLiteRecovery>();
-    const auto messages = as<Message>(records);
-    ASSERT_EQ(messages.size(), 3U);
-    EXPECT_EQ(messages[0]->Guid, "GUID-0005");
-    EXPECT_EQ(messages[1]->Guid, "GUID-0004");
-    const auto& message = *messages[1];
-    EXPECT_EQ(message.RowId, 4);
-    EXPECT_EQ(message.Text, "text 4");
-    EXPECT_EQ(message.HandleId, 9);
-    EXPECT_EQ(message.Service, "SMS");
-    EXPECT_EQ(message.OriginalDate, 400000000);
-    EXPECT_EQ(message.DateRead, "");
-    EXPECT_TRUE(message.Recovered);
-    EXPECT_FALSE(message.IsFromMe);
-    ASSERT_TRUE(message.Origin);
-    EXPECT_EQ(message.Origin->database, database.path.filename());
-
-    ASSERT_EQ(state.DeletedSMS.size(), 3U);
+    EXPECT_THAT(textsOf(records, &Message::Guid),
+                ElementsAre("GUID-0005", "GUID-0004", "GUID-0003"));
+    EXPECT_EQ(told(as<Message>(records[1])),
+              "Recovered=true|RowId=4|Text=text 4|Service=SMS|Guid=GUID-0004|"
+              "OriginalDate=400000000|Date=2013-09-04 15:06:40|DateRead=|HandleId=9");
+    EXPECT_EQ(records[1]->Origin.value().database, kName);
+    EXPECT_THAT(textsOf(state.DeletedSMS, &SMS::Message),
+                ElementsAre("text 5", "text 4", "text 3"));
     EXPECT_EQ(state.DeletedSMS, state.AllDeletedSMS);
-    EXPECT_EQ(state.DeletedSMS[1]->Message, "text 4");
     EXPECT_EQ(state.DeletedSMSCount, 3);
     EXPECT_EQ(state.progress.recordsFound, 3U);
 }
 
 TEST_F(Messages, KnownGuidsEnterNoList) {
-    addLive(std::nullopt);
-    addLive("GUID-0004");
-    auto found = std::make_shared<SMS>();
-    found->GUID = "GUID-0003";
-    state.AllDeletedSMS.push_back(found);
-    const auto records = carve<MessagesSQLiteRecovery>();
-    const auto messages = as<Message>(records);
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_EQ(messages[0]->Guid, "GUID-0005");
+    state.AllSMSContent = {row(std::nullopt), row("GUID-0004")};
+    state.AllDeletedSMS = {row("GUID-0003")};
+    EXPECT_THAT(textsOf(carve<MessagesSQLiteRecovery>(), &Message::Guid), ElementsAre("GUID-0005"));
     EXPECT_EQ(state.DeletedSMS.size(), 1U);
     EXPECT_EQ(state.AllDeletedSMS.size(), 2U);
     EXPECT_EQ(state.DeletedSMSCount, 1);
 }
 
 TEST_F(Messages, RowsWithoutGuidEqualNothing) {
-    auto patterns = messagePatternTexts();
-    patterns[0].mappings = {{"text", 4}};
-    state.recoverySignatures = makeSignatures(patterns);
-    addLive(std::nullopt);
+    state.recoverySignatures = nullptr;
+    pattern("MESSAGE", "iOS7", kMessageHeader, {{"text", 4}});
+    state.AllSMSContent = {row(std::nullopt)};
     EXPECT_EQ(carve<MessagesSQLiteRecovery>().size(), 3U);
 }
 
@@ -87,4 +65,4 @@ TEST_F(Messages, CancelledOrWithoutSignatureNothingIsCarved) {
 }
 
 }  // namespace
-}  // namespace salvor::testing
+}  // namespace salvor

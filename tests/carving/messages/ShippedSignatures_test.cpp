@@ -1,26 +1,17 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <memory>
 #include <ostream>
 #include <set>
 #include <string>
 
-#include "app/state/ScanState.h"
 #include "carving/MessagesSQLiteRecovery.h"
-#include "carving/SqLiteTableSignatures.h"
+#include "tests/support/Signatures.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {
-
-std::shared_ptr<SqLiteTableSignatures> shippedSignatures() {
-    auto signatures = std::make_shared<SqLiteTableSignatures>();
-    EXPECT_EQ(signatures->loadSignatures(SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml"),
-              "");
-    return signatures;
-}
 
 /// Texts by raw date, which no two sample messages share.
 std::set<std::string> carvedMessages(const std::filesystem::path& file, int ios) {

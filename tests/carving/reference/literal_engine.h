@@ -8,7 +8,7 @@
 #include "carving/TableCarver.h"
 #include "engine_events.h"
 #include "literal_buffer.h"
-#include "literal_signatures.h"
+#include "literal_pattern.h"
 
 namespace salvor::reference {
 

@@ -5,7 +5,7 @@
 
 #include "engine_events.h"
 #include "literal_buffer.h"
-#include "literal_signatures.h"
+#include "literal_pattern.h"
 
 namespace salvor::reference {
 
@@ -32,12 +32,10 @@ class LiteralMatcher {
     MatchedHeader find(const Buffer& buffer, std::int64_t start) const;
 
   private:
-    using Codes = std::vector<std::vector<std::int32_t>>;
-    bool matchAt(const Buffer& buffer, std::int64_t p, const Codes& columns,
+    bool matchAt(const Buffer& buffer, std::int64_t p, const LiteralPattern& pattern,
                  MatchedHeader& info) const;
 
     std::vector<LiteralPattern> patterns_;
-    std::vector<Codes> codes_;
     Events& events_;
 };
 

@@ -21,17 +21,16 @@ bool anyAccepts(const std::vector<std::int32_t>& codes, std::int64_t type) {
 LiteralMatcher::LiteralMatcher(const std::vector<LiteralPattern>& patterns, Events& events)
     : events_(events) {
     for (const LiteralPattern& pattern : patterns) {
-        if (!pattern.header) {
+        if (pattern.hasHeader)
+            patterns_.push_back(pattern);
+        else
             events_.count(Event::PatternWithoutHeader);
-            continue;
-        }
-        patterns_.push_back(pattern);
-        codes_.push_back(pattern.codes());
     }
 }
 
-bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const Codes& columns,
+bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const LiteralPattern& pattern,
                              MatchedHeader& info) const {
+    const auto& columns = pattern.columns;
     const auto length = static_cast<std::int64_t>(buffer.size());
     for (std::size_t c = 0; c < columns.size();) {
         const std::int64_t at = p + info.taken;
@@ -64,20 +63,20 @@ bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const Codes& 
 MatchedHeader LiteralMatcher::find(const Buffer& buffer, std::int64_t start) const {
     bool rowIdDecoded = false;
     for (std::size_t i = 0; i < patterns_.size(); ++i) {
-        const Codes& columns = codes_[i];
-        const auto last =
-            static_cast<std::int64_t>(buffer.size()) - static_cast<std::int64_t>(columns.size());
+        const LiteralPattern& pattern = patterns_[i];
+        const auto last = static_cast<std::int64_t>(buffer.size()) -
+                          static_cast<std::int64_t>(pattern.columns.size());
         for (std::int64_t p = start; p <= last; ++p) {
             MatchedHeader info;
-            if (matchAt(buffer, p, columns, info)) {
+            if (matchAt(buffer, p, pattern, info)) {
                 info.valid = true;
                 info.start = p;
-                info.pattern = &patterns_[i];
+                info.pattern = &pattern;
                 events_.count(Event::Match);
                 if (i > 0) events_.count(Event::LaterPatternMatch);
                 if (p < 0) events_.count(Event::MatchBeforeRegion);
                 if (info.cutOff) events_.count(Event::HeaderCutOff);
-                if (rowIdDecoded && columns[0][0] < 1)
+                if (rowIdDecoded && pattern.columns[0][0] < 1)
                     events_.count(Event::RowIdFromEarlierPattern);
                 return info;
             }

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "literal_pattern.h"
 #include "random_source.h"
 
 namespace salvor::reference {
@@ -22,8 +23,8 @@ inline constexpr std::size_t kTextOfMoveBack = 30;
 /// A pattern as the generator means it; the signatures file is written from it.
 struct PlannedPattern {
     std::vector<std::vector<int>> columns;
-    std::vector<std::string> versions;
-    std::vector<std::pair<std::string, std::string>> mappings;  ///< name, column
+    std::vector<std::string> versions;                          ///< as written, "iOS56"
+    std::vector<std::pair<std::string, std::string>> mappings;  ///< name, column, as written
     bool hasHeader = true;
     Staged staged = Staged::Nothing;
 
@@ -34,6 +35,8 @@ struct PlannedPattern {
 std::vector<PlannedPattern> makePatterns(RandomSource& random);
 /// Random attribute mappings; the correcting field is often among them.
 void addMappings(RandomSource& random, PlannedPattern& pattern);
+/// What a reader of the signatures file has to make of the pattern.
+LiteralPattern meaningOf(const PlannedPattern& pattern);
 /// The text of a signatures file whose one table that counts has these patterns.
 std::string writeSignatures(RandomSource& random, const std::vector<PlannedPattern>& patterns);
 

@@ -58,6 +58,7 @@ PlannedPattern makePattern(RandomSource& random) {
     constexpr std::array kVersions{"iOS4", "iOS56", "iOS678", "iOS9", "iOS", "other", "ios6"};
     for (auto versions = random.below(4); versions > 0; --versions)
         pattern.versions.emplace_back(random.pick(kVersions));
+    if (random.chance(10)) pattern.versions.emplace_back();
     pattern.hasHeader = !random.chance(4);
     addMappings(random, pattern);
     return pattern;
@@ -109,8 +110,8 @@ std::string headerText(RandomSource& random, const PlannedPattern& pattern) {
 
 std::string patternXml(RandomSource& random, const PlannedPattern& pattern) {
     std::string xml = "  <pattern>\n";
-    for (const auto& version : pattern.versions) xml += "   <version value=\"" + version + "\"/>\n";
-    if (random.chance(10)) xml += "   <version/>\n";
+    for (const auto& version : pattern.versions)
+        xml += version.empty() ? "   <version/>\n" : "   <version value=\"" + version + "\"/>\n";
     xml += "   <columns>a,b</columns>\n";
     if (pattern.hasHeader) xml += "   <header>" + headerText(random, pattern) + "</header>\n";
     if (random.chance(10)) xml += "   <note>of no use</note>\n";
@@ -156,6 +157,24 @@ std::vector<PlannedPattern> makePatterns(RandomSource& random) {
     const auto count = random.chance(50) ? 1 : random.between(2, 4);
     for (std::int64_t i = 0; i < count; ++i) patterns.push_back(makePattern(random));
     return patterns;
+}
+
+LiteralPattern meaningOf(const PlannedPattern& pattern) {
+    LiteralPattern meaning;
+    meaning.hasHeader = pattern.hasHeader;
+    meaning.columns = pattern.columns;
+    for (const auto& version : pattern.versions) {
+        // "iOS56" is iOS5, iOS6 and itself.
+        const bool several = version.starts_with("iOS") && version.size() > 4;
+        for (std::size_t i = 3; several && i < version.size(); ++i)
+            meaning.versions.push_back(std::string("iOS") + version[i]);
+        meaning.versions.push_back(version);
+    }
+    for (const auto& [name, column] : pattern.mappings) {
+        const std::int64_t number = column == "none" ? 0 : std::stoll(column);
+        meaning.mappings.push_back({name == "a&amp;b" ? "a&b" : name, number});
+    }
+    return meaning;
 }
 
 std::string writeSignatures(RandomSource& random, const std::vector<PlannedPattern>& patterns) {

@@ -43,6 +43,7 @@ PropertyCase makeCase(std::uint64_t seed, const std::string& folder) {
         damageFile(random, made.file);
     }
     made.signatures = writeSignatures(random, patterns);
+    for (const auto& pattern : patterns) made.patterns.push_back(meaningOf(pattern));
     made.runs = makeRuns(random);
     return made;
 }

@@ -2,10 +2,12 @@
 #include "recovery/carvers/CallHistoryRecoveryAlgo.h"
 #include "services/database/DatabaseNames.h"
 #include "tests/recovery/carvers/CarverProbe.h"
-#include "tools/sample/Digest.h"
 
 namespace salvor {
 namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
 using OldProbe = CarverProbe<CallHistorySQLiteRecovery, CallHistory>;
 using NewProbe = CarverProbe<CallHistoryIos8Recovery, CallHistory>;
@@ -16,61 +18,40 @@ class CallCarvers : public CategoryCarverTest {
     NewProbe newer{state};
 };
 
-TEST_F(CallCarvers, FillAnOlderCallByName) {
-    CallHistory& call = older.filled("address", "5551234");
-    older.fill("date", 1000000000.75);
-    older.fill("duration", std::int64_t{65});
-    older.fill("flags", std::int64_t{260});
-    older.fill("id", std::int64_t{7});
-    older.fill("country_code", std::int64_t{262});
-    older.fill("network_code", "01");
-    older.fill("read", std::int64_t{2});
-    older.fill("name", "Ann");
-    EXPECT_EQ(call.Address, "5551234");
-    EXPECT_EQ(call.Date, "2032-09-09 01:46:40") << "Unix seconds read as those since 2001";
-    EXPECT_EQ(call.OriginalDate, 1000000000) << "the whole seconds";
-    EXPECT_EQ(call.Duration, 65);
-    EXPECT_EQ(call.Flags, 4) << "cut to 8 bits";
-    EXPECT_EQ(call.ContactRowId, 7);
-    EXPECT_EQ(call.MobileCountryCode, "262");
-    EXPECT_EQ(call.MobileNetworkCode, "01");
-    EXPECT_TRUE(call.Read);
-    ASSERT_TRUE(call.contact);
-    EXPECT_EQ(call.contact->NickName, "Ann");
-}
-
-TEST_F(CallCarvers, FillANewerCallByName) {
-    CallHistory& call = newer.filled("zaddress", "5551234");
-    newer.fill("zdate", 60.5);
-    newer.fill("zduration", 65.9);
-    newer.fill("zcalltype", std::int64_t{260});
-    newer.fill("zfacetimedata", std::int64_t{1LL << 40});
-    newer.fill("zoriginated", std::int64_t{1});
-    newer.fill("zios_country_code", "de");
-    newer.fill("zname", "Ann");
-    EXPECT_EQ(call.Address, "5551234");
-    EXPECT_EQ(call.Date, "2001-01-01 00:01:00");
-    EXPECT_EQ(call.OriginalDate, 60.5);
-    EXPECT_EQ(call.Duration, 65);
-    EXPECT_EQ(call.Flags, 260);
-    EXPECT_EQ(call.ZFaceTimeData, 1LL << 40);
-    EXPECT_TRUE(call.ZOriginated);
-    EXPECT_EQ(call.MobileCountryCode, "de");
-    EXPECT_EQ(call.contact, nullptr);
-}
-
-TEST_F(CallCarvers, ADateThatIsNoneStillLeavesItsNumber) {
-    const CallHistory& call = older.filled("date", 1e300);
-    EXPECT_EQ(call.Date, std::nullopt);
-    EXPECT_EQ(call.OriginalDate, 9223372036854775807.0);
+TEST_F(CallCarvers, FillACallByName) {
+    // Unix seconds read as those since 2001, kept as whole seconds; flags cut to 8 bits.
+    EXPECT_EQ(told(older.filled({{"address", "5551234"},
+                                 {"date", 1000000000.75},
+                                 {"duration", std::int64_t{65}},
+                                 {"flags", std::int64_t{260}},
+                                 {"id", std::int64_t{7}},
+                                 {"country_code", std::int64_t{262}},
+                                 {"network_code", "01"},
+                                 {"read", std::int64_t{2}},
+                                 {"name", "Ann"}})),
+              "Recovered=true|ContactRowId=7|contact={NickName=Ann}|Address=5551234|"
+              "Date=2032-09-09 01:46:40|OriginalDate=1000000000|Duration=65|Flags=4|Read=true|"
+              "MobileCountryCode=262|MobileNetworkCode=01");
+    EXPECT_EQ(told(newer.filled({{"zaddress", "5551234"},
+                                 {"zdate", 60.5},
+                                 {"zduration", 65.9},
+                                 {"zcalltype", std::int64_t{260}},
+                                 {"zfacetimedata", std::int64_t{1LL << 40}},
+                                 {"zoriginated", std::int64_t{1}},
+                                 {"zios_country_code", "de"},
+                                 {"zname", "Ann"}})),
+              "Recovered=true|Address=5551234|Date=2001-01-01 00:01:00|OriginalDate=60.5|"
+              "Duration=65|Flags=260|ZFaceTimeData=1099511627776|ZOriginated=true|"
+              "MobileCountryCode=de");
+    // A date that is none still leaves its number.
+    EXPECT_EQ(told(older.filled({{"date", 1e300}})),
+              "Recovered=true|OriginalDate=9.223372036854776e+18");
 }
 
 TEST_F(CallCarvers, EveryCompletedRecordIsADeletedCall) {
-    older.begin();
-    older.add();
-    newer.filled("zaddress", "5551234");
-    newer.add();
-    EXPECT_EQ(texts(state.DeletedCallLog, &CallLog::Address), (Texts{"(absent)", "5551234"}));
+    older.add({});
+    newer.add({{"zaddress", "5551234"}});
+    EXPECT_THAT(textsOf(state.DeletedCallLog, &CallLog::Address), ElementsAre("-", "5551234"));
     EXPECT_EQ(state.DeletedCallLog, state.AllDeletedCallLog);
     EXPECT_EQ(state.DeletedCallLogCount, 2);
     EXPECT_EQ(state.DeletedCallLog[0]->SlNo, 1);
@@ -78,37 +59,35 @@ TEST_F(CallCarvers, EveryCompletedRecordIsADeletedCall) {
 }
 
 TEST_F(CallCarvers, ARunTestsNothingAgainstLiveCalls) {
-    addSignature(state, "CallHistory.storedata", "zcallrecord",
-                 "[1];[1];[0];[-12];[4];[1,2];[1,2];[1,2,8,9]",
-                 {{"address", 3}, {"date", 4}, {"duration", 5}, {"flags", 7}});
-    sql("CREATE TABLE call (ROWID INTEGER PRIMARY KEY, address, date, duration, id, flags); "
-        "CREATE TABLE gone (ROWID INTEGER PRIMARY KEY, a, b, c, d, e); INSERT INTO gone VALUES "
-        "(1, '5551234', 400000000, 65, 9, 4), (2, '5559876', 400000000, 65, 9, 4)");
-    sql("DROP TABLE gone");
+    signature("CallHistory.storedata", "zcallrecord", "[1];[1];[0];[-12];[4];[1,2];[1,2];[1,2,8,9]",
+              {{"address", 3}, {"date", 4}, {"duration", 5}, {"flags", 7}});
+    sql("CREATE TABLE call (ROWID INTEGER PRIMARY KEY, address, date, duration, id, flags)",
+        {{"(ROWID INTEGER PRIMARY KEY, a, b, c, d, e)",
+          "(1, '5551234', 400000000, 65, 9, 4), (2, '5559876', 400000000, 65, 9, 4)"}});
     sql("INSERT INTO call VALUES (1, '5551234', 400000000, 65, 9, 4)");
     older.DoRecoveryPath(database);
-    EXPECT_THAT(texts(state.DeletedCallLog, &CallLog::Address),
-                testing::UnorderedElementsAre("5551234", "5559876"));
+    EXPECT_THAT(textsOf(state.DeletedCallLog, &CallLog::Address),
+                UnorderedElementsAre("5551234", "5559876"));
     EXPECT_TRUE(older.RecoveredFiltered.empty());
 }
 
 TEST_F(CallCarvers, TheFilterAsksTheOlderTableOfBothDatabases) {
     sql("CREATE TABLE call (address, date, duration, flags, id, country_code, network_code); "
         "INSERT INTO call VALUES (12, 34, 5, 0, 0, 0, 0)");
-    const auto call = [](const Text& address, const Text& date) {
+    const auto call = [](const Text& date) {
         auto one = std::make_shared<CallHistory>();
-        one->Address = address;
+        one->Address = "12";
         one->Date = date;
         one->Duration = 5;
         return one;
     };
     older.fullDBPath = newer.fullDBPath = database;
     // The text of a date does not prepare without quotes.
-    older.RecoveredData = {call("12", "34"), call("12", "35"), call("12", "2001-01-01 00:01:00")};
+    older.RecoveredData = {call("34"), call("35"), call("2001-01-01 00:01:00")};
     older.filterMessages();
     EXPECT_EQ(older.RecoveredFiltered.size(), 2U);
     sql("ALTER TABLE call RENAME TO ZCALLRECORD");
-    newer.RecoveredData = {call("12", "34")};
+    newer.RecoveredData = {call("34")};
     newer.filterMessages();
     EXPECT_EQ(newer.RecoveredFiltered.size(), 1U);
 }
@@ -132,6 +111,14 @@ class CallScanner : public CategoryCarverTest {
             {reinterpret_cast<const std::uint8_t*>(store.data()), store.size()}, offset);
     }
 
+    /// A new scanner, which begins with an empty list, over the whole store.
+    void walk() {
+        CallHistoryRecoveryAlgo scanner(state);
+        EXPECT_TRUE(state.DeletedCallLog.empty());
+        scanner.getBufferFromHaxFile();
+        scanner.fetchCallHistoryFrom_ZCALLRECORD_Table();
+    }
+
     // Z_ENT, Z_OPT, answered, type, cause, FaceTime, availability, originated, read; date,
     // duration, address, device, country, name, unique id.
     const std::string types =
@@ -143,17 +130,19 @@ class CallScanner : public CategoryCarverTest {
 TEST_F(CallScanner, ReadsTheColumnsBehindAHeader) {
     const auto call = scan(record(bytes({40, 7}), types, values));
     ASSERT_TRUE(call);
-    EXPECT_EQ(call->value("Z_PK"), "7");
-    EXPECT_EQ(call->value("Z_ENT"), "2");
-    EXPECT_EQ(call->value("Z_OPT"), "1");
-    EXPECT_EQ(call->value("ZANSWERED"), "0");
-    EXPECT_EQ(call->value("ZCALLTYPE"), "5");
-    EXPECT_EQ(call->value("ZDATE"), "2001-09-09T01:46:40+0000") << "the first four bytes";
-    EXPECT_EQ(call->value("ZDURATION"), "65");
-    EXPECT_EQ(call->value("ZADDRESS"), "5551234");
-    EXPECT_EQ(call->value("ZISO_COUNTRY_CODE"), "de");
-    EXPECT_EQ(call->value("ZNAME"), std::nullopt);
-    EXPECT_EQ(call->value("ZMUSIC"), std::nullopt);
+    const std::pair<const char*, Text> expected[] = {
+        {"Z_PK", "7"},
+        {"Z_ENT", "2"},
+        {"Z_OPT", "1"},
+        {"ZANSWERED", "0"},
+        {"ZCALLTYPE", "5"},
+        {"ZDATE", "2001-09-09T01:46:40+0000"},  // the first four bytes
+        {"ZDURATION", "65"},
+        {"ZADDRESS", "5551234"},
+        {"ZISO_COUNTRY_CODE", "de"},
+        {"ZNAME", std::nullopt},
+        {"ZMUSIC", std::nullopt}};
+    for (const auto& [name, value] : expected) EXPECT_EQ(call->value(name), value) << name;
 }
 
 TEST_F(CallScanner, ReadsOddLengthsAsItAlwaysDid) {
@@ -188,14 +177,11 @@ TEST_F(CallScanner, ReadsOddLengthsAsItAlwaysDid) {
 }
 
 TEST_F(CallScanner, NamesTheCallTypeCrosswise) {
-    struct Case {
-        int type;
-        int originated;
-        const char* text;
-    };
-    for (const auto& [type, originated, text] :
-         {Case{1, 9, "Outgoing Call -Answered"}, Case{1, 8, "Outgoing Call -Not answered"},
-          Case{0, 9, "Incoming Call -Answered"}, Case{0, 8, "Incoming Call -Not answered"}}) {
+    const std::tuple<int, int, const char*> cases[] = {{1, 9, "Outgoing Call -Answered"},
+                                                       {1, 8, "Outgoing Call -Not answered"},
+                                                       {0, 9, "Incoming Call -Answered"},
+                                                       {0, 8, "Incoming Call -Not answered"}};
+    for (const auto& [type, originated, text] : cases) {
         auto changed = types;
         changed[3] = static_cast<char>(type);
         changed[7] = static_cast<char>(originated);
@@ -203,47 +189,39 @@ TEST_F(CallScanner, NamesTheCallTypeCrosswise) {
         if (type == 0) data.erase(1, 1);
         const auto row =
             CallHistoryRecoveryAlgo::toCallLog(*scan(record(bytes({1, 1}), changed, data)));
-        EXPECT_EQ(row->CallType, text);
-        EXPECT_EQ(row->PhoneNumber, "5551234");
+        EXPECT_EQ(joined({row->CallType, row->PhoneNumber, row->LocalTime}),
+                  std::string(text) + "|5551234|2001-09-09T01:46:40+0000");
         EXPECT_EQ(row->CallDuration, 65);
-        EXPECT_EQ(row->LocalTime, "2001-09-09T01:46:40+0000");
     }
 }
 
 TEST_F(CallScanner, WalksTheStoreForRowsThatAreNotLive) {
-    database = folder / CallHistoryIOS8SqliteDbName;
+    database = write(CallHistoryIOS8SqliteDbName,
+                     "CREATE TABLE ZCALLRECORD (Z_PK INTEGER PRIMARY KEY); "
+                     "INSERT INTO ZCALLRECORD VALUES (3)");
     state.CALLHISTORY_DATABASE = CallHistoryIOS8SqliteDbName;
-    sql("CREATE TABLE ZCALLRECORD (Z_PK INTEGER PRIMARY KEY); INSERT INTO ZCALLRECORD VALUES (3)");
     const std::string padding(100, 'x');
-    const auto store = readWholeFile(database) + padding + record(bytes({1, 3}), types, values) +
-                       padding + record(bytes({1, 4}), types, values) + padding +
-                       record(bytes({1, 0}), types, values) + padding;
+    auto store = readWholeFile(database) + padding;
+    for (const int key : {3, 4, 0}) store += record(bytes({1, key}), types, values) + padding;
     writeWholeFile(database, store);
     state.DeletedCallLog = {std::make_shared<CallLog>()};
-    CallHistoryRecoveryAlgo scanner(state);
-    EXPECT_TRUE(state.DeletedCallLog.empty());
-    scanner.getBufferFromHaxFile();
-    scanner.fetchCallHistoryFrom_ZCALLRECORD_Table();
+    walk();
     ASSERT_EQ(state.DeletedCallLog.size(), 1U) << "row 3 is live, row 0 is none";
     EXPECT_EQ(state.DeletedCallLog[0]->SlNo, 4);
     EXPECT_EQ(state.DeletedCallLogCount, 1);
 
     std::filesystem::remove(database);
-    CallHistoryRecoveryAlgo nothing(state);
-    nothing.getBufferFromHaxFile();
-    nothing.fetchCallHistoryFrom_ZCALLRECORD_Table();
+    walk();
     EXPECT_TRUE(state.DeletedCallLog.empty());
 }
 
 // The first 32 bytes and the last 18 are never where a header begins.
 TEST_F(CallScanner, LeavesTheEndsOfTheStoreAlone) {
-    database = folder / CallHistoryIOS8SqliteDbName;
     const auto one = record(bytes({1, 4}), types, values);
     for (const auto& [before, found] : {std::pair{29U, 0U}, std::pair{30U, 1U}}) {
-        writeWholeFile(database, std::string(before, 'x') + one + std::string(30, 'x'));
-        CallHistoryRecoveryAlgo scanner(state);
-        scanner.getBufferFromHaxFile();
-        scanner.fetchCallHistoryFrom_ZCALLRECORD_Table();
+        writeWholeFile(folder / CallHistoryIOS8SqliteDbName,
+                       std::string(before, 'x') + one + std::string(30, 'x'));
+        walk();
         EXPECT_EQ(state.DeletedCallLog.size(), found) << before;
     }
 }

@@ -31,23 +31,18 @@ class DaosMessages : public DaosFixture {
     }
 };
 
-std::string line(const SMS& sms) {
-    const auto text = [](const Text& value) { return value.value_or("-"); };
-    return std::to_string(sms.SlNo) + "|" + std::to_string(sms.RowID) + "|" + text(sms.Address) +
-           "|" + text(sms.LocalTime) + "|" + text(sms.Message) + "|" + text(sms.Type) + "|" +
-           text(sms.GUID);
-}
-
-std::vector<std::string> lines(const List<SMS>& list) {
-    std::vector<std::string> all;
-    for (const auto& sms : list) all.push_back(line(*sms));
+Texts lines(const List<SMS>& list) {
+    Texts all;
+    for (const auto& sms : list)
+        all.push_back(joined({std::to_string(sms->SlNo), std::to_string(sms->RowID), sms->Address,
+                              sms->LocalTime, sms->Message, sms->Type, sms->GUID}));
     return all;
 }
 
 TEST_F(DaosMessages, OlderRowsTakeTheirTypeFromTheFlags) {
     version(5);
     writeOlder();
-    const std::vector<std::string> expected = {
+    const Texts expected = {
         "1|0|+1555|2011-03-13 07:06:40|ab|Received from|-",
         "2|0|-|1970-01-01 00:00:01|-|-|-",  // cut to 32 bits; flags 7 has no text
         "3|0|m|1970-01-01 00:00:00||Unknown|-",
@@ -63,15 +58,13 @@ TEST_F(DaosMessages, OlderRowsTakeTheirTypeFromTheFlags) {
 TEST_F(DaosMessages, NewerRowsTakeTheirTypeFromErrorAndDirection) {
     version(6);
     writeNewer();
-    EXPECT_EQ(lines(daos.GetSMS()),
-              (std::vector<std::string>{"1|1|+1777|2013-08-12 11:33:20|one|Received from|g1",
-                                        "2|2|-|2013-08-12 11:33:21|two|Sent to|g2",
-                                        "3|3|+1777|2013-08-12 11:33:22|three|Message Send "
-                                        "Failure|-"}));
-    EXPECT_EQ(
-        lines(daos.GetiMessage()),
-        (std::vector<std::string>{"1|0|+1777|2013-08-12 11:33:20|one|Received from|-",
-                                  "2|0|+1777|2013-08-12 11:33:22|three|Message Send Failure|-"}));
+    EXPECT_EQ(lines(daos.GetSMS()), (Texts{"1|1|+1777|2013-08-12 11:33:20|one|Received from|g1",
+                                           "2|2|-|2013-08-12 11:33:21|two|Sent to|g2",
+                                           "3|3|+1777|2013-08-12 11:33:22|three|Message Send "
+                                           "Failure|-"}));
+    EXPECT_EQ(lines(daos.GetiMessage()),
+              (Texts{"1|0|+1777|2013-08-12 11:33:20|one|Received from|-",
+                     "2|0|+1777|2013-08-12 11:33:22|three|Message Send Failure|-"}));
     EXPECT_EQ(state.iMessageCount, 2);
     EXPECT_EQ(state.iMessageContent.size(), 2U);
 }
@@ -80,22 +73,18 @@ TEST_F(DaosMessages, ChatsAndLinks) {
     version(7);
     writeNewer();
     const auto links = daos.GetChatMessageJoin();
-    ASSERT_EQ(links.size(), 2U);
-    EXPECT_EQ(links[1]->ChatId, 5);
-    EXPECT_EQ(links[1]->MessageId, 3);
-    EXPECT_EQ(links[1]->SlNo, 2);
+    EXPECT_THAT(toldAll(links),
+                testing::ElementsAre("ChatId=5|MessageId=1|SlNo=1", "ChatId=5|MessageId=3|SlNo=2"));
     EXPECT_EQ(state.AllChatMessageJoinContent, links);
     const auto chats = daos.GetAllChats();
-    ASSERT_EQ(chats.size(), 2U);
-    EXPECT_EQ(chats[0]->RowId, 5);
-    EXPECT_EQ(chats[0]->servicType, "iMessage");
-    EXPECT_EQ(chats[1]->servicType, std::nullopt);
+    EXPECT_THAT(toldAll(chats),
+                testing::ElementsAre("RowId=5|chat_identifier=+1777|servicType=iMessage",
+                                     "RowId=6|chat_identifier=it's"));
     EXPECT_EQ(state.AllChatsContent, chats);
-    const auto messages = daos.GetChatsOf("+1777");
-    ASSERT_EQ(messages.size(), 2U);
-    EXPECT_EQ(messages[0]->is_from_me, "0");
-    EXPECT_EQ(messages[0]->date, "2013-08-12 11:33:20");
-    EXPECT_EQ(messages[1]->text, "three");
+    EXPECT_THAT(toldAll(daos.GetChatsOf("+1777")),
+                testing::ElementsAre(
+                    "chat_identifier=+1777|is_from_me=0|date=2013-08-12 11:33:20|text=one",
+                    "chat_identifier=+1777|is_from_me=1|date=2013-08-12 11:33:22|text=three"));
     EXPECT_TRUE(daos.GetChatsOf("it's").empty());  // spliced without quoting: does not prepare
     EXPECT_EQ(daos.GetChatsOf("x' OR '1'='1").size(), 2U);
     EXPECT_TRUE(daos.GetChatsOf("x'; DROP TABLE chat; --").empty());

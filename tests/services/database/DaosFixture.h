@@ -1,20 +1,15 @@
 #pragma once
 
-#include <cstdlib>
-#include <ctime>
-
-#include "DatabaseFixture.h"
 #include "services/database/DAOs.h"
+#include "tests/support/ScanFixture.h"
+#include "tests/support/Told.h"
 
 namespace salvor {
 
-/// A scan of a backup folder whose databases the test writes, in UTC.
-class DaosFixture : public DatabaseFixture {
+/// The statements over databases that the test writes.
+class DaosFixture : public ScanFixture {
   protected:
     DaosFixture() {
-        setenv("TZ", "UTC", 1);
-        tzset();
-        state.BACKUP_DIRECTORY = folder.string();
         state.SMS_DATABASE = "sms";
         state.NOTES_DATABASE = "notes";
         state.CALENDAR_DATABASE = "calendar";
@@ -25,7 +20,6 @@ class DaosFixture : public DatabaseFixture {
 
     void version(std::int32_t major) { state.deviceInfo.iOSMajorVersion = major; }
 
-    ScanState state;
     DAOs daos{state};
 };
 

@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "DatabaseFixture.h"
+#include "tests/support/ScanFixture.h"
 
 namespace salvor {
 namespace {
 
-using Protected = DatabaseFixture;
+using Protected = ScanFixture;
 
 constexpr const char* kMessages =
     "CREATE TABLE message (text TEXT);"
@@ -148,7 +148,7 @@ TEST_F(Protected, AFileThatIsNoDatabaseOpensAndAnswersNothing) {
     EXPECT_EQ(rowsOf(folder / "noise.db", "SELECT * FROM message"), -1);
 }
 
-using Ordinary = DatabaseFixture;
+using Ordinary = ScanFixture;
 
 TEST_F(Ordinary, CreatesAndWrites) {
     FMDBUtils db(folder / "new.db");
@@ -165,7 +165,7 @@ TEST_F(Ordinary, CreatesAndWrites) {
     EXPECT_EQ(rows.stringForColumn("a"), "x");
 }
 
-using Rows = DatabaseFixture;
+using Rows = ScanFixture;
 
 TEST_F(Rows, AreReadByTheColumnRules) {
     FMDBUtils db(folder / "new.db");

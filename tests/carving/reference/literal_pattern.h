@@ -1,0 +1,27 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace salvor::reference {
+
+struct LiteralMapping {
+    std::string name;
+    std::int64_t column = 0;
+};
+
+/// A pattern as what it means, not as text: per column the allowed codes.
+struct LiteralPattern {
+    std::vector<std::string> versions;
+    bool hasHeader = true;
+    std::vector<std::vector<std::int32_t>> columns;
+    std::vector<LiteralMapping> mappings;
+
+    bool supports(const std::string& version) const {
+        return std::find(versions.begin(), versions.end(), version) != versions.end();
+    }
+};
+
+}  // namespace salvor::reference
