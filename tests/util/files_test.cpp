@@ -5,6 +5,7 @@
 #include <limits>
 #include <sys/stat.h>
 
+#include "tests/support/TempFolder.h"
 #include "util/FileUtils.h"
 #include "util/MappedFile.h"
 #include "util/ReadableFile.h"
@@ -17,12 +18,6 @@ namespace fs = std::filesystem;
 
 class Files : public testing::Test {
   protected:
-    Files() {
-        std::string pattern = (fs::temp_directory_path() / "salvor-files-XXXXXX").string();
-        folder_ = ::mkdtemp(pattern.data());
-    }
-    ~Files() override { fs::remove_all(folder_); }
-
     void write(const fs::path& name, const std::string& content) const {
         fs::create_directories((folder_ / name).parent_path());
         std::ofstream(folder_ / name, std::ios::binary) << content;
@@ -32,7 +27,8 @@ class Files : public testing::Test {
         return {std::istreambuf_iterator<char>(in), {}};
     }
 
-    fs::path folder_;
+    const TempFolder temporary_;
+    const fs::path folder_ = temporary_.path();
 };
 
 TEST_F(Files, SizeCountsRegularFilesOnly) {

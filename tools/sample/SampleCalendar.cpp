@@ -9,6 +9,25 @@ constexpr const char* kDomain = "HomeDomain";
 constexpr const char* kPath = "Library/Calendar/Calendar.sqlitedb";
 constexpr std::int64_t kZero = 0;
 
+/// What both tables hold behind the status, `seconds` being the type of their dates.
+std::vector<SampleColumn> commonColumns(const char* seconds) {
+    return {{"availability", "INTEGER", kZero},
+            {"privacy_level", "INTEGER", kZero},
+            {"url", "TEXT"},
+            {"last_modified", seconds},
+            {"sequence_num", "INTEGER", kZero},
+            {"birthday_id", "INTEGER", std::int64_t{-1}},
+            {"modified_properties", "INTEGER", std::int64_t{3}},
+            {"external_tracking_status", "INTEGER", kZero},
+            {"external_id", "TEXT"},
+            {"external_mod_tag", "TEXT"},
+            {"unique_identifier", "TEXT"},
+            {"external_schedule_id", "TEXT"},
+            {"external_rep", "BLOB"},
+            {"response_comment", "TEXT"},
+            {"hidden", "INTEGER", kZero}};
+}
+
 SampleColumns itemColumns(int ios) {
     SampleColumns columns({{"ROWID", "INTEGER PRIMARY KEY AUTOINCREMENT"},
                            {"summary", "TEXT"},
@@ -25,21 +44,6 @@ SampleColumns itemColumns(int ios) {
                            {"self_attendee_id", "INTEGER", kZero},
                            {"status", "INTEGER", kZero},
                            {"invitation_status", "INTEGER", kZero},
-                           {"availability", "INTEGER", kZero},
-                           {"privacy_level", "INTEGER", kZero},
-                           {"url", "TEXT"},
-                           {"last_modified", "REAL"},
-                           {"sequence_num", "INTEGER", kZero},
-                           {"birthday_id", "INTEGER", std::int64_t{-1}},
-                           {"modified_properties", "INTEGER", std::int64_t{3}},
-                           {"external_tracking_status", "INTEGER", kZero},
-                           {"external_id", "TEXT"},
-                           {"external_mod_tag", "TEXT"},
-                           {"unique_identifier", "TEXT"},
-                           {"external_schedule_id", "TEXT"},
-                           {"external_rep", "BLOB"},
-                           {"response_comment", "TEXT"},
-                           {"hidden", "INTEGER", kZero},
                            {"has_recurrences", "INTEGER", kZero},
                            {"has_attendees", "INTEGER", kZero},
                            {"UUID", "TEXT"},
@@ -61,6 +65,7 @@ SampleColumns itemColumns(int ios) {
                            {"invitation_changed_properties", "INTEGER", kZero},
                            {"default_alarm_removed", "INTEGER", kZero},
                            {"phantom_master", "INTEGER", kZero}});
+    columns.insert(15, commonColumns("REAL"));
     if (ios >= 7) columns.insert(51, {{"participation_status_modified_date", "REAL"}});
     if (ios < 9) return columns;
     // From the end, so that the earlier places stay.
@@ -78,37 +83,24 @@ SampleColumns itemColumns(int ios) {
 }
 
 SampleColumns eventColumns() {
-    return SampleColumns({{"ROWID", "INTEGER PRIMARY KEY AUTOINCREMENT"},
-                          {"summary", "TEXT"},
-                          {"location", "TEXT", std::string("Town Hall")},
-                          {"description", "TEXT"},
-                          {"start_date", "INTEGER"},
-                          {"start_tz", "TEXT", std::string("Europe/Berlin")},
-                          {"end_date", "INTEGER"},
-                          {"all_day", "INTEGER", kZero},
-                          {"calendar_id", "INTEGER", std::int64_t{2}},
-                          {"orig_event_id", "INTEGER", kZero},
-                          {"orig_start_date", "INTEGER"},
-                          {"organizer_id", "INTEGER", kZero},
-                          {"organizer_is_self", "INTEGER", kZero},
-                          {"organizer_external_id", "TEXT"},
-                          {"self_attendee_id", "INTEGER", kZero},
-                          {"status", "INTEGER", kZero},
-                          {"availability", "INTEGER", kZero},
-                          {"privacy_level", "INTEGER", kZero},
-                          {"url", "TEXT"},
-                          {"last_modified", "INTEGER"},
-                          {"sequence_num", "INTEGER", kZero},
-                          {"birthday_id", "INTEGER", std::int64_t{-1}},
-                          {"modified_properties", "INTEGER", std::int64_t{3}},
-                          {"external_tracking_status", "INTEGER", kZero},
-                          {"external_id", "TEXT"},
-                          {"external_mod_tag", "TEXT"},
-                          {"unique_identifier", "TEXT"},
-                          {"external_schedule_id", "TEXT"},
-                          {"external_rep", "BLOB"},
-                          {"response_comment", "TEXT"},
-                          {"hidden", "INTEGER", kZero}});
+    SampleColumns columns({{"ROWID", "INTEGER PRIMARY KEY AUTOINCREMENT"},
+                           {"summary", "TEXT"},
+                           {"location", "TEXT", std::string("Town Hall")},
+                           {"description", "TEXT"},
+                           {"start_date", "INTEGER"},
+                           {"start_tz", "TEXT", std::string("Europe/Berlin")},
+                           {"end_date", "INTEGER"},
+                           {"all_day", "INTEGER", kZero},
+                           {"calendar_id", "INTEGER", std::int64_t{2}},
+                           {"orig_event_id", "INTEGER", kZero},
+                           {"orig_start_date", "INTEGER"},
+                           {"organizer_id", "INTEGER", kZero},
+                           {"organizer_is_self", "INTEGER", kZero},
+                           {"organizer_external_id", "TEXT"},
+                           {"self_attendee_id", "INTEGER", kZero},
+                           {"status", "INTEGER", kZero}});
+    columns.insert(16, commonColumns("INTEGER"));
+    return columns;
 }
 
 TruthRow truthOf(const std::string& summary, std::int64_t date) {
