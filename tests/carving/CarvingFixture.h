@@ -106,7 +106,6 @@ class NotingCarver : public OwnState, public Engine {
 
     std::vector<Column> columns;         ///< every column, dropped readings included
     std::vector<std::uint64_t> offsets;  ///< where the headers of the records begin
-    std::vector<RecordOrigin> origins;
     std::vector<std::int64_t> rowIds;
     bool keep = false;                            ///< fills `RecoveredData`
     std::function<std::int32_t(Bytes)> position;  ///< stands in for the data-start rule
@@ -119,7 +118,6 @@ class NotingCarver : public OwnState, public Engine {
     }
     void addRecoveredObject() override {
         offsets.push_back(this->_recObject->Origin->offset);
-        origins.push_back(*this->_recObject->Origin);
         rowIds.push_back(this->_recObject->RowId);
         if (keep) this->RecoveredData.push_back(this->_recObject);
     }

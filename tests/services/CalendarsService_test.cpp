@@ -62,16 +62,6 @@ TEST_F(Calendars, CarvesEventsAndKeepsThoseWithoutALiveRow) {
     EXPECT_EQ(service.retrieved(), 0);
 }
 
-TEST_F(Calendars, EventsKnownToTheScanAreNotCarvedAgain) {
-    auto live = std::make_shared<Calendar>();
-    live->UniqueIdentifier = "0d9c1e0a7a6c4d539c5b000000000022";
-    state.AllCalendarContent.push_back(live);
-    store(CalendarsSqliteDbName, items(itemRow(1, "live", 400000000, identifier(11))),
-          {{kItemColumns, itemRow(102, "Lunch", 400086400, identifier(22))}});
-    service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(state.DeletedCalendar, IsEmpty());
-}
-
 TEST_F(Calendars, TheStatementForLiveEventsFollowsTheVersion) {
     store("both",
           items(itemRow(1, "new", 60, identifier(11))) +

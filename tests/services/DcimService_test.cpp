@@ -1,9 +1,7 @@
 #include "services/DcimService.h"
 
-#include <gmock/gmock.h>
-
-#include "tests/support/TempFolder.h"
-#include "tools/sample/Digest.h"
+#include "tests/support/ScanFixture.h"
+#include "tests/support/Told.h"
 #include "tools/sample/PhotoLibraryFile.h"
 
 namespace salvor {
@@ -17,7 +15,7 @@ using testing::UnorderedElementsAre;
 constexpr auto kNewer = "12b144c0bd44f2b3dffd9186d3f9c05b917cee25";
 constexpr auto kOlder = "bedec6d42efe57123676bfa31e98ab68b713195f";
 
-class CameraRoll : public testing::Test, public ScanObserver {
+class CameraRoll : public ScanFixture, public ScanObserver {
   protected:
     CameraRoll() {
         fs::create_directories(backup);
@@ -36,15 +34,9 @@ class CameraRoll : public testing::Test, public ScanObserver {
     }
     void run() { service.RecoverFromIOSBackup(device); }
 
-    template <class List>
-    static std::vector<std::string> namesOf(const List& list) {
-        std::vector<std::string> names;
-        for (const auto& item : list) names.push_back(item->Name.value_or("absent"));
-        return names;
-    }
     /// "folder: names" of the folders that hold anything; "!" marks a folder with deleted assets.
-    std::vector<std::string> filed() const {
-        std::vector<std::string> texts;
+    Texts filed() const {
+        Texts texts;
         for (const auto& one : service.folders()) {
             if (one.assets.empty()) continue;
             std::string text = one.name + (one.IsVideosFolder ? " (videos)" : "") +
@@ -55,9 +47,7 @@ class CameraRoll : public testing::Test, public ScanObserver {
         return texts;
     }
 
-    TempFolder folder;
-    fs::path backup = folder / "abcd";
-    ScanState state;
+    const fs::path backup = folder / "abcd";
     DeviceInfo device;
     DcimService service{state};
     int refreshed = 0;
@@ -90,10 +80,12 @@ TEST_F(CameraRoll, ListsAndFilesEveryAsset) {
              {"PhotoStreamsData/1", "stream.MOV"},
              {"Other", "other.mp4"}});
     run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("live.JPG", "stream.JPG"));
-    EXPECT_THAT(namesOf(state.DeletedPhotos), ElementsAre("trashed.JPG", "sync.JPG", "other.PNG"));
-    EXPECT_THAT(namesOf(state.Videos), IsEmpty()) << "no video is live, deliberately";
-    EXPECT_THAT(namesOf(state.DeletedVideos), ElementsAre("film.MOV", "stream.MOV", "other.mp4"));
+    EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("live.JPG", "stream.JPG"));
+    EXPECT_THAT(textsOf(state.DeletedPhotos, &Photo::Name),
+                ElementsAre("trashed.JPG", "sync.JPG", "other.PNG"));
+    EXPECT_THAT(textsOf(state.Videos, &Video::Name), IsEmpty()) << "no video is live, deliberately";
+    EXPECT_THAT(textsOf(state.DeletedVideos, &Video::Name),
+                ElementsAre("film.MOV", "stream.MOV", "other.mp4"));
     EXPECT_EQ(state.PhotosCount, 2);
     EXPECT_EQ(state.DeletedPhotosCount, 3);
     EXPECT_EQ(state.VideosCount, 0);
@@ -117,25 +109,28 @@ TEST_F(CameraRoll, ReadsBothLibrariesAndListsAPhotoOnce) {
     library(backup, kNewer, 3, {{"DCIM", "a.JPG"}, {"DCIM", "b.JPG"}, {"DCIM", "c.MOV"}});
     library(backup, kOlder, 1, {{"DCIM", "b.JPG"}, {"DCIM", "c.MOV"}, {"DCIM", "d.JPG"}});
     run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("a.JPG", "b.JPG", "d.JPG"));
+    EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("a.JPG", "b.JPG", "d.JPG"));
     EXPECT_EQ(state.PhotosCount, 3);
     // Only photos are compared: deliberate.
-    EXPECT_THAT(namesOf(state.DeletedVideos), ElementsAre("c.MOV", "c.MOV"));
+    EXPECT_THAT(textsOf(state.DeletedVideos, &Video::Name), ElementsAre("c.MOV", "c.MOV"));
     EXPECT_EQ(state.DeletedVideosCount, 2);
     EXPECT_THAT(filed(),
                 ElementsAre("Camera Roll: a.JPG b.JPG d.JPG", "Camera Roll (videos): c.MOV"));
     EXPECT_EQ(refreshed, 2);
 }
 
+// A device without a backup location of its own lies in the backup folder.
 TEST_F(CameraRoll, AddsToWhatThePictureSweepListed) {
+    device.BackupLocation.reset();
     state.Photos.push_back(std::make_shared<Photo>(Photo{"IMG_1.JPG", "/elsewhere/IMG_1.JPG", 1}));
     state.PhotosCount = 1;
     library(backup, kOlder, 0, {{"DCIM", "a.JPG"}});
     run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("IMG_1.JPG", "a.JPG"));
+    EXPECT_THAT(toldAll(state.Photos),
+                ElementsAre("Name=IMG_1.JPG|Location=/elsewhere/IMG_1.JPG",
+                            "Name=a.JPG|Location=" +
+                                (backup / sampleDigest("MediaDomain-Media/DCIM/a.JPG")).string()));
     EXPECT_EQ(state.PhotosCount, 2);
-    EXPECT_EQ(state.Photos[1]->Location,
-              (backup / sampleDigest("MediaDomain-Media/DCIM/a.JPG")).string());
 }
 
 TEST_F(CameraRoll, IsEmptyWithoutAUsableLibrary) {
@@ -150,13 +145,6 @@ TEST_F(CameraRoll, IsEmptyWithoutAUsableLibrary) {
     EXPECT_THAT(state.Photos, IsEmpty());
     EXPECT_THAT(state.DeletedPhotos, IsEmpty());
     EXPECT_THAT(filed(), IsEmpty());
-}
-
-TEST_F(CameraRoll, OfADeviceWithoutBackupLocationLiesInTheBackupFolder) {
-    device.BackupLocation.reset();
-    library(backup, kNewer, 1, {{"DCIM", "a.JPG"}});
-    run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("a.JPG"));
 }
 
 class OlderBackups : public CameraRoll {
@@ -174,9 +162,10 @@ TEST_F(OlderBackups, OfTheDeviceGiveDeletedPicturesAfterAFreshBackup) {
     // What cannot be read in one of them does not end the walk.
     fs::create_directories(folder / "abcd-0" / kNewer);
     run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("now.JPG"));
-    EXPECT_THAT(namesOf(state.DeletedPhotos), UnorderedElementsAre("inside.JPG", "beside.JPG"));
-    EXPECT_THAT(namesOf(state.DeletedVideos), ElementsAre("film.MOV"));
+    EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("now.JPG"));
+    EXPECT_THAT(textsOf(state.DeletedPhotos, &Photo::Name),
+                UnorderedElementsAre("inside.JPG", "beside.JPG"));
+    EXPECT_THAT(textsOf(state.DeletedVideos, &Video::Name), ElementsAre("film.MOV"));
     EXPECT_EQ(state.DeletedPhotosCount, 2);
     EXPECT_EQ(state.DeletedPhotos[1]->Location,
               (folder / "abcd-1" / sampleDigest("MediaDomain-Media/DCIM/beside.JPG")).string());
@@ -186,15 +175,19 @@ TEST_F(OlderBackups, OfTheDeviceGiveDeletedPicturesAfterAFreshBackup) {
     EXPECT_FALSE(service.folders()[0].assets[0]->Recovered);
 }
 
-TEST_F(OlderBackups, AreLeftAloneWhenTheScanIsOfABackup) {
+TEST_F(OlderBackups, AreLeftAloneInOtherScansAndWithoutAnIdentifierAndOnceCancelled) {
     state.RecoverType = 1;
     run();
-    EXPECT_THAT(namesOf(state.Photos), ElementsAre("now.JPG"));
+    EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("now.JPG"));
     EXPECT_THAT(state.DeletedPhotos, IsEmpty());
-}
-
-TEST_F(OlderBackups, BelongToNobodyWithoutAnIdentifier) {
+    state.RecoverType = 0;
     device.UniqueDeviceID = "";
+    run();
+    EXPECT_THAT(state.DeletedPhotos, IsEmpty());
+    device.UniqueDeviceID = "abcd";
+    std::stop_source stop;
+    service.setStopToken(stop.get_token());
+    stop.request_stop();
     run();
     EXPECT_THAT(state.DeletedPhotos, IsEmpty());
 }
@@ -212,16 +205,9 @@ TEST_F(OlderBackups, ThatThrowAreToldAndPassedOver) {
     } failing;
     state.observer = &failing;
     run();
-    EXPECT_THAT(namesOf(state.DeletedPhotos), ElementsAre("inside.JPG", "beside.JPG"));
+    EXPECT_THAT(textsOf(state.DeletedPhotos, &Photo::Name),
+                ElementsAre("inside.JPG", "beside.JPG"));
     EXPECT_THAT(failing.warnings, ElementsAre(testing::EndsWith("abcd-inside: no memory")));
-}
-
-TEST_F(OlderBackups, AreNotWalkedOnceTheScanIsCancelled) {
-    std::stop_source stop;
-    service.setStopToken(stop.get_token());
-    stop.request_stop();
-    run();
-    EXPECT_THAT(state.DeletedPhotos, IsEmpty());
 }
 
 }  // namespace

@@ -113,19 +113,6 @@ TEST_F(Chats, CarvesTheFirstOfTheTwoPlacesOnly) {
     EXPECT_THAT(state.DeletedWhatsApp, IsEmpty());
 }
 
-TEST_F(Chats, WhatIsLiveByContentIsNotCarved) {
-    auto live = std::make_shared<WhatsApp>();
-    live->MessageDate = "2013-09-04 15:10:00";
-    live->FromMsgID = "";
-    live->ToMsgID = "4922@s.whatsapp.net";
-    live->zText = "to Bob";
-    state.AllWhatsAppContent.push_back(live);
-    storeDeleted(WhatsAppSqliteDbName);
-    service.RecoverFromIOSBackup(device);
-    EXPECT_THAT(textsOf(state.DeletedWhatsApp, &WhatsApp::zText),
-                ElementsAre("early one", "in a group", "late one"));
-}
-
 TEST_F(Chats, ReadsMessagesOnlyOfPartnersWhoseIdentifierIsAnExpression) {
     // The first identifier stands in the statement without quotes: deliberate.
     store(WhatsAppSqliteDbName,
