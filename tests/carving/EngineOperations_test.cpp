@@ -6,10 +6,6 @@
 namespace salvor::testing {
 namespace {
 
-Bytes bytesOf(const std::string& text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
 TEST(EngineOperations, FindUuidsOnlyWithinTheBytes) {
     const std::string uuid = "01234567-89AB-cdef-xyz0-456789abcdef";
     constexpr auto kFar = std::numeric_limits<std::int64_t>::max();

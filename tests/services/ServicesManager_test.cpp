@@ -1,25 +1,16 @@
 #include "services/ServicesManager.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
-
 #include "services/MessageServices.h"
 #include "services/messageServicesIOS7_8.h"
-#include "tests/support/TempFolder.h"
-#include "tools/sample/Digest.h"
+#include "tests/support/ScanFixture.h"
 
 namespace salvor {
 namespace {
 
-using Calls = std::vector<std::string>;
-
 /// Notes what is asked of it.
 class RecordingService : public abstractServices {
   public:
-    RecordingService(ScanState& state, std::string name, Calls& calls)
+    RecordingService(ScanState& state, std::string name, Texts& calls)
         : abstractServices(state, std::move(name)), calls_(calls) {}
     void RecoverFromIOSBackup(const DeviceInfo& device) override {
         calls_.push_back(SqliteDbName() + device.DeviceName.value_or(""));
@@ -29,10 +20,10 @@ class RecordingService : public abstractServices {
     std::function<void()> onRun;
 
   private:
-    Calls& calls_;
+    Texts& calls_;
 };
 
-class Manager : public ::testing::Test {
+class Manager : public ScanFixture {
   protected:
     ServiceMakers recording() {
         const std::pair<ServiceIndex, const char*> names[] = {
@@ -50,17 +41,16 @@ class Manager : public ::testing::Test {
         return makers;
     }
 
-    ScanState state;
     DeviceInfo device;
-    Calls made, calls;
+    Texts made, calls;
 };
 
 TEST_F(Manager, MakesAndRunsTheServicesInTheirOrders) {
     ServicesManager manager(state, device, recording());
     EXPECT_EQ(made,
-              (Calls{"chats", "calls", "events", "notes", "messages", "contacts", "roll", "web"}));
+              (Texts{"chats", "calls", "events", "notes", "messages", "contacts", "roll", "web"}));
     manager.StartRecovery();
-    EXPECT_EQ(calls, (Calls{"messages", "contacts", "notes", "events", "calls", "chats"}));
+    EXPECT_EQ(calls, (Texts{"messages", "contacts", "notes", "events", "calls", "chats"}));
 }
 
 TEST_F(Manager, RunsOneServiceByItsNumber) {
@@ -69,7 +59,7 @@ TEST_F(Manager, RunsOneServiceByItsNumber) {
     other.DeviceName = "!";
     manager.setDevice(other);
     for (int index = -1; index < 10; ++index) manager.StartRecoveryofService(index);
-    EXPECT_EQ(calls, (Calls{"messages!", "roll!", "contacts!", "calls!", "events!", "notes!",
+    EXPECT_EQ(calls, (Texts{"messages!", "roll!", "contacts!", "calls!", "events!", "notes!",
                             "web!", "chats!"}));
 }
 
@@ -86,7 +76,7 @@ TEST_F(Manager, HandsTheCancelOnAndStopsBetweenServices) {
     auto& first = static_cast<RecordingService&>(*manager.messageServ);
     first.onRun = [&] { source.request_stop(); };
     manager.StartRecovery(source.get_token());
-    EXPECT_EQ(calls, Calls{"messages"});
+    EXPECT_EQ(calls, Texts{"messages"});
     EXPECT_TRUE(first.cancelled());
 }
 
@@ -99,8 +89,6 @@ TEST_F(Manager, DrivesTheChatLayoutWhateverTheVersion) {
 }
 
 TEST_F(Manager, ServicesFindTheirDatabase) {
-    const TempFolder folder;
-    state.BACKUP_DIRECTORY = folder.path().string();
     const RecordingService service(state, "3dname", calls);
     EXPECT_EQ(service.ConnectionFileFullPath(device), folder / "3dname");
     EXPECT_EQ(service.ConnectionString(device), std::nullopt);

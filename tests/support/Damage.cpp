@@ -17,14 +17,6 @@ constexpr std::size_t kHeaderBytes = 100;
 constexpr unsigned char kInteriorTable = 0x05;
 constexpr unsigned char kLeafTable = 0x0D;
 
-void removeFile(const fs::path& file, SampleRandom&) {
-    fs::remove(file);
-}
-
-void emptyFile(const fs::path& file, SampleRandom&) {
-    fs::resize_file(file, 0);
-}
-
 void cutFile(const fs::path& file, SampleRandom& random) {
     fs::resize_file(file, random.below(fs::file_size(file)));
 }
@@ -33,15 +25,10 @@ void fillWithNoise(std::string& bytes, std::size_t from, std::size_t to, SampleR
     for (std::size_t i = from; i < to; ++i) bytes[i] = static_cast<char>(random.below(256));
 }
 
+template <std::size_t From>
 void noise(const fs::path& file, SampleRandom& random) {
     auto bytes = readWholeFile(file);
-    fillWithNoise(bytes, 0, bytes.size(), random);
-    writeWholeFile(file, bytes);
-}
-
-void noiseBehindHeader(const fs::path& file, SampleRandom& random) {
-    auto bytes = readWholeFile(file);
-    fillWithNoise(bytes, std::min(kHeaderBytes, bytes.size()), bytes.size(), random);
+    fillWithNoise(bytes, std::min(From, bytes.size()), bytes.size(), random);
     writeWholeFile(file, bytes);
 }
 
@@ -83,15 +70,30 @@ void foreignSchema(const fs::path& file, SampleRandom&) {
     database.close();
 }
 
-void missingColumns(const fs::path& file, SampleRandom&) {
+/// Puts what `sqlOf` its name says in the place of every table.
+template <class Sql>
+void replaceTables(const fs::path& file, Sql sqlOf) {
     SqliteFile database(file);
     const auto names = tables(database);
     for (const auto& name : names) {
         database.execute("DROP TABLE \"" + name + "\"");
-        database.execute("CREATE TABLE \"" + name + "\" (x)");
-        database.execute("INSERT INTO \"" + name + "\" VALUES (1)");
+        database.execute(sqlOf("\"" + name + "\""));
     }
     database.close();
+}
+
+void missingColumns(const fs::path& file, SampleRandom&) {
+    replaceTables(file, [](const std::string& name) {
+        return "CREATE TABLE " + name + " (x); INSERT INTO " + name + " VALUES (1)";
+    });
+}
+
+void viewsForTables(const fs::path& file, SampleRandom&) {
+    replaceTables(file, [](const std::string& name) {
+        return "CREATE VIEW " + name +
+               " AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+               "SELECT i AS ROWID, zeroblob(100000000) AS text FROM n";
+    });
 }
 
 template <class Value>
@@ -99,38 +101,6 @@ void everyValue(const fs::path& file, const Value& value) {
     SqliteFile database(file);
     for (const auto& [table, column] : columns(database))
         tryTo(database, "UPDATE \"" + table + "\" SET \"" + column + "\" = ?", {value});
-    database.close();
-}
-
-void blobs(const fs::path& file, SampleRandom&) {
-    everyValue(file, SqliteBlob{std::string("\x00\xFF\xFE\x1F\x8B", 5)});
-}
-
-void hostileTexts(const fs::path& file, SampleRandom&) {
-    everyValue(file, std::string("x' UNION SELECT * FROM sqlite_master -- %s%n/../\xC3\x28"));
-}
-
-void infinities(const fs::path& file, SampleRandom&) {
-    everyValue(file, -std::numeric_limits<double>::infinity());
-}
-
-void farDates(const fs::path& file, SampleRandom&) {
-    everyValue(file, 9.3e17);
-}
-
-void smallestIntegers(const fs::path& file, SampleRandom&) {
-    everyValue(file, std::numeric_limits<std::int64_t>::min());
-}
-
-void viewsForTables(const fs::path& file, SampleRandom&) {
-    SqliteFile database(file);
-    const auto names = tables(database);
-    for (const auto& name : names) {
-        database.execute("DROP TABLE \"" + name + "\"");
-        database.execute("CREATE VIEW \"" + name +
-                         "\" AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
-                         "SELECT i AS ROWID, zeroblob(100000000) AS text FROM n");
-    }
     database.close();
 }
 
@@ -206,19 +176,32 @@ void hugeTexts(const fs::path& file, SampleRandom&) {
 }
 
 constexpr std::array kDamages{
-    Damage{"missing", removeFile},
-    Damage{"empty", emptyFile},
+    Damage{"missing", [](const fs::path& file, SampleRandom&) { fs::remove(file); }},
+    Damage{"empty", [](const fs::path& file, SampleRandom&) { fs::resize_file(file, 0); }},
     Damage{"cut", cutFile},
     Damage{"cut elsewhere", cutFile},
-    Damage{"noise", noise},
-    Damage{"noise behind the header", noiseBehindHeader},
+    Damage{"noise", noise<0>},
+    Damage{"noise behind the header", noise<kHeaderBytes>},
     Damage{"foreign schema", foreignSchema},
     Damage{"missing columns", missingColumns},
-    Damage{"blobs", blobs},
-    Damage{"hostile texts", hostileTexts},
-    Damage{"infinities", infinities},
-    Damage{"dates far away", farDates},
-    Damage{"smallest integers", smallestIntegers},
+    Damage{"blobs",
+           [](const fs::path& file, SampleRandom&) {
+               everyValue(file, SqliteBlob{std::string("\x00\xFF\xFE\x1F\x8B", 5)});
+           }},
+    Damage{"hostile texts",
+           [](const fs::path& file, SampleRandom&) {
+               everyValue(file,
+                          std::string("x' UNION SELECT * FROM sqlite_master -- %s%n/../\xC3\x28"));
+           }},
+    Damage{"infinities",
+           [](const fs::path& file, SampleRandom&) {
+               everyValue(file, -std::numeric_limits<double>::infinity());
+           }},
+    Damage{"dates far away", [](const fs::path& file, SampleRandom&) { everyValue(file, 9.3e17); }},
+    Damage{"smallest integers",
+           [](const fs::path& file, SampleRandom&) {
+               everyValue(file, std::numeric_limits<std::int64_t>::min());
+           }},
     Damage{"endless views", viewsForTables},
     Damage{"cyclic trees", cyclicTrees},
     Damage{"cyclic freeblocks", cyclicFreeblocks},

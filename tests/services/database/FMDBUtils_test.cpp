@@ -173,35 +173,45 @@ TEST_F(Rows, AreReadByTheColumnRules) {
     auto rows = db.executeQuery(
         "SELECT 4294967298 AS Big, '12abc' AS text, NULL AS none, 1 AS twice, 2 AS TWICE, "
         "x'' AS blank, x'FF61' AS broken, CAST(x'6100' AS TEXT) AS zero, 2.75 AS real, '' AS void");
-    EXPECT_EQ(rows.intForColumn("Big"), 0);  // before the first row
-    EXPECT_EQ(rows.stringForColumn("text"), std::nullopt);
+    const auto hasNoRow = [&rows] {
+        return rows.intForColumn("Big") == 0 && !rows.stringForColumn("text");
+    };
+    EXPECT_TRUE(hasNoRow());
     ASSERT_TRUE(rows.next());
-    EXPECT_EQ(rows.longLongIntForColumn("big"), 4294967298);
-    EXPECT_EQ(rows.intForColumn("BIG"), 2);
-    EXPECT_EQ(rows.stringForColumn("big"), "4294967298");
-    EXPECT_EQ(rows.intForColumn("text"), 12);
-    EXPECT_EQ(rows.stringForColumn("none"), std::nullopt);
+    const struct {
+        const char* column;
+        Text text;
+        std::int64_t number;
+    } cases[] = {
+        {"big", "4294967298", 4294967298},
+        {"text", "12abc", 12},
+        {"none", {}, 0},
+        {"twice", "2", 2},
+        {"blank", "", 0},
+        {"broken", {}, 0},
+        {"zero", std::string("a\0", 2), 0},
+        {"real", "2.75", 2},
+        {"void", "", 0},
+        {"lacking", {}, 0},
+    };
+    for (const auto& [column, text, number] : cases) {
+        SCOPED_TRACE(column);
+        EXPECT_EQ(rows.stringForColumn(column), text);
+        EXPECT_EQ(rows.longLongIntForColumn(column), number);
+        EXPECT_EQ(rows.longForColumn(column), number);
+        EXPECT_EQ(rows.intForColumn(column), static_cast<std::int32_t>(number));
+        EXPECT_EQ(rows.boolForColumn(column), number != 0);
+    }
     EXPECT_TRUE(rows.columnIsNull("none"));
-    EXPECT_EQ(rows.intForColumn("twice"), 2);
-    EXPECT_EQ(rows.stringForColumn("blank"), "");
     EXPECT_EQ(rows.dataForColumn("blank"), "");
-    EXPECT_EQ(rows.stringForColumn("broken"), std::nullopt);
-    EXPECT_EQ(rows.dataForColumn("broken"),
-              "\xFF"
-              "a");
-    EXPECT_EQ(rows.stringForColumn("zero"), std::string("a\0", 2));
+    EXPECT_EQ(rows.dataForColumn("broken"), std::string("\xFF") + "a");
     EXPECT_EQ(rows.doubleForColumn("real"), 2.75);
-    EXPECT_EQ(rows.longForColumn("real"), 2);
-    EXPECT_TRUE(rows.boolForColumn("real"));
-    EXPECT_EQ(rows.stringForColumn("void"), "");
-    EXPECT_EQ(rows.stringForColumnIndex(0), "4294967298");
-    for (const int index : {-1, 99}) EXPECT_EQ(rows.stringForColumnIndex(index), std::nullopt);
-    EXPECT_EQ(rows.stringForColumn("lacking"), std::nullopt);
     EXPECT_EQ(rows.doubleForColumn("lacking"), 0);
-    EXPECT_FALSE(rows.boolForColumn("lacking"));
+    EXPECT_EQ(rows.stringForColumnIndex(0), "4294967298");
+    for (const int index : {-1, 10, 99}) EXPECT_EQ(rows.stringForColumnIndex(index), std::nullopt);
     EXPECT_FALSE(rows.next());
     EXPECT_FALSE(rows.hadError());
-    EXPECT_EQ(rows.stringForColumn("text"), std::nullopt);  // after the last row
+    EXPECT_TRUE(hasNoRow());
     rows.close();
     EXPECT_FALSE(rows.next());
 }
