@@ -4,11 +4,11 @@
 #include <algorithm>
 
 #include "carving/AbstractSqLiteRecovery.h"
-#include "carving/DataPosition.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "reference/case_report.h"
 #include "reference/literal_record_loop.h"
+#include "reference/row_carver.h"
 
 using namespace salvor;
 
@@ -25,62 +25,18 @@ struct Choice {
     bool deduplicate;
 };
 
-template <class Patterns>
-Patterns few(const Patterns& all, const Choice& choice) {
+TablePatterns patternsOf(const Choice& choice) {
+    const auto& signatures = fuzz::shippedSignatures()->tableSignatures;
+    const auto& all = signatures.at(choice.signature)->TablePatterns;
     const auto first = all.begin() + static_cast<std::ptrdiff_t>(choice.firstPattern % all.size());
     return {first, first + std::min<std::ptrdiff_t>(kMostPatterns, all.end() - first)};
 }
-
-/// Keeps every mapped column under its name.
-class RegionCarver : public AbstractSqLiteRecovery {
-  public:
-    RegionCarver(ScanState& state, const Choice& choice)
-        : AbstractSqLiteRecovery(state), deduplicate_(choice.deduplicate) {
-        tablePatterns = few(
-            fuzz::shippedSignatures()->tableSignatures.at(choice.signature)->TablePatterns, choice);
-        _processOffset = choice.processOffset;
-    }
-
-    std::vector<CarvedRow> rows;
-
-  protected:
-    std::shared_ptr<baseRecoveryObject> GetNewRecoveryObject() override {
-        row_ = {};
-        return std::make_shared<baseRecoveryObject>();
-    }
-    void FillModel(std::int64_t column, const OptionalColumnValue& value,
-                   const TablePattern& pattern) override {
-        const auto* mapping = pattern.mappingForColumn(column);
-        if (mapping == nullptr) return;
-        _field = mapping->Name;
-        const auto known = std::find_if(row_.columns.begin(), row_.columns.end(),
-                                        [&](const auto& one) { return one.first == _field; });
-        if (known == row_.columns.end())
-            row_.columns.emplace_back(*_field, value);
-        else
-            known->second = value;
-    }
-    void addRecoveredObject() override {
-        if (deduplicate_) rememberRowId(_recObject->RowId);
-        row_.rowId = _recObject->RowId;
-        row_.origin = *_recObject->Origin;
-        rows.push_back(row_);
-    }
-    std::int32_t verifyDataPosition(Bytes text) override {
-        return standardDataPosition(_field, text);
-    }
-
-  private:
-    bool deduplicate_;
-    CarvedRow row_;
-};
 
 std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Bytes>& regions) {
     reference::Events ignored;
     reference::LiteralOptions options;
     options.deduplicate = choice.deduplicate;
-    const auto patterns = fuzz::literalPatterns(few(
-        fuzz::shippedSignatures()->tableSignatures.at(choice.signature)->TablePatterns, choice));
+    const auto patterns = fuzz::literalPatterns(patternsOf(choice));
     reference::LiteralRecordLoop loop(patterns, options, ignored);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
@@ -95,8 +51,9 @@ std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Byte
 }
 
 std::vector<CarvedRow> actualRows(const Choice& choice, const std::vector<Bytes>& regions) {
-    ScanState state;
-    RegionCarver carver(state, choice);
+    reference::RowCarver<AbstractSqLiteRecovery> carver(choice.deduplicate);
+    carver.tablePatterns = patternsOf(choice);
+    carver._processOffset = choice.processOffset;
     for (const Bytes region : regions) carver.ParseHeaderAndData(region, 0);
     return carver.rows;
 }

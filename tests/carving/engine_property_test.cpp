@@ -1,16 +1,13 @@
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 
-#include "app/state/ScanState.h"
 #include "carving/AbstractSQLiteRecoveryFullSearch.h"
-#include "carving/TableCarver.h"
 #include "reference/case_report.h"
 #include "reference/literal_engine.h"
 #include "reference/property_case.h"
+#include "reference/row_carver.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 
@@ -24,64 +21,25 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise) {
     return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
 }
 
-using RowSink = std::function<void(const CarvedRow&)>;
-
-/// Hands on every record, those with a known row id too.
 template <class Engine>
-class EveryRecordCarver : public Engine {
-  public:
-    EveryRecordCarver(ScanState& state, const RowSink& found) : Engine(state), found_(found) {}
-
-  protected:
-    std::shared_ptr<baseRecoveryObject> GetNewRecoveryObject() override {
-        columns_.clear();
-        return std::make_shared<baseRecoveryObject>();
-    }
-    void FillModel(std::int64_t column, const OptionalColumnValue& value,
-                   const TablePattern& pattern) override {
-        const AttributesMapping* mapping = pattern.mappingForColumn(column);
-        if (mapping == nullptr) return;
-        this->_field = mapping->Name;
-        for (auto& [name, known] : columns_) {
-            if (name != mapping->Name) continue;
-            known = value;
-            return;
-        }
-        columns_.emplace_back(mapping->Name, value);
-    }
-    std::int32_t verifyDataPosition(Bytes text) override {
-        if (this->_field != "ZStandZAid") return this->kNoCorrection;
-        for (std::size_t i = 0; i < text.size(); ++i)
-            if (text[i] == '-') return static_cast<std::int32_t>(i) - 10;
-        return -11;
-    }
-    void addRecoveredObject() override {
-        found_({this->_recObject->RowId, columns_, this->_recObject->Origin.value()});
-    }
-
-  private:
-    const RowSink& found_;
-    decltype(CarvedRow::columns) columns_;
-};
-
-template <class Engine>
-void carveEveryRecord(const TablePatterns& patterns, bool callList,
-                      const std::filesystem::path& file, const RowSink& found) {
-    ScanState state;
-    EveryRecordCarver<Engine> carver(state, found);
+std::vector<CarvedRow> carveEveryRecord(const TablePatterns& patterns, bool callList,
+                                        const std::filesystem::path& file) {
+    RowCarver<Engine> carver;
     carver.tablePatterns = patterns;
     carver.setWorkingOnCallList(callList);
     carver.DoRecoveryPath(file);
+    return carver.rows;
 }
 
-void carveEveryRecord(const SqLiteTableSignatures& signatures, const CaseRun& run,
-                      const std::filesystem::path& file, const RowSink& found) {
+/// Every record, those with a known row id too.
+std::vector<CarvedRow> carveEveryRecord(const SqLiteTableSignatures& signatures, const CaseRun& run,
+                                        const std::filesystem::path& file) {
     const auto signature = signatures.Find(kCaseDomain, kCaseDatabase, kCaseTable);
     const TablePatterns patterns =
         run.version ? signature->FindPatternsByVersion(*run.version) : signature->TablePatterns;
     const auto carve = run.fullSearch ? carveEveryRecord<AbstractSQLiteRecoveryFullSearch>
                                       : carveEveryRecord<AbstractSqLiteRecovery>;
-    carve(patterns, run.callList, file, found);
+    return carve(patterns, run.callList, file);
 }
 
 class EngineProperty : public testing::Test {
@@ -89,14 +47,12 @@ class EngineProperty : public testing::Test {
     static std::vector<CarvedRow> actualRows(const SqLiteTableSignatures& signatures,
                                              const CaseRun& run,
                                              const std::filesystem::path& file) {
-        std::vector<CarvedRow> rows;
-        const RowSink found = [&](const CarvedRow& row) { rows.push_back(row); };
+        if (run.everyRecord) return carveEveryRecord(signatures, run, file);
         const TableCarveOptions options{kCaseDomain, kCaseDatabase,  kCaseTable,
                                         run.version, run.fullSearch, run.callList};
-        if (run.everyRecord)
-            carveEveryRecord(signatures, run, file, found);
-        else
-            carveTable(signatures, options, file, {}, found);
+        std::vector<CarvedRow> rows;
+        carveTable(signatures, options, file, {},
+                   [&](const CarvedRow& row) { rows.push_back(row); });
         return rows;
     }
 
