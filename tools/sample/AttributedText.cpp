@@ -5,7 +5,7 @@
 namespace salvor {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 /// One byte below 0x80, else 0x81 and two bytes or 0x82 and four, little-endian.
 std::string archivedNumber(std::size_t number) {

@@ -140,7 +140,7 @@ class GroupMessageStore : public MessageStore {
 
     void addMadridColumns(SqliteRow& row, const SampleMessage& message, bool madrid) const {
         const auto& chat = chats_[message.chat];
-        const auto only = [madrid](SqliteValue value) { return madrid ? value : kNull; };
+        const auto only = [madrid](const SqliteValue& value) { return madrid ? value : kNull; };
         const auto number = [madrid](std::int64_t value) {
             return SqliteValue(madrid ? value : std::int64_t{0});
         };

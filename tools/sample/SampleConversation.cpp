@@ -6,7 +6,7 @@
 namespace salvor {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr std::array kWords{
     "the"sv,    "train"sv,   "leaves"sv,  "at"sv,        "noon"sv,   "please"sv, "call"sv,

@@ -6,7 +6,7 @@
 namespace salvor {
 namespace {
 
-constexpr std::int64_t kBackupAge = 200 * 86400;
+constexpr std::int64_t kBackupAge = std::int64_t{200} * 86400;
 
 std::filesystem::path storedPath(const std::string& name, bool nested) {
     return nested ? std::filesystem::path(name.substr(0, 2)) / name : std::filesystem::path(name);

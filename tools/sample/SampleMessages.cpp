@@ -82,7 +82,7 @@ class MessageSample {
     /// Enough neighbouring rows to free two or three whole pages, but no more than a sixth.
     std::size_t runLength() const {
         const std::size_t rowBytes = folder_.device().ios < 6 ? 120 : 480;
-        const std::size_t wanted = 3 * folder_.options().pageSize / rowBytes + 4;
+        const std::size_t wanted = std::size_t{3} * folder_.options().pageSize / rowBytes + 4;
         return std::min<std::size_t>(wanted, messages_.size() / 6);
     }
 

@@ -8,7 +8,7 @@
 namespace salvor {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string kJfif = "\xFF\xD8\xFF\xE0\0\x10JFIF\0\1\1"s;
 const std::string kExif =

@@ -150,8 +150,10 @@ TEST_F(CallScanner, ReadsOddLengthsAsItAlwaysDid) {
     EXPECT_EQ(scan(record(bytes({0x81, 5}), types, values))->value("Z_PK"), "133");
     EXPECT_EQ(scan(record(bytes({0x80, 5}), types, values))->value("Z_PK"), "5");
     // The length of the row stands one or two bytes before it.
-    const std::pair<std::string, int> lengths[] = {
-        {bytes({40, 7}), 40}, {bytes({40, 0x81, 5}), 40}, {bytes({0x82, 1, 7}), 257}};
+    const std::pair<std::string, int> lengths[] = {{bytes({40, 7}), 40},
+                                                   {bytes({40, 0x81, 5}), 40},
+                                                   {bytes({40, 0x80, 5}), 128},
+                                                   {bytes({0x82, 1, 7}), 257}};
     for (const auto& [before, length] : lengths)
         EXPECT_EQ(scan(record(before, types, values), before.size())->payloadLength, length);
     // Types 5 and 6 are five and six bytes long here, six and eight in a database.
