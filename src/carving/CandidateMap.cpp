@@ -88,12 +88,12 @@ void RareBlocks::markNeighbours() {
     }
 }
 
-void CandidateMap::build(MaskMethod method, const LeadingColumnTables& columns,
+void CandidateMap::build(MaskMethod method, const LeadingColumnTables& columns, bool rowIds,
                          const RareBlocks& blocks) {
     first_ = blocks.first();
     readBlocks(method, columns, blocks);
     combineColumns(blocks);
-    findRowIds(blocks);
+    if (rowIds) findRowIds(blocks);
 }
 
 void CandidateMap::readBlocks(MaskMethod method, const LeadingColumnTables& columns,

@@ -38,7 +38,9 @@ class RareBlocks {
 /// to the end to be read is never turned down, since the failing read counts.
 class CandidateMap {
   public:
-    void build(MaskMethod method, const LeadingColumnTables& columns, const RareBlocks& blocks);
+    /// `rowIds`: also for headers that begin with a row id.
+    void build(MaskMethod method, const LeadingColumnTables& columns, bool rowIds,
+               const RareBlocks& blocks);
 
     /// The first position, 0 or more, from `position` on at which a header that begins with one
     /// unchecked byte may stand; a position past the region where there is none.

@@ -76,7 +76,7 @@ TEST(CandidateMapTest, NeverTurnsDownAPossiblePosition) {
             RareBlocks blocks;
             blocks.find(method, ByteSearch(columns.rarest()), region);
             CandidateMap map;
-            map.build(method, tables, blocks);
+            map.build(method, tables, true, blocks);
             for (std::int64_t p = 0; p < static_cast<std::int64_t>(region.size()); ++p) {
                 for (const bool rowId : {false, true}) {
                     const bool kept = (rowId ? map.nextWithRowId(p) : map.nextPlain(p)) == p;
