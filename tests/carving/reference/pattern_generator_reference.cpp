@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kCorrectingField = "ZStandZAid";
 
 std::vector<int> makeColumn(RandomSource& random) {
-    switch (random.below(9)) {
+    switch (random.below(10)) {
         case 0:
             return {-1};
         case 1:
@@ -27,6 +27,8 @@ std::vector<int> makeColumn(RandomSource& random) {
             return {0, -2};
         case 7:
             return {7, 0, 1, 2, 3, 4, 5, 6, 8, 9};
+        case 8:
+            return {static_cast<int>(random.between(120, 150)), 131, 133, -160};
         default:
             break;
     }
@@ -61,6 +63,19 @@ PlannedPattern makePattern(RandomSource& random) {
     pattern.hasHeader = !random.chance(4);
     addMappings(random, pattern);
     return pattern;
+}
+
+/// Begins as `pattern` does and goes on otherwise, as a table that grew over the years.
+PlannedPattern relative(RandomSource& random, const PlannedPattern& pattern) {
+    PlannedPattern changed = pattern;
+    const auto count = static_cast<std::int64_t>(pattern.columns.size());
+    const auto kept = random.between(std::min<std::int64_t>(count, 7), count);
+    changed.columns.resize(static_cast<std::size_t>(kept));
+    for (auto more = random.between(0, 6); more > 0; --more)
+        changed.columns.push_back(makeColumn(random));
+    changed.mappings.clear();
+    addMappings(random, changed);
+    return changed;
 }
 
 PlannedPattern stagedPattern(Staged staged) {
@@ -155,6 +170,9 @@ std::vector<PlannedPattern> makePatterns(RandomSource& random) {
     std::vector<PlannedPattern> patterns;
     const auto count = random.chance(50) ? 1 : random.between(2, 4);
     for (std::int64_t i = 0; i < count; ++i) patterns.push_back(makePattern(random));
+    if (!random.chance(30)) return patterns;
+    for (auto relatives = random.chance(10) ? 40 : random.between(1, 6); relatives > 0; --relatives)
+        patterns.push_back(relative(random, random.pick(patterns)));
     return patterns;
 }
 
