@@ -9,18 +9,6 @@ namespace {
 
 constexpr std::int64_t kSpan = SQLiteUtils::kVarintSpan;
 
-LeadingColumns leadingColumns(const CompiledPattern& pattern) {
-    LeadingColumns leading;
-    for (std::size_t k = 0; k < LeadingColumns::kColumns; ++k) {
-        const std::size_t column = pattern.firstChecked + k;
-        for (unsigned byte = 0; byte < 256; ++byte) {
-            leading.mayBegin[k][byte] =
-                column >= pattern.columns.size() || pattern.columns[column].mayBeginWith(byte);
-        }
-    }
-    return leading;
-}
-
 }  // namespace
 
 void PatternMatcher::use(const TablePatterns& patterns) {
@@ -29,46 +17,48 @@ void PatternMatcher::use(const TablePatterns& patterns) {
     patterns_.clear();
     groups_.clear();
     families_.clear();
+    sets_.clear();
+    std::bitset<256> rare;
     for (const auto& pattern : patterns) {
         if (!pattern || !pattern->hasHeader) continue;
         CompiledPattern compiled(pattern);
-        Family& family = familyOf(compiled);
+        const LeadingColumns leading(compiled);
+        rare |= leading.rarest();
+        Family& family = familyOf(groupOf(leading), compiled.beginsWithRowId);
         const unsigned number = family.patterns.add(compiled);
         const auto place = static_cast<std::size_t>(&family - families_.data());
         patterns_.push_back({std::move(compiled), place, number});
     }
-    std::bitset<256> rare;
-    for (const Group& group : groups_) rare |= group.columns.rarest();
     rareBytes_ = ByteSearch(rare);
     memory_.assign(patterns_.size(), {});
 }
 
-std::size_t PatternMatcher::groupOf(const CompiledPattern& pattern) {
-    const LeadingColumns columns = leadingColumns(pattern);
+std::size_t PatternMatcher::groupOf(const LeadingColumns& leading) {
+    LeadingSets columns{};
+    std::transform(leading.mayBegin.begin(), leading.mayBegin.end(), columns.begin(),
+                   [this](const auto& set) { return sets_.add(set); });
     const auto known = std::find_if(groups_.begin(), groups_.end(),
                                     [&](const Group& group) { return group.columns == columns; });
-    if (known != groups_.end()) return static_cast<std::size_t>(known - groups_.begin());
-    groups_.emplace_back(columns);
-    return groups_.size() - 1;
+    const auto number = static_cast<std::size_t>(known - groups_.begin());
+    if (known == groups_.end()) groups_.emplace_back().columns = columns;
+    return number;
 }
 
-PatternMatcher::Family& PatternMatcher::familyOf(const CompiledPattern& pattern) {
-    const std::size_t group = groupOf(pattern);
-    const bool rowId = pattern.beginsWithRowId;
-    groups_[group].rowIds |= rowId;
+PatternMatcher::Family& PatternMatcher::familyOf(std::size_t group, bool beginsWithRowId) {
+    groups_[group].rowIds |= beginsWithRowId;
     const auto known = std::find_if(families_.begin(), families_.end(), [&](const Family& family) {
-        return family.group == group && family.patterns.beginsWithRowId() == rowId &&
-               !family.patterns.isFull();
+        return family.group == group && !family.patterns.isFull() &&
+               family.patterns.beginsWithRowId() == beginsWithRowId;
     });
     if (known != families_.end()) return *known;
-    return families_.emplace_back(group, PatternFamily(rowId));
+    return families_.emplace_back(group, PatternFamily(beginsWithRowId));
 }
 
 const CandidateMap& PatternMatcher::candidates(std::size_t number) {
-    if (!rareBlocksKnown_) rareBlocks_.find(method_, rareBytes_, region_);
-    rareBlocksKnown_ = true;
+    if (!masksKnown_) masks_.find(method_, rareBytes_, sets_, region_);
+    masksKnown_ = true;
     Group& group = groups_[number];
-    if (!group.built) group.map.build(method_, group.tables, group.rowIds, rareBlocks_);
+    if (!group.built) group.map.build(group.columns, group.rowIds, masks_);
     group.built = true;
     return group.map;
 }
@@ -76,7 +66,7 @@ const CandidateMap& PatternMatcher::candidates(std::size_t number) {
 void PatternMatcher::begin(Bytes region) {
     region_ = region;
     memory_.assign(patterns_.size(), {});
-    rareBlocksKnown_ = false;
+    masksKnown_ = false;
     for (auto& group : groups_) group.built = false;
     for (auto& family : families_) family.patterns.begin();
 }

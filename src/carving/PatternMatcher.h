@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "carving/ByteSets.h"
 #include "carving/CandidateMap.h"
 #include "carving/CompiledPattern.h"
 #include "carving/LeadingColumns.h"
 #include "carving/PatternFamily.h"
+#include "carving/RegionMasks.h"
 #include "carving/SQLiteTableHeaderInfo.h"
 #include "carving/SqLiteTableSignatures.h"
 #include "util/Bytes.h"
@@ -36,9 +38,7 @@ class PatternMatcher {
   private:
     /// Patterns whose first checked columns accept the same share a map of a region's candidates.
     struct Group {
-        explicit Group(const LeadingColumns& leading) : columns(leading), tables(leading) {}
-        LeadingColumns columns;
-        LeadingColumnTables tables;
+        LeadingSets columns{};
         bool rowIds = false;  ///< some of them begin with a row id
         CandidateMap map;
         bool built = false;
@@ -60,8 +60,8 @@ class PatternMatcher {
         std::int64_t position = 0;  ///< the first match
     };
 
-    std::size_t groupOf(const CompiledPattern& pattern);
-    Family& familyOf(const CompiledPattern& pattern);
+    std::size_t groupOf(const LeadingColumns& leading);
+    Family& familyOf(std::size_t group, bool beginsWithRowId);
     /// Where headers for the patterns of a group may stand.
     const CandidateMap& candidates(std::size_t group);
     MatchResult search(const Pattern& pattern, std::int64_t offset, std::int64_t& position);
@@ -74,9 +74,10 @@ class PatternMatcher {
     std::vector<Memory> memory_;
     std::vector<Group> groups_;
     std::vector<Family> families_;
+    ByteSets sets_;             ///< what leading columns may begin with
     ByteSearch rareBytes_{{}};  ///< every header has one of these bytes
-    RareBlocks rareBlocks_;
-    bool rareBlocksKnown_ = false;
+    RegionMasks masks_;
+    bool masksKnown_ = false;
     MaskMethod method_ = fastestMaskMethod();
     Bytes region_;
 };
