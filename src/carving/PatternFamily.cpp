@@ -30,6 +30,7 @@ unsigned PatternFamily::add(const CompiledPattern& pattern) {
         }
     }
     all_ |= bit;
+    shortest_ = std::min(shortest_, pattern.columns.size());
     return number;
 }
 
@@ -66,12 +67,14 @@ const PatternFamily::Hit* PatternFamily::next(unsigned pattern, std::int64_t pos
 }
 
 bool PatternFamily::lookOn(const CandidateMap& map, Bytes region) {
-    const auto size = static_cast<std::int64_t>(region.size());
+    // A header has as many bytes as columns at least.
+    const auto last =
+        static_cast<std::int64_t>(region.size()) - static_cast<std::int64_t>(shortest_);
     while (!exhausted_) {
         const std::int64_t position =
             beginsWithRowId_ ? map.nextWithRowId(seen_) : map.nextPlain(seen_);
         seen_ = position + 1;
-        exhausted_ = position >= size;
+        exhausted_ = position > last;
         if (exhausted_) break;
         const Hit hit = look(position, region);
         if ((hit.fits | hit.unsure) == 0) continue;

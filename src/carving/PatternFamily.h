@@ -60,6 +60,7 @@ class PatternFamily {
     bool beginsWithRowId_;
     std::size_t count_ = 0;
     Set all_ = 0;
+    std::size_t shortest_ = SIZE_MAX;  ///< columns of the pattern that has fewest
     std::vector<Column> columns_;
     std::vector<Hit> hits_;   ///< all from `from_` to `seen_`, in order
     Set found_ = 0;           ///< what fits or may fit anywhere in them

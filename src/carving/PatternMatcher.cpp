@@ -77,7 +77,9 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
         const bool answered =
             memory.known && memory.from <= offset && (memory.none || offset <= memory.position);
         if (!answered) {
-            const MatchResult result = search(patterns_[i], offset, memory.position);
+            const Pattern& pattern = patterns_[i];
+            if (families_[pattern.family].patterns.isKnownToLack(pattern.number, offset)) continue;
+            const MatchResult result = search(pattern, offset, memory.position);
             if (result == MatchResult::ReadFailed) return result;
             memory.known = true;
             memory.none = result == MatchResult::None;
@@ -98,7 +100,6 @@ MatchResult PatternMatcher::search(const Pattern& pattern, std::int64_t offset,
         if (result != MatchResult::None) return result;
     }
     Family& family = families_[pattern.family];
-    if (family.patterns.isKnownToLack(pattern.number, position)) return MatchResult::None;
     const PatternFamily::Set bit = PatternFamily::Set{1} << pattern.number;
     for (; position <= last; ++position) {
         const auto* hit =
