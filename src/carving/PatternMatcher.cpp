@@ -51,7 +51,8 @@ PatternMatcher::Family& PatternMatcher::familyOf(std::size_t group, bool beginsW
                family.patterns.beginsWithRowId() == beginsWithRowId;
     });
     if (known != families_.end()) return *known;
-    return families_.emplace_back(group, PatternFamily(beginsWithRowId));
+    families_.push_back({group, PatternFamily(beginsWithRowId)});
+    return families_.back();
 }
 
 const CandidateMap& PatternMatcher::candidates(std::size_t number) {
