@@ -27,36 +27,17 @@ class PathRulesTest : public testing::Test {
 };
 
 TEST_F(PathRulesTest, TellsWhatLiesInsideAFolder) {
-    struct Case {
-        const char* path;
-        bool inside;
+    const auto expect = [this](bool inside, std::initializer_list<const char*> paths) {
+        for (const char* path : paths) {
+            EXPECT_EQ(liesInside(folder_ / path, folder_ / "backup"), inside) << path;
+            EXPECT_EQ(liesInside(folder_ / path, folder_ / "link/"), inside) << path << " (link)";
+        }
     };
-    const Case cases[] = {
-        {"backup", true},
-        {"backup/", true},
-        {"backup/inner", true},
-        {"backup/new/deeper", true},
-        {"backup/../backup/new", true},
-        {"out/../backup/new", true},
-        {"link", true},
-        {"link/new", true},
-        {"dangling", true},
-        {"dangling/deeper", true},
-        {"chain", true},
-        {"out/in/new", true},
-        {"out/in/..", true},  // the parent of where the link leads
-        {"backup2", false},
-        {"backup2/new", false},
-        {"backup/..", false},
-        {"backup/../out", false},
-        {"new", false},
-        {"loop", false},
-        {"", false},
-    };
-    for (const auto& [path, inside] : cases) {
-        EXPECT_EQ(liesInside(folder_ / path, folder_ / "backup"), inside) << path;
-        EXPECT_EQ(liesInside(folder_ / path, folder_ / "link/"), inside) << path << " (link)";
-    }
+    expect(true, {"backup", "backup/", "backup/inner", "backup/new/deeper", "backup/../backup/new",
+                  "out/../backup/new"});
+    expect(true, {"link", "link/new", "dangling", "dangling/deeper", "chain", "out/in/new"});
+    expect(true, {"out/in/.."});  // the parent of where the link leads
+    expect(false, {"backup2", "backup2/new", "backup/..", "backup/../out", "new", "loop", ""});
 }
 
 TEST_F(PathRulesTest, TakesRelativePathsFromTheCurrentFolder) {
