@@ -1,12 +1,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
-#include "app/ScanJob.h"
 #include "export/ScanReport.h"
-#include "tests/support/Digest.h"
-#include "tests/support/SampleBackup.h"
+#include "tests/app/SampleScan.h"
 #include "tests/support/TempFolder.h"
 
 namespace salvor {
@@ -32,18 +29,10 @@ class AdverseScans : public testing::Test {
         sample = SampleBackup::write(folder / "backup", options);
     }
 
-    ScanRequest request() const {
-        ScanRequest made;
-        made.source = sample.folder;
-        made.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
-        return made;
-    }
-
     std::string report() const {
-        ScanObserver nobody;
-        ScanJob job(nobody);
-        EXPECT_EQ(job.runScan(request()).result, ScanResult::Done);
-        return ScanReport::text(job.state());
+        SampleScan scan;
+        EXPECT_EQ(scan.run(requestFor(sample.folder)), ScanResult::Done);
+        return ScanReport::text(scan.state());
     }
 
     /// A report without what differs between equal scans: the copies of pictures lie in work
@@ -68,32 +57,28 @@ TEST_F(AdverseScans, EightAtOnceGiveEqualResults) {
     for (const auto& one : reports) EXPECT_TRUE(lists(one) == alone);
 }
 
-TEST_F(AdverseScans, ABackupThatIsRemovedMeanwhileKeepsWhatWasRead) {
-    for (const char* moment : {"Contacts", "Calendar", "Recovering deleted data. Please wait..."}) {
-        SCOPED_TRACE(moment);
-        sample = SampleBackup::write(folder / moment);
-        Saboteur saboteur;
-        saboteur.moment = moment;
-        saboteur.act = [this] { fs::remove_all(sample.folder); };
-        ScanJob job(saboteur);
-        EXPECT_EQ(job.runScan(request()).result, ScanResult::Done);
-        EXPECT_EQ(job.state().SMSContent.size(),
-                  SampleTruth::of(sample.truth.live, "message").size());
-        EXPECT_FALSE(fs::exists(sample.folder));
-    }
-}
-
-TEST_F(AdverseScans, FilesThatShrinkMeanwhileEndNothing) {
-    Saboteur saboteur;
-    saboteur.moment = "Recovering deleted data. Please wait...";
-    saboteur.act = [this] {
+TEST_F(AdverseScans, WhatWasReadStaysWhenTheBackupIsRemovedOrShrinksMeanwhile) {
+    const std::function<void()> remove = [this] { fs::remove_all(sample.folder); };
+    const std::function<void()> shrink = [this] {
         for (const auto& entry : fs::directory_iterator(sample.folder)) {
             if (entry.is_regular_file()) fs::resize_file(entry.path(), 100);
         }
     };
-    ScanJob job(saboteur);
-    EXPECT_EQ(job.runScan(request()).result, ScanResult::Done);
-    EXPECT_FALSE(job.state().SMSContent.empty());
+    const char* recovery = "Recovering deleted data. Please wait...";
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"Contacts", remove}, {"Calendar", remove}, {recovery, remove}, {recovery, shrink}};
+    for (const auto& [moment, act] : cases) {
+        SCOPED_TRACE(moment);
+        fs::remove_all(sample.folder);
+        sample = SampleBackup::write(sample.folder);
+        Saboteur saboteur;
+        saboteur.moment = moment;
+        saboteur.act = act;
+        ScanJob job(saboteur);
+        EXPECT_EQ(job.runScan(requestFor(sample.folder)).result, ScanResult::Done);
+        EXPECT_EQ(job.state().SMSContent.size(),
+                  SampleTruth::of(sample.truth.live, "message").size());
+    }
 }
 
 TEST_F(AdverseScans, WhatIsNoFileIsPassedOver) {
@@ -108,11 +93,10 @@ TEST_F(AdverseScans, WhatIsNoFileIsPassedOver) {
     for (const auto& make : makers) {
         fs::remove_all(file);
         make();
-        ScanObserver nobody;
-        ScanJob job(nobody);
-        EXPECT_EQ(job.runScan(request()).result, ScanResult::Done);
-        EXPECT_TRUE(job.state().CalendarContent.empty());
-        EXPECT_FALSE(job.state().NotesContent.empty());
+        SampleScan scan;
+        EXPECT_EQ(scan.run(requestFor(sample.folder)), ScanResult::Done);
+        EXPECT_TRUE(scan.state().CalendarContent.empty());
+        EXPECT_FALSE(scan.state().NotesContent.empty());
     }
 }
 

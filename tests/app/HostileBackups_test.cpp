@@ -1,18 +1,19 @@
 #include <algorithm>
 #include <cstdlib>
+#include <fmt/ranges.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 
-#include "app/ScanJob.h"
 #include "export/ScanReport.h"
+#include "tests/app/SampleScan.h"
 #include "tests/support/BoundedRun.h"
 #include "tests/support/Damage.h"
 #include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/TempFolder.h"
 
 namespace salvor {
@@ -97,16 +98,13 @@ class ScannedSample {
 
   private:
     Lists scan(const std::optional<std::string>& ios) const {
-        ScanObserver nobody;
-        ScanJob job(nobody);
-        ScanRequest request;
-        request.source = sample.folder;
+        auto request = requestFor(sample.folder);
         request.workFolder = work_;
-        request.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
         request.ios = ios;
         request.continueAnyway = true;
         const auto before = hashTree(sample.folder);
-        EXPECT_EQ(job.runScan(request).result, ScanResult::Done);
+        SampleScan job;
+        EXPECT_EQ(job.run(request), ScanResult::Done);
         EXPECT_EQ(hashTree(sample.folder), before);
         const auto report = json::parse(ScanReport::text(job.state()));
         Lists all;
@@ -123,11 +121,7 @@ class ScannedSample {
 };
 
 SampleOptions optionsOf(int ios, std::uint32_t messages) {
-    SampleOptions options;
-    options.ios = ios;
-    options.messages = messages;
-    options.secureDelete = false;
-    return options;
+    return {.ios = ios, .messages = messages, .secureDelete = false};
 }
 
 class HostileBackups : public testing::TestWithParam<int> {};
@@ -202,11 +196,6 @@ class MutatedBackups : public testing::Test {
         return one.sample.folder.parent_path() / "intact";
     }
 
-    static void mend(const ScannedSample& one) {
-        fs::remove_all(one.sample.folder);
-        fs::copy(intact(one), one.sample.folder, fs::copy_options::recursive);
-    }
-
     static std::vector<std::string> names(const ScannedSample& one) {
         std::vector<std::string> all;
         for (const auto& entry : fs::directory_iterator(intact(one)))
@@ -215,8 +204,13 @@ class MutatedBackups : public testing::Test {
         return all;
     }
 
-    /// Scans after the files of these names were damaged.
-    static void scan(const ScannedSample& one, const std::vector<std::string>& damaged) {
+    /// Scans a backup in which `damage` has broken the files of these names and no others.
+    static void scan(const ScannedSample& one, const std::vector<std::string>& damaged,
+                     const std::function<void()>& damage) {
+        SCOPED_TRACE(fmt::format("iOS {}, {}", one.sample.truth.ios, fmt::join(damaged, ", ")));
+        fs::remove_all(one.sample.folder);
+        fs::copy(intact(one), one.sample.folder, fs::copy_options::recursive);
+        damage();
         std::set<std::string> changed;
         for (const auto& name : damaged) {
             const auto lists = listsOf(name);
@@ -238,14 +232,11 @@ TEST_F(MutatedBackups, AreScannedToTheEnd) {
         SCOPED_TRACE("round " + std::to_string(round));
         SampleRandom random(static_cast<std::uint64_t>(round) + 1);
         const auto& one = generation(4 + round % 6);
-        mend(one);
         auto damaged = names(one);
         if (random.chance(50)) damaged = {random.pick(damaged)};
-        for (const auto& name : damaged) {
-            SCOPED_TRACE(name);
-            mutateFile(one.sample.folder / name, random);
-        }
-        scan(one, damaged);
+        scan(one, damaged, [&] {
+            for (const auto& name : damaged) mutateFile(one.sample.folder / name, random);
+        });
     }
 }
 
@@ -254,11 +245,8 @@ TEST_F(MutatedBackups, LoseOneCutFileOnly) {
     for (const int ios : {5, 7, 9}) {
         const auto& one = generation(ios);
         for (const auto& name : names(one)) {
-            SCOPED_TRACE("iOS " + std::to_string(ios) + ", " + name);
-            mend(one);
             const fs::path file = one.sample.folder / name;
-            fs::resize_file(file, random.below(fs::file_size(file)));
-            scan(one, {name});
+            scan(one, {name}, [&] { fs::resize_file(file, random.below(fs::file_size(file))); });
             if (HasFatalFailure()) return;
         }
     }
@@ -271,12 +259,11 @@ TEST_F(MutatedBackups, LoseTwoSwappedFilesOnly) {
         for (std::size_t i = 0; i < all.size(); ++i) {
             const auto& name = all[i];
             const auto& other = all[(i + 1) % all.size()];
-            SCOPED_TRACE("iOS " + std::to_string(ios) + ", " + name + " and " + other);
-            mend(one);
             const auto put = fs::copy_options::overwrite_existing;
-            fs::copy_file(intact(one) / name, one.sample.folder / other, put);
-            fs::copy_file(intact(one) / other, one.sample.folder / name, put);
-            scan(one, {name, other});
+            scan(one, {name, other}, [&] {
+                fs::copy_file(intact(one) / name, one.sample.folder / other, put);
+                fs::copy_file(intact(one) / other, one.sample.folder / name, put);
+            });
             if (HasFatalFailure()) return;
         }
     }

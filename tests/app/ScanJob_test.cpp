@@ -7,9 +7,9 @@
 #include <sys/stat.h>
 #include <thread>
 
+#include "tests/app/SampleScan.h"
 #include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
-#include "tests/support/SampleBackup.h"
 #include "tests/support/SampleRandom.h"
 #include "tests/support/TempFolder.h"
 
@@ -31,17 +31,10 @@ class Watcher : public ScanObserver {
 class ScanJobs : public testing::Test {
   protected:
     ScanRequest request(std::int32_t category = 0) const {
-        ScanRequest made;
-        made.source = backup;
+        auto made = requestFor(backup);
         made.category = category;
         made.workFolder = folder / "work";
-        made.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
         return made;
-    }
-    static SampleOptions ios(int version) {
-        SampleOptions options;
-        options.ios = version;
-        return options;
     }
     SampleBackup sample(SampleOptions options = {}) const {
         options.messages = 40;
@@ -54,32 +47,13 @@ class ScanJobs : public testing::Test {
     ScanJob job{watcher};
 };
 
-TEST_F(ScanJobs, ReadsALiveBackupOfEachGeneration) {
-    for (const int version : {4, 5, 6, 7, 8, 9}) {
-        fs::remove_all(backup);
-        const auto written = sample(ios(version));
-        ScanJob one(watcher);
-        const auto outcome = one.runScan(request(1));
-        EXPECT_EQ(outcome.result, ScanResult::Done) << outcome.message;
-        EXPECT_EQ(one.state().SMSContent.size(),
-                  SampleTruth::of(written.truth.live, "message").size())
-            << "iOS " << version;
-        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, version);
-        EXPECT_FALSE(outcome.encrypted);
-        EXPECT_TRUE(outcome.temp.empty());
-    }
-}
-
-std::map<std::string, std::int64_t> accessTimes(const fs::path& root) {
-    std::map<std::string, std::int64_t> times;
-    const auto look = [&](const fs::path& path) {
-        struct stat info {};
-        ASSERT_EQ(::lstat(path.c_str(), &info), 0);
-        times[path.string()] = info.st_atim.tv_sec;
-    };
+std::map<fs::path, std::int64_t> accessTimes(const fs::path& root) {
+    std::map<fs::path, std::int64_t> times;
     // Listing a folder moves the folder's own time.
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
-        if (entry.is_regular_file()) look(entry.path());
+        struct stat info {};
+        EXPECT_EQ(::lstat(entry.path().c_str(), &info), 0);
+        if (entry.is_regular_file()) times[entry.path()] = info.st_atim.tv_sec;
     }
     return times;
 }
@@ -87,14 +61,13 @@ std::map<std::string, std::int64_t> accessTimes(const fs::path& root) {
 TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
     for (const bool nested : {false, true}) {
         fs::remove_all(backup);
-        auto options = ios(nested ? 9 : 5);
-        options.nested = nested;
-        sample(options);
+        sample({.ios = nested ? 9 : 5, .nested = nested});
         // Older than the content, so that any plain read would move them.
         for (const auto& entry : fs::recursive_directory_iterator(backup)) {
             const timespec past[2] = {{1'000'000'000, 0}, {0, UTIME_OMIT}};
             ASSERT_EQ(::utimensat(AT_FDCWD, entry.path().c_str(), past, 0), 0);
         }
+        // What describes the tree reads it.
         const auto timesBefore = accessTimes(backup);
         EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
         EXPECT_EQ(accessTimes(backup), timesBefore);
@@ -119,60 +92,51 @@ TEST_F(ScanJobs, AskForMissingPropertyLists) {
 }
 
 TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
-    auto options = ios(8);
-    options.lockdownOnly = true;
-    sample(options);
-    struct Case {
+    sample({.ios = 8, .lockdownOnly = true});
+    const struct {
         std::optional<std::string> wanted;
         int major;
         int minor;
-    };
-    for (const auto& [wanted, major, minor] :
-         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}, Case{"0.0", 0, 0}}) {
+        bool unknown;
+    } cases[] = {{std::nullopt, 0, 0, true},
+                 {"9", 9, 0, false},
+                 {"7.1.2", 7, 1, false},
+                 {"0.0", 0, 0, false},
+                 {"auto", 8, 4, false}};
+    for (const auto& [wanted, major, minor, unknown] : cases) {
         auto asked = request(3);
         asked.ios = wanted;
         ScanJob one(watcher);
         const auto outcome = one.runScan(asked);
         EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, major);
         EXPECT_EQ(one.state().deviceInfo.iOSMinorVersion, minor);
-        EXPECT_EQ(outcome.versionUnknown, !wanted);
-        ASSERT_TRUE(outcome.versions.lockdown);
+        EXPECT_EQ(outcome.versionUnknown, unknown);
         EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
+        EXPECT_FALSE(outcome.encrypted);
     }
-    auto automatic = request(3);
-    automatic.ios = "auto";
-    job.runScan(automatic);
-    EXPECT_EQ(job.state().deviceInfo.iOSMajorVersion, 8);
-}
-
-TEST_F(ScanJobs, SayThatABackupIsEncrypted) {
-    auto options = ios(7);
-    options.encrypted = true;
-    sample(options);
-    const auto outcome = job.runScan(request(1));
-    EXPECT_TRUE(outcome.encrypted);
-    EXPECT_EQ(outcome.result, ScanResult::Done);
 }
 
 TEST_F(ScanJobs, RefuseWhatTheyCannotUse) {
     sample();
     writeWholeFile(folder / "file.txt", "");
     fs::create_directories(folder / "work/Temp");
-    const auto with = [&](auto change) {
+    using enum ScanResult;
+    const auto expect = [&](ScanResult result, auto change) {
         auto asked = request();
         change(asked);
-        return ScanJob(watcher).runScan(asked).result;
+        EXPECT_EQ(ScanJob(watcher).runScan(asked).result, result) << asked.ios.value_or("");
     };
-    EXPECT_EQ(with([&](auto& r) { r.source = folder / "missing"; }), ScanResult::SourceUnusable);
-    EXPECT_EQ(with([&](auto& r) { r.source = folder / "file.txt"; }), ScanResult::SourceUnusable);
-    EXPECT_EQ(with([&](auto& r) { r.category = 9; }), ScanResult::InvalidRequest);
-    EXPECT_EQ(with([&](auto& r) { r.category = -1; }), ScanResult::InvalidRequest);
-    for (const char* version : {"", "x", "7.", ".1", "7,1", "-7.0", "7.1 "}) {
-        EXPECT_EQ(with([&](auto& r) { r.ios = version; }), ScanResult::InvalidRequest) << version;
+    expect(SourceUnusable, [&](auto& r) { r.source = folder / "missing"; });
+    expect(SourceUnusable, [&](auto& r) { r.source = folder / "file.txt"; });
+    for (const int category : {9, -1}) {
+        expect(InvalidRequest, [&](auto& r) { r.category = category; });
     }
-    EXPECT_EQ(with([&](auto& r) { r.workFolder = backup / "out"; }), ScanResult::InvalidRequest);
+    for (const char* version : {"", "x", "7.", ".1", "7,1", "-7.0", "7.1 "}) {
+        expect(InvalidRequest, [&](auto& r) { r.ios = version; });
+    }
+    expect(InvalidRequest, [&](auto& r) { r.workFolder = backup / "out"; });
     // Before it begins, even when no picture is asked for.
-    EXPECT_EQ(with([](auto& r) { r.category = 1; }), ScanResult::WorkFolderRefused);
+    expect(WorkFolderRefused, [](auto& r) { r.category = 1; });
     EXPECT_TRUE(fs::is_empty(folder / "work/Temp"));
 }
 
