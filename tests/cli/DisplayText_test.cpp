@@ -25,25 +25,19 @@ TEST(DisplayTextTest, HidesWhatATerminalWouldObey) {
     for (const auto& [text, shown] : cases) EXPECT_EQ(printable(text), shown) << text;
 }
 
-TEST(DisplayTextTest, CountsColumns) {
-    EXPECT_EQ(displayWidth("abc"), 3U);
-    EXPECT_EQ(displayWidth("電話"), 4U);
-    EXPECT_EQ(displayWidth("e\u0301"), 1U);
-    EXPECT_EQ(displayWidth("🎉"), 2U);
-}
-
-TEST(DisplayTextTest, CutsAtCharacters) {
-    EXPECT_EQ(fitted("電話番号", 8), "電話番号");
-    EXPECT_EQ(fitted("電話番号", 7), "電話番…");
-    EXPECT_EQ(fitted("電話番号", 6), "電話…");
-    EXPECT_EQ(fitted("abc", 1), "…");
-    EXPECT_EQ(fitted("abc", 0), "");
-}
-
-TEST(DisplayTextTest, GroupsDigits) {
-    EXPECT_EQ(shownCount(0), "0");
-    EXPECT_EQ(shownCount(999), "999");
-    EXPECT_EQ(shownCount(1234567), "1,234,567");
+TEST(DisplayTextTest, CountsColumnsAndCutsAtCharacters) {
+    const std::pair<const char*, std::size_t> widths[] = {
+        {"abc", 3}, {"電話", 4}, {"e\u0301", 1}, {"🎉", 2}};
+    for (const auto& [text, width] : widths) EXPECT_EQ(displayWidth(text), width) << text;
+    const std::tuple<const char*, std::size_t, const char*> cuts[] = {{"電話番号", 8, "電話番号"},
+                                                                      {"電話番号", 7, "電話番…"},
+                                                                      {"電話番号", 6, "電話…"},
+                                                                      {"abc", 1, "…"},
+                                                                      {"abc", 0, ""}};
+    for (const auto& [text, columns, shown] : cuts) EXPECT_EQ(fitted(text, columns), shown);
+    const std::pair<std::uint64_t, const char*> counts[] = {
+        {0, "0"}, {999, "999"}, {1234567, "1,234,567"}};
+    for (const auto& [count, shown] : counts) EXPECT_EQ(shownCount(count), shown);
 }
 
 TEST(TextTableTest, AlignsWideNames) {

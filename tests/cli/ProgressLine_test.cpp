@@ -12,11 +12,7 @@ using std::chrono::seconds;
 const ProgressSnapshot kHalf{"Recovering", 120'000'000, 240'000'000, 1204, seconds(83)};
 
 TEST(ProgressLineTest, LeavesOutWhatDoesNotFit) {
-    struct Case {
-        std::size_t width;
-        const char* line;
-    };
-    const Case cases[] = {
+    const std::pair<std::size_t, const char*> cases[] = {
         {66, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
         {58, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found"},
         {45, "120.0 MB of 240.0 MB  1,204 deleted found"},
@@ -36,11 +32,8 @@ TEST(ProgressLineTest, NeverExceedsTheWidth) {
     }
 }
 
-TEST(ProgressLineTest, TellsNoBytesBeforeAFileIsOpened) {
+TEST(ProgressLineTest, ShowsWhatThereIsAndKeepsTheStepOfABackup) {
     EXPECT_EQ(progressLine({"SMS", 0, 0, 0, seconds(2)}, 80), "SMS  0 deleted found  0:02");
-}
-
-TEST(ProgressLineTest, KeepsTheStepOfABackupWhateverTheWidth) {
     ProgressSnapshot backup{"Backing up: 12 %", 0, 0, 0, seconds(2), false};
     EXPECT_EQ(progressLine(backup, 80), "Backing up: 12 %  0:02");
     EXPECT_EQ(progressLine(backup, 16), "Backing up: 12 %");

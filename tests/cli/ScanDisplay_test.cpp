@@ -1,18 +1,15 @@
 #include "cli/ScanDisplay.h"
 
-#include <csignal>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
 
-#include "cli/Interrupts.h"
 #include "cli/Log.h"
 
 namespace salvor::cli {
 namespace {
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -95,25 +92,6 @@ TEST(LogTest, KnowsItsLevels) {
     EXPECT_EQ(logLevel("warning"), spdlog::level::warn);
     EXPECT_EQ(logLevel("off"), spdlog::level::off);
     EXPECT_EQ(logLevel("loud"), std::nullopt);
-}
-
-TEST(InterruptsTest, TheFirstSignalCancelsOnAnotherThread) {
-    std::promise<std::thread::id> cancelled;
-    const Interrupts interrupts([&] { cancelled.set_value(std::this_thread::get_id()); });
-    EXPECT_FALSE(Interrupts::happened());
-    std::raise(SIGINT);
-    EXPECT_NE(cancelled.get_future().get(), std::this_thread::get_id());
-    EXPECT_TRUE(Interrupts::happened());
-}
-
-TEST(InterruptsDeathTest, TheSecondSignalEndsAtOnce) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    const auto interruptTwice = [] {
-        const Interrupts interrupts([] {});
-        std::raise(SIGINT);
-        std::raise(SIGINT);
-    };
-    EXPECT_EXIT(interruptTwice(), testing::ExitedWithCode(130), "");
 }
 
 }  // namespace
