@@ -2,11 +2,13 @@
 
 #include <chrono>
 #include <fcntl.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <map>
 #include <sys/stat.h>
 #include <thread>
 
+#include "export/ScanReport.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/Digest.h"
 #include "tests/support/HashTree.h"
@@ -18,13 +20,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Cancels its job when a status appears.
+/// Does something when a status appears.
 class Watcher : public ScanObserver {
   public:
-    ScanJob* job = nullptr;
-    std::string cancelAt;
+    std::string moment;
+    std::function<void()> act;
     void onStatus(int, const std::string& text) override {
-        if (job != nullptr && text == cancelAt) job->cancel();
+        if (text == moment) act();
     }
 };
 
@@ -38,8 +40,10 @@ class ScanJobs : public testing::Test {
     }
     SampleBackup sample(SampleOptions options = {}) const {
         options.messages = 40;
+        fs::remove_all(backup);
         return SampleBackup::write(backup, options);
     }
+    ScanResult scan() const { return SampleScan().run(request()); }
 
     TempFolder folder;
     fs::path backup = folder / "backup";
@@ -60,20 +64,18 @@ std::map<fs::path, std::int64_t> accessTimes(const fs::path& root) {
 
 TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
     for (const bool nested : {false, true}) {
-        fs::remove_all(backup);
         sample({.ios = nested ? 9 : 5, .nested = nested});
         // Older than the content, so that any plain read would move them.
         for (const auto& entry : fs::recursive_directory_iterator(backup)) {
             const timespec past[2] = {{1'000'000'000, 0}, {0, UTIME_OMIT}};
             ASSERT_EQ(::utimensat(AT_FDCWD, entry.path().c_str(), past, 0), 0);
         }
-        // What describes the tree reads it.
         const auto timesBefore = accessTimes(backup);
-        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(scan(), ScanResult::Done);
         EXPECT_EQ(accessTimes(backup), timesBefore);
 
         const auto before = hashTree(backup);
-        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(scan(), ScanResult::Done);
         EXPECT_EQ(hashTree(backup), before);
     }
 }
@@ -142,8 +144,8 @@ TEST_F(ScanJobs, RefuseWhatTheyCannotUse) {
 
 TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     sample();
-    watcher.job = &job;
-    watcher.cancelAt = "Contacts";
+    watcher.moment = "Contacts";
+    watcher.act = [this] { job.cancel(); };
     EXPECT_EQ(job.runScan(request()).result, ScanResult::Cancelled);
     EXPECT_FALSE(job.state().SMSContent.empty());
 
@@ -179,6 +181,69 @@ TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
         EXPECT_LE(found.DeletedWhatsApp.size(), job.state().DeletedWhatsApp.size());
     }
     EXPECT_GT(cancelled, 0);
+}
+
+/// What a scan into a work folder of its own shows, without what differs between equal scans: the
+/// copies of pictures lie in those folders, and two workers tell at the same time that they begin.
+std::string listsOf(const fs::path& backup) {
+    SampleScan scan;
+    EXPECT_EQ(scan.run(requestFor(backup)), ScanResult::Done);
+    const std::string report = ScanReport::text(scan.state());
+    const auto deleted = report.find("\"DeletedSMS\": [");
+    return report.substr(0, report.find("\"Photos\": [")) +
+           report.substr(deleted, report.find("\"status\": [") - deleted);
+}
+
+TEST_F(ScanJobs, EightAtOnceGiveEqualResults) {
+    sample();
+    const std::string alone = listsOf(backup);
+    std::vector<std::string> others(8);
+    {
+        std::vector<std::jthread> scans;
+        for (auto& one : others) scans.emplace_back([&] { one = listsOf(backup); });
+    }
+    for (const auto& one : others) EXPECT_TRUE(one == alone);
+}
+
+TEST_F(ScanJobs, KeepWhatWasReadWhenTheBackupIsRemovedOrShrinksMeanwhile) {
+    const auto remove = [this] { fs::remove_all(backup); };
+    const auto shrink = [this] {
+        for (const auto& entry : fs::directory_iterator(backup)) {
+            if (entry.is_regular_file()) fs::resize_file(entry.path(), 100);
+        }
+    };
+    const char* recovery = "Recovering deleted data. Please wait...";
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"Contacts", remove}, {"Calendar", remove}, {recovery, remove}, {recovery, shrink}};
+    for (const auto& [moment, act] : cases) {
+        SCOPED_TRACE(moment);
+        const auto written = sample();
+        watcher.moment = moment;
+        watcher.act = act;
+        ScanJob one(watcher);
+        EXPECT_EQ(one.runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(one.state().SMSContent.size(),
+                  SampleTruth::of(written.truth.live, "message").size());
+    }
+}
+
+TEST_F(ScanJobs, PassOverWhatIsNoFile) {
+    const fs::path file = sample().file("HomeDomain", "Library/Calendar/Calendar.sqlitedb");
+    const std::function<void()> makers[] = {
+        [&] { fs::create_directory(file); },
+        [&] { fs::create_symlink("nowhere", file); },
+        [&] { fs::create_symlink(file.filename(), file); },
+        [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); },
+        [&] { fs::create_symlink("/dev/zero", file); },
+    };
+    for (const auto& make : makers) {
+        fs::remove_all(file);
+        make();
+        SampleScan one;
+        EXPECT_EQ(one.run(request()), ScanResult::Done);
+        EXPECT_TRUE(one.state().CalendarContent.empty());
+        EXPECT_FALSE(one.state().NotesContent.empty());
+    }
 }
 
 }  // namespace
