@@ -30,30 +30,39 @@ struct Victim {
     std::set<std::string> lists;
 };
 
-const std::set<std::string> kNamedFromContacts{"ContactContent", "DeletedContact", "CallLogContent",
-                                               "DeletedCallLog", "conversations"};
+using Names = std::set<std::string>;
+const Names kNotes{"NotesContent", "DeletedNotes"};
+const Names kCalls{"CallLogContent", "DeletedCallLog"};
+const Names kMedia{"Photos", "Videos", "DeletedPhotos", "DeletedVideos"};
+const Names kInternet{"InternetContent", "DeletedInternet"};
 
-// A missing WhatsApp file also decides where the browser history is looked for.
-const std::vector<Victim> kDatabases{
+// What a backup holds, besides pictures, property lists and index. Calls and conversations take
+// names from the contacts, and a missing WhatsApp file also decides where the browser history is
+// looked for.
+const std::vector<Victim> kVictims{
     {"HomeDomain", "Library/SMS/sms.db", {"SMSContent", "DeletedSMS", "conversations"}},
-    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", kNamedFromContacts},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {"CalendarContent", "DeletedCalendar"}},
-    {"HomeDomain", "Library/Notes/notes.sqlite", {"NotesContent", "DeletedNotes"}},
-    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", {"NotesContent", "DeletedNotes"}},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", {"CallLogContent", "DeletedCallLog"}},
     {"HomeDomain",
-     "Library/CallHistoryDB/CallHistory.storedata",
-     {"CallLogContent", "DeletedCallLog"}},
+     "Library/AddressBook/AddressBook.sqlitedb",
+     {"ContactContent", "DeletedContact", "CallLogContent", "DeletedCallLog", "conversations"}},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {"CalendarContent", "DeletedCalendar"}},
+    {"HomeDomain", "Library/Notes/notes.sqlite", kNotes},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", kNotes},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", kCalls},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", kCalls},
     {"AppDomain-net.whatsapp.WhatsApp",
      "Documents/ChatStorage.sqlite",
      {"WhatsAppContent", "DeletedWhatsApp", "InternetContent"}},
-    {"CameraRollDomain",
-     "Media/PhotoData/Photos.sqlite",
-     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
-    {"MediaDomain",
-     "Media/PhotoData/Photos.sqlite",
-     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", kMedia},
+    {"MediaDomain", "Media/PhotoData/Photos.sqlite", kMedia},
+    {"HomeDomain", "Library/Safari/History.plist", kInternet},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", kInternet},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", kInternet},
+    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {"AccountContent"}},
+    {"HomeDomain", "Library/Maps/History.plist", {"MapContent"}},
+    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {"UserDictContent"}},
+    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {"UserDictContent"}},
 };
+constexpr const char* kInstalledApplications = "2436e9cd7b9697b418523c55ac469fea02116cc5";
 
 using Lists = std::map<std::string, json>;
 
@@ -78,7 +87,7 @@ class ScannedSample {
     bool shows(const char* list) const { return !whole_.at(list).empty(); }
 
     /// Scans the damaged backup within the bounds; every list but `changed` is as it was.
-    void expectOthersUnchanged(const std::set<std::string>& changed) const {
+    void expectOthersUnchanged(const Names& changed) const {
         const auto run = runBounded(kBounds, [&] {
             for (const auto& [name, rows] : scan(ios_)) {
                 if (changed.count(name) != 0) continue;
@@ -131,9 +140,9 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
     const ScannedSample scanned(optionsOf(GetParam(), 60), folder.path());
     ASSERT_TRUE(scanned.shows("DeletedSMS"));
     SampleRandom random(static_cast<std::uint64_t>(GetParam()));
-    for (const Victim& victim : kDatabases) {
+    for (const Victim& victim : kVictims) {
         const fs::path file = scanned.sample.file(victim.domain, victim.path);
-        if (!fs::exists(file)) continue;
+        if (!fs::exists(file) || !readWholeFile(file).starts_with("SQLite format 3")) continue;
         const fs::path kept = folder / "kept";
         fs::copy_file(file, kept, fs::copy_options::overwrite_existing);
         for (const Damage& damage : databaseDamages()) {
@@ -148,35 +157,15 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
 // Both databases of calls and both stores of notes.
 INSTANTIATE_TEST_SUITE_P(Generations, HostileBackups, testing::Values(7, 9));
 
-// What else a backup holds, besides pictures, property lists and index.
-const std::set<std::string> kInternet{"InternetContent", "DeletedInternet"};
-const std::vector<Victim> kLists{
-    {"HomeDomain", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", kInternet},
-    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {"AccountContent"}},
-    {"HomeDomain", "Library/Maps/History.plist", {"MapContent"}},
-    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {"UserDictContent"}},
-    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {"UserDictContent"}},
-};
-constexpr const char* kInstalledApplications = "2436e9cd7b9697b418523c55ac469fea02116cc5";
-
 /// The lists that may change with the stored file of this name. Any file may begin to look like a
 /// picture. Nothing for the files that tell where the others lie.
-std::optional<std::set<std::string>> listsOf(const std::string& storedName) {
-    static const auto byName = [] {
-        std::map<std::string, std::set<std::string>> map;
-        for (const auto* table : {&kDatabases, &kLists}) {
-            for (const auto& [domain, path, lists] : *table)
-                map[sampleStoredName(domain, path)] = lists;
-        }
-        map[kInstalledApplications] = {"ApplicationContent"};
-        return map;
-    }();
+std::optional<Names> listsOf(const std::string& storedName) {
     if (storedName.find('.') != std::string::npos) return std::nullopt;
-    std::set<std::string> lists{"Photos", "Videos", "DeletedPhotos", "DeletedVideos"};
-    const auto known = byName.find(storedName);
-    if (known != byName.end()) lists.insert(known->second.begin(), known->second.end());
+    Names lists = kMedia;
+    if (storedName == kInstalledApplications) lists.insert("ApplicationContent");
+    for (const auto& [domain, path, own] : kVictims) {
+        if (storedName == sampleStoredName(domain, path)) lists.insert(own.begin(), own.end());
+    }
     return lists;
 }
 
@@ -211,7 +200,7 @@ class MutatedBackups : public testing::Test {
         fs::remove_all(one.sample.folder);
         fs::copy(intact(one), one.sample.folder, fs::copy_options::recursive);
         damage();
-        std::set<std::string> changed;
+        Names changed;
         for (const auto& name : damaged) {
             const auto lists = listsOf(name);
             if (!lists) return one.expectToEnd();

@@ -80,19 +80,6 @@ TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
     }
 }
 
-TEST_F(ScanJobs, AskForMissingPropertyLists) {
-    fs::create_directories(backup);
-    EXPECT_EQ(job.runScan(request()).message,
-              "\"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. Not "
-              "able to recover data.Do you want to continue anyway?");
-    auto anyway = request();
-    anyway.continueAnyway = true;
-    const auto outcome = ScanJob(watcher).runScan(anyway);
-    EXPECT_EQ(outcome.result, ScanResult::Done);
-    EXPECT_TRUE(outcome.versionUnknown);
-    EXPECT_EQ(outcome.temp, folder / "work/Temp");
-}
-
 TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
     sample({.ios = 8, .lockdownOnly = true});
     const struct {

@@ -86,7 +86,8 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
         {"scan @/absent", 3, "absent: no such folder"},
         {"scan @/file", 3, "file: is neither"},
         {"scan @/empty", 3,
-         "empty: \"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file."},
+         "empty: \"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. "
+         "Not able to recover data.Do you want to continue anyway?"},
         {"scan @/backup", 3, "Do you want to continue anyway?"},
         {"scan @/backup --signatures @/absent.xml", 3, "absent.xml: No such file"},
         {"scan @/backup --continue-anyway --export @/file/out", 5, "file"},
