@@ -116,12 +116,12 @@ TEST(BackupInfoReader, FindsTheListsWhateverTheirCaseAndDescribesAfresh) {
 
 TEST(BackupInfoReader, KnowsTheVersionThatAnyListNames) {
     const TempFolder folder;
-    writeLists({"", "Device Name=x;Product Version=0", "IsEncrypted=yes", kLockdown, ""},
+    writeLists({"", "Device Name=x;Product Version=0", "IsEncrypted=yes", "ProductVersion=6", ""},
                folder.path());
     const auto facts = readVersionFacts(folder.path());
     EXPECT_EQ(facts.infoPlist, Text("0"));
     EXPECT_EQ(facts.manifestTop, std::nullopt);
-    EXPECT_EQ(facts.best(), Text("6.1"));
+    EXPECT_EQ(facts.best(), Text("6"));
     EXPECT_TRUE(facts.manifestSaysEncrypted);
     EXPECT_EQ(VersionFacts{}.best(), std::nullopt);
 }

@@ -83,7 +83,7 @@ TEST(ParseMbdb, TellsNoIndexFromAnEmptyOne) {
 
 TEST(ParseMbdb, DropsTheRecordThatTheEndCutsShort) {
     auto withProperties = record("D", "some/file.plist");
-    withProperties.properties = {{"a", "b"}, {"c", ""}};
+    withProperties.properties = {{"a", "b"}};
     const std::vector<MbdbRecord> all{record("HomeDomain", "x.db"), withProperties,
                                       record("E", "")};
     std::vector<std::size_t> ends{6};

@@ -171,12 +171,7 @@ TEST_F(ProgramTest, AnswersUnusualCommandLines) {
 }
 
 TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
-    struct Case {
-        int cause;
-        int status;
-        const char* err;
-    };
-    const Case cases[] = {
+    const std::tuple<int, int, const char*> cases[] = {
         {0, 5, "salvor: error: standard output: Input/output error\n"},
         {ENOSPC, 5, "salvor: error: standard output: No space left on device\n"},
         {EPIPE, 0, ""},  // the reader has seen what it wanted

@@ -78,33 +78,26 @@ TEST_F(Conversions, OfACall) {
 }
 
 TEST_F(Conversions, NameCallTypesAndModes) {
-    struct Case {
+    const struct {
         std::int32_t flags;
         std::int64_t duration;
         bool originated;
-        const char *type, *mode;
-    };
-    const Case cases[] = {
-        {0, 0, false, "Incoming - Missed call", "Call"},
-        {0, 5, false, "Incoming - Answered", "Call"},
-        {4, -1, true, "Incoming - Answered", "Call"},
-        {1, 5, false, "Outgoing - Answered", "Call"},
-        {5, 0, false, "Outgoing - Not answered", "Call"},
-        {8, 5, false, "Blocked call", "Call"},
-        {8, 0, true, "Outgoing - FaceTime", "FaceTime"},
-        {16, 0, false, "FaceTime", "FaceTime"},
-        {20, 0, false, "Incoming - FaceTime", "FaceTime"},
-        {21, 0, false, "Outgoing - FaceTime", "FaceTime"},
-        {3, 9, false, "Dropped (Flag 3)", "Call"},
-        {-2, 9, true, "Dropped (Flag -2)", "Call"},
-    };
-    for (const auto& c : cases) {
+        std::string type;
+    } cases[] = {{0, 0, false, "Incoming - Missed call"},  {0, 5, false, "Incoming - Answered"},
+                 {4, -1, true, "Incoming - Answered"},     {1, 5, false, "Outgoing - Answered"},
+                 {5, 0, false, "Outgoing - Not answered"}, {8, 5, false, "Blocked call"},
+                 {8, 0, true, "Outgoing - FaceTime"},      {16, 0, false, "FaceTime"},
+                 {20, 0, false, "Incoming - FaceTime"},    {21, 0, false, "Outgoing - FaceTime"},
+                 {3, 9, false, "Dropped (Flag 3)"},        {-2, 9, true, "Dropped (Flag -2)"}};
+    for (const auto& [flags, duration, originated, type] : cases) {
         CallHistory call;
-        call.Flags = c.flags;
-        call.Duration = c.duration;
-        call.ZOriginated = c.originated;
-        EXPECT_EQ(call.convertCallTypeFlagtoCallTypeString(), c.type) << c.flags;
-        EXPECT_EQ(call.convertCallTypeFlagtoCallModeString(), c.mode) << c.flags;
+        call.Flags = flags;
+        call.Duration = duration;
+        call.ZOriginated = originated;
+        EXPECT_EQ(call.convertCallTypeFlagtoCallTypeString(), type) << flags;
+        EXPECT_EQ(call.convertCallTypeFlagtoCallModeString(),
+                  type.ends_with("FaceTime") ? "FaceTime" : "Call")
+            << flags;
     }
 }
 
