@@ -1,5 +1,3 @@
-#include "cli/ScanDisplay.h"
-
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,6 +6,7 @@
 #include "cli/DisplayText.h"
 #include "cli/Log.h"
 #include "cli/ProgressLine.h"
+#include "cli/ScanDisplay.h"
 #include "cli/TextTable.h"
 
 namespace salvor::cli {
@@ -22,11 +21,11 @@ const ProgressSnapshot kHalf{"Recovering", 120'000'000, 240'000'000, 1204, secon
 
 TEST(ProgressLineTest, LeavesOutWhatDoesNotFit) {
     const std::pair<std::size_t, const char*> cases[] = {
-        {66, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
-        {58, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found"},
-        {45, "120.0 MB of 240.0 MB  1,204 deleted found"},
-        {40, "1,204 deleted found"},
-        {10, "1,204 del…"},
+        {59, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
+        {53, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found"},
+        {41, "120.0 MB of 240.0 MB  1,204 deleted found"},
+        {19, "1,204 deleted found"},
+        {18, "1,204 deleted fou…"},
     };
     for (const auto& [width, line] : cases) EXPECT_EQ(progressLine(kHalf, width), line) << width;
 }
