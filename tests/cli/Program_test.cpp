@@ -160,6 +160,8 @@ TEST_F(ProgramTest, AnswersUnusualCommandLines) {
         {"signatures @/signatures.xml", 0, "HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\n",
          ""},
         {"index @/header.mbdb --json", 0, "", ""},
+        {"scan @/backup --continue-anyway --category 7 --signatures @/signatures.xml", 0,
+         "Category", "scanned as iOS 0.0"},
     };
     for (const auto& [line, status, out, err] : cases) {
         const auto ran = runSalvor(words(line));
