@@ -2,163 +2,23 @@
 
 #include <algorithm>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace salvor {
-namespace {
 
-constexpr std::size_t kBlock = 64;
-
-#if defined(__x86_64__)
-
-// The bit that a byte's high nibble names, without its highest bit.
-constexpr std::array<std::uint8_t, 16> kBitOf{1, 2, 4, 8, 16, 32, 64, 128,
-                                              1, 2, 4, 8, 16, 32, 64, 128};
-
-[[gnu::target("avx2")]] inline __m256i repeated256(const std::array<std::uint8_t, 16>& table) {
-    return _mm256_broadcastsi128_si256(
-        _mm_loadu_si128(static_cast<const __m128i_u*>(static_cast<const void*>(table.data()))));
-}
-
-[[gnu::target("avx2")]] inline __m256i load256(const std::uint8_t* at) {
-    return _mm256_loadu_si256(static_cast<const __m256i_u*>(static_cast<const void*>(at)));
-}
-
-// For each byte the bit that its high nibble names.
-[[gnu::target("avx2")]] inline __m256i highBits256(__m256i bytes) {
-    const __m256i high = _mm256_and_si256(_mm256_srli_epi16(bytes, 4), _mm256_set1_epi8(15));
-    return _mm256_shuffle_epi8(repeated256(kBitOf), high);
-}
-
-// All ones where a byte belongs to the set.
-[[gnu::target("avx2")]] inline __m256i members256(const NibbleTables& set, __m256i bytes,
-                                                  __m256i bit) {
-    // A shuffle gives 0 for a byte whose highest bit is set.
-    __m256i entry = _mm256_shuffle_epi8(repeated256(set.below), bytes);
-    if (set.anyAbove) {
-        const __m256i flipped = _mm256_xor_si256(bytes, _mm256_set1_epi8(-128));
-        entry = _mm256_or_si256(entry, _mm256_shuffle_epi8(repeated256(set.above), flipped));
-    }
-    return _mm256_cmpeq_epi8(_mm256_and_si256(entry, bit), bit);
-}
-
-[[gnu::target("avx2")]] bool avx2Blocks(const NibbleTables& wanted, Bytes data,
-                                        std::span<std::uint8_t> found) {
-    const std::uint8_t* at = data.data();
-    unsigned any = 0;
-    for (std::uint8_t& block : found) {
-        const __m256i first = load256(at);
-        const __m256i second = load256(at + 32);
-        const __m256i hits = _mm256_or_si256(members256(wanted, first, highBits256(first)),
-                                             members256(wanted, second, highBits256(second)));
-        block = static_cast<std::uint8_t>(_mm256_testz_si256(hits, hits) == 0);
-        any |= block;
-        at += kBlock;
-    }
-    return any != 0;
-}
-
-[[gnu::target("avx2")]] void avx2Masks(
-    const std::array<NibbleTables, LeadingColumns::kColumns>& tables, Bytes data,
-    std::span<BlockMasks> masks) {
-    const auto bitsOf = [](int moved, unsigned half) {
-        return std::uint64_t{static_cast<unsigned>(moved)} << half;
-    };
-    const std::uint8_t* at = data.data();
-    for (BlockMasks& block : masks) {
-        block = {};
-        for (unsigned half = 0; half < kBlock; half += 32, at += 32) {
-            const __m256i bytes = load256(at);
-            const __m256i bit = highBits256(bytes);
-            block.goesOn |= bitsOf(_mm256_movemask_epi8(bytes), half);
-            for (std::size_t k = 0; k < tables.size(); ++k) {
-                const __m256i hits = members256(tables[k], bytes, bit);
-                block.mayBegin[k] |= bitsOf(_mm256_movemask_epi8(hits), half);
-            }
+LeadingColumns::LeadingColumns(const CompiledPattern& pattern) {
+    for (std::size_t k = 0; k < kColumns; ++k) {
+        const std::size_t column = pattern.firstChecked + k;
+        for (unsigned byte = 0; byte < mayBegin[k].size(); ++byte) {
+            mayBegin[k][byte] =
+                column >= pattern.columns.size() || pattern.columns[column].mayBeginWith(byte);
         }
     }
 }
-
-#endif
-
-}  // namespace
 
 const std::bitset<256>& LeadingColumns::rarest() const {
     // No byte is as frequent in a database as 0.
     const auto weight = [](const auto& set) { return set.count() + (set[0] ? 64U : 0U); };
     return *std::min_element(mayBegin.begin(), mayBegin.end(),
                              [&](const auto& a, const auto& b) { return weight(a) < weight(b); });
-}
-
-NibbleTables::NibbleTables(const std::bitset<256>& set) {
-    for (unsigned byte = 0; byte < set.size(); ++byte) {
-        if (!set[byte]) continue;
-        auto& entry = (byte < 0x80 ? below : above)[byte & 15u];
-        entry = static_cast<std::uint8_t>(entry | 1u << (byte >> 4 & 7u));
-        anyAbove |= byte >= 0x80;
-    }
-}
-
-ByteSearch::ByteSearch(const std::bitset<256>& wanted) : wanted_(wanted), nibbles_(wanted) {}
-
-bool ByteSearch::blocks(MaskMethod method, Bytes data, std::span<std::uint8_t> found) const {
-#if defined(__x86_64__)
-    if (method == MaskMethod::Avx2) return avx2Blocks(nibbles_, data, found);
-#endif
-    static_cast<void>(method);
-    unsigned any = 0;
-    const std::uint8_t* at = data.data();
-    for (std::uint8_t& block : found) {
-        unsigned hit = 0;
-        for (std::size_t i = 0; i < kBlock; ++i) hit |= wanted_[*at++] ? 1u : 0u;
-        block = static_cast<std::uint8_t>(hit);
-        any |= hit;
-    }
-    return any != 0;
-}
-
-MaskMethod fastestMaskMethod() {
-#if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) return MaskMethod::Avx2;
-#endif
-    return MaskMethod::Plain;
-}
-
-LeadingColumnTables::LeadingColumnTables(const LeadingColumns& columns) {
-    for (std::size_t k = 0; k < nibbles_.size(); ++k)
-        nibbles_[k] = NibbleTables(columns.mayBegin[k]);
-    for (unsigned byte = 0; byte < bits_.size(); ++byte) {
-        unsigned entry = byte >= 0x80 ? 1u << LeadingColumns::kColumns : 0;
-        for (std::size_t k = 0; k < LeadingColumns::kColumns; ++k) {
-            if (columns.mayBegin[k][byte]) entry |= 1u << k;
-        }
-        bits_[byte] = static_cast<std::uint8_t>(entry);
-    }
-}
-
-void LeadingColumnTables::masks(MaskMethod method, Bytes data, std::span<BlockMasks> masks) const {
-#if defined(__x86_64__)
-    if (method == MaskMethod::Avx2) return avx2Masks(nibbles_, data, masks);
-#endif
-    static_cast<void>(method);
-    plainMasks(data, masks);
-}
-
-void LeadingColumnTables::plainMasks(Bytes data, std::span<BlockMasks> masks) const {
-    const std::uint8_t* at = data.data();
-    for (BlockMasks& block : masks) {
-        block = {};
-        for (unsigned i = 0; i < kBlock; ++i) {
-            const std::uint64_t entry = bits_[*at++];
-            for (unsigned k = 0; k < LeadingColumns::kColumns; ++k) {
-                block.mayBegin[k] |= (entry >> k & 1u) << i;
-            }
-            block.goesOn |= (entry >> LeadingColumns::kColumns) << i;
-        }
-    }
 }
 
 }  // namespace salvor

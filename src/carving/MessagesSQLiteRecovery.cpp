@@ -41,6 +41,8 @@ bool MessagesSQLiteRecovery::alreadyInDB(const SMS& row) {
 }
 
 void MessagesSQLiteRecovery::indexNewRows(const List<SMS>& rows, std::size_t& indexed) {
+    const std::size_t added = rows.size() - indexed;
+    if (added > 1) guids_.reserve(guids_.size() + added);
     for (; indexed < rows.size(); ++indexed)
         if (rows[indexed]->GUID) guids_.insert(*rows[indexed]->GUID);
 }

@@ -9,115 +9,57 @@ namespace {
 
 constexpr std::int64_t kSpan = SQLiteUtils::kVarintSpan;
 
-// The smallest serial type that a class code does not accept any more, going downwards.
-std::int64_t classLimit(std::int32_t code) {
-    switch (code) {
-        case -1:
-            return 11;
-        case -2:
-            return 12;
-        default:
-            return -std::int64_t{code};
-    }
-}
-
-// Whether all columns fit the header at `bytes`. Every span that is read must be readable.
-bool fits(const CompiledPattern& pattern, const std::uint8_t* bytes) {
-    if (pattern.beginsWithRowId) bytes += SQLiteUtils::decodeVarint(bytes).position + 1;
-    ++bytes;
-    const std::size_t count = pattern.columns.size();
-    for (std::size_t column = pattern.firstChecked; column < count; ++column) {
-        const std::uint8_t first = *bytes;
-        if (first < 0x80) {
-            if (!pattern.columns[column].acceptsByte(first)) return false;
-            ++bytes;
-            continue;
-        }
-        const varInt serialType = SQLiteUtils::decodeVarint(bytes);
-        if (!pattern.columns[column].accepts(serialType.value)) return false;
-        bytes += serialType.position;
-    }
-    return true;
-}
-
-LeadingColumns leadingColumns(const CompiledPattern& pattern) {
-    LeadingColumns leading;
-    for (std::size_t k = 0; k < LeadingColumns::kColumns; ++k) {
-        const std::size_t column = pattern.firstChecked + k;
-        for (unsigned byte = 0; byte < 256; ++byte) {
-            leading.mayBegin[k][byte] =
-                column >= pattern.columns.size() || pattern.columns[column].mayBeginWith(byte);
-        }
-    }
-    return leading;
-}
-
 }  // namespace
-
-ColumnCodes::ColumnCodes(const std::vector<std::int32_t>& codes) {
-    for (const std::int32_t code : codes) {
-        if (code < 0) {
-            above_ = std::min(above_, classLimit(code));
-        } else if (code >= kSmall) {
-            exact_.push_back(code);
-        } else {
-            small_[static_cast<std::size_t>(code) >> 6] |= std::uint64_t{1} << (code & 63);
-        }
-    }
-    for (std::int64_t type = std::min(above_, kSmall) + 1; type < kSmall; ++type) {
-        small_[static_cast<std::size_t>(type) >> 6] |= std::uint64_t{1} << (type & 63);
-    }
-}
-
-bool ColumnCodes::acceptsLarge(std::int64_t serialType) const {
-    if (serialType > above_) return true;
-    return std::find(exact_.begin(), exact_.end(), serialType) != exact_.end();
-}
-
-bool ColumnCodes::mayBeginWith(unsigned byte) const {
-    if (byte < 0x80) return acceptsByte(byte);
-    // Only a first byte of 0x80, a leading zero, can begin a value below 128.
-    return byte == 0x80 || above_ != INT64_MAX || !exact_.empty();
-}
-
-CompiledPattern::CompiledPattern(std::shared_ptr<const TablePattern> pattern)
-    : source(std::move(pattern)) {
-    const HeaderPattern header = source->Header();
-    for (const auto& codes : header) columns.emplace_back(codes);
-    beginsWithRowId = header.front().front() >= 1;
-    firstChecked = beginsWithRowId ? 3 : 1;
-    const auto checked =
-        static_cast<std::int64_t>(columns.size() - std::min(columns.size(), firstChecked));
-    longestSpan = (beginsWithRowId ? kSpan + 2 : 1) + kSpan * checked;
-}
 
 void PatternMatcher::use(const TablePatterns& patterns) {
     if (patterns == inUse_) return;
     inUse_ = patterns;
     patterns_.clear();
     groups_.clear();
+    families_.clear();
+    sets_.clear();
     std::bitset<256> rare;
     for (const auto& pattern : patterns) {
-        if (pattern && pattern->hasHeader) addToGroup(patterns_.emplace_back(pattern));
+        if (!pattern || !pattern->hasHeader) continue;
+        CompiledPattern compiled(pattern);
+        const LeadingColumns leading(compiled);
+        rare |= leading.rarest();
+        Family& family = familyOf(groupOf(leading), compiled.beginsWithRowId);
+        const unsigned number = family.patterns.add(compiled);
+        const auto place = static_cast<std::size_t>(&family - families_.data());
+        patterns_.push_back({std::move(compiled), place, number});
     }
-    for (const Group& group : groups_) rare |= group.columns.rarest();
     rareBytes_ = ByteSearch(rare);
     memory_.assign(patterns_.size(), {});
 }
 
-void PatternMatcher::addToGroup(CompiledPattern& pattern) {
-    const LeadingColumns columns = leadingColumns(pattern);
+std::size_t PatternMatcher::groupOf(const LeadingColumns& leading) {
+    LeadingSets columns{};
+    std::transform(leading.mayBegin.begin(), leading.mayBegin.end(), columns.begin(),
+                   [this](const auto& set) { return sets_.add(set); });
     const auto known = std::find_if(groups_.begin(), groups_.end(),
                                     [&](const Group& group) { return group.columns == columns; });
-    pattern.group = static_cast<std::size_t>(known - groups_.begin());
-    if (known == groups_.end()) groups_.emplace_back(columns);
+    const auto number = static_cast<std::size_t>(known - groups_.begin());
+    if (known == groups_.end()) groups_.emplace_back().columns = columns;
+    return number;
+}
+
+PatternMatcher::Family& PatternMatcher::familyOf(std::size_t group, bool beginsWithRowId) {
+    groups_[group].rowIds |= beginsWithRowId;
+    const auto known = std::find_if(families_.begin(), families_.end(), [&](const Family& family) {
+        return family.group == group && !family.patterns.isFull() &&
+               family.patterns.beginsWithRowId() == beginsWithRowId;
+    });
+    if (known != families_.end()) return *known;
+    families_.push_back({group, PatternFamily(beginsWithRowId)});
+    return families_.back();
 }
 
 const CandidateMap& PatternMatcher::candidates(std::size_t number) {
-    if (!rareBlocksKnown_) rareBlocks_.find(method_, rareBytes_, region_);
-    rareBlocksKnown_ = true;
+    if (!masksKnown_) masks_.find(method_, rareBytes_, sets_, region_);
+    masksKnown_ = true;
     Group& group = groups_[number];
-    if (!group.built) group.map.build(method_, group.tables, rareBlocks_);
+    if (!group.built) group.map.build(group.columns, group.rowIds, masks_);
     group.built = true;
     return group.map;
 }
@@ -125,8 +67,9 @@ const CandidateMap& PatternMatcher::candidates(std::size_t number) {
 void PatternMatcher::begin(Bytes region) {
     region_ = region;
     memory_.assign(patterns_.size(), {});
-    rareBlocksKnown_ = false;
+    masksKnown_ = false;
     for (auto& group : groups_) group.built = false;
+    for (auto& family : families_) family.patterns.begin();
 }
 
 MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& found) {
@@ -135,38 +78,40 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
         const bool answered =
             memory.known && memory.from <= offset && (memory.none || offset <= memory.position);
         if (!answered) {
-            const MatchResult result = search(patterns_[i], offset, memory.position);
+            const Pattern& pattern = patterns_[i];
+            if (families_[pattern.family].patterns.isKnownToLack(pattern.number, offset)) continue;
+            const MatchResult result = search(pattern, offset, memory.position);
             if (result == MatchResult::ReadFailed) return result;
             memory.known = true;
             memory.none = result == MatchResult::None;
             memory.from = offset;
         }
         if (memory.none) continue;
-        return tryPosition(patterns_[i], memory.position, &found);
+        return tryPosition(patterns_[i].compiled, memory.position, &found);
     }
     return MatchResult::None;
 }
 
-MatchResult PatternMatcher::search(const CompiledPattern& pattern, std::int64_t offset,
+MatchResult PatternMatcher::search(const Pattern& pattern, std::int64_t offset,
                                    std::int64_t& position) {
-    const std::int64_t last = length() - static_cast<std::int64_t>(pattern.columns.size());
-    const std::int64_t lastSafe = length() - pattern.longestSpan;
+    const CompiledPattern& compiled = pattern.compiled;
+    const std::int64_t last = length() - static_cast<std::int64_t>(compiled.columns.size());
     for (position = offset; position < 0 && position <= last; ++position) {
-        const MatchResult result = tryPosition(pattern, position, nullptr);
+        const MatchResult result = tryPosition(compiled, position, nullptr);
         if (result != MatchResult::None) return result;
     }
-    if (position > last) return MatchResult::None;
-    const CandidateMap& map = candidates(pattern.group);
-    for (;; ++position) {
-        position = pattern.beginsWithRowId ? map.nextWithRowId(position) : map.nextPlain(position);
-        if (position > last) return MatchResult::None;
-        if (position <= lastSafe) {
-            if (fits(pattern, region_.data() + position)) return MatchResult::Found;
-            continue;
-        }
-        const MatchResult result = tryPosition(pattern, position, nullptr);
+    Family& family = families_[pattern.family];
+    const PatternFamily::Set bit = PatternFamily::Set{1} << pattern.number;
+    for (; position <= last; ++position) {
+        const auto* hit =
+            family.patterns.next(pattern.number, position, candidates(family.group), region_);
+        if (hit == nullptr || hit->position > last) break;
+        position = hit->position;
+        if ((hit->fits & bit) != 0) return MatchResult::Found;
+        const MatchResult result = tryPosition(compiled, position, nullptr);
         if (result != MatchResult::None) return result;
     }
+    return MatchResult::None;
 }
 
 MatchResult PatternMatcher::tryPosition(const CompiledPattern& pattern, std::int64_t position,

@@ -1,57 +1,19 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
+#include "carving/ByteSets.h"
 #include "carving/CandidateMap.h"
+#include "carving/CompiledPattern.h"
 #include "carving/LeadingColumns.h"
+#include "carving/PatternFamily.h"
+#include "carving/RegionMasks.h"
 #include "carving/SQLiteTableHeaderInfo.h"
 #include "carving/SqLiteTableSignatures.h"
 #include "util/Bytes.h"
 
 namespace salvor {
-
-/// The serial types that one column of a pattern accepts, ready for quick answers.
-class ColumnCodes {
-  public:
-    ColumnCodes() = default;
-    explicit ColumnCodes(const std::vector<std::int32_t>& codes);
-
-    bool accepts(std::int64_t serialType) const {
-        if (serialType >= 0 && serialType < kSmall)
-            return acceptsByte(static_cast<unsigned>(serialType));
-        return acceptsLarge(serialType);
-    }
-    /// The answer for a serial type below 128, that is for a varint of one byte.
-    bool acceptsByte(unsigned serialType) const {
-        return (small_[serialType >> 6] >> (serialType & 63u) & 1u) != 0;
-    }
-
-    /// Whether a varint that begins with this byte can be an accepted serial type.
-    bool mayBeginWith(unsigned byte) const;
-
-  private:
-    static constexpr std::int64_t kSmall = 128;
-    bool acceptsLarge(std::int64_t serialType) const;
-
-    std::array<std::uint64_t, 2> small_{};
-    std::int64_t above_ = INT64_MAX;   ///< accepts every serial type above this one
-    std::vector<std::int32_t> exact_;  ///< accepted serial types of 128 and more
-};
-
-/// A header pattern decoded for matching.
-struct CompiledPattern {
-    explicit CompiledPattern(std::shared_ptr<const TablePattern> pattern);
-
-    std::shared_ptr<const TablePattern> source;
-    std::vector<ColumnCodes> columns;
-    bool beginsWithRowId = false;
-    std::size_t firstChecked = 1;  ///< first column whose serial type is looked at
-    std::int64_t longestSpan = 0;  ///< bytes that trying one position can touch at most
-    std::size_t group = 0;         ///< which of the matcher's groups it belongs to
-};
 
 /// What a search for a header came to.
 enum class MatchResult : std::uint8_t {
@@ -76,11 +38,19 @@ class PatternMatcher {
   private:
     /// Patterns whose first checked columns accept the same share a map of a region's candidates.
     struct Group {
-        explicit Group(const LeadingColumns& leading) : columns(leading), tables(leading) {}
-        LeadingColumns columns;
-        LeadingColumnTables tables;
+        LeadingSets columns{};
+        bool rowIds = false;  ///< some of them begin with a row id
         CandidateMap map;
         bool built = false;
+    };
+    struct Family {
+        std::size_t group = 0;
+        PatternFamily patterns;
+    };
+    struct Pattern {
+        CompiledPattern compiled;
+        std::size_t family = 0;
+        unsigned number = 0;  ///< in its family
     };
     /// What is known of one pattern in this region.
     struct Memory {
@@ -90,21 +60,24 @@ class PatternMatcher {
         std::int64_t position = 0;  ///< the first match
     };
 
-    void addToGroup(CompiledPattern& pattern);
+    std::size_t groupOf(const LeadingColumns& leading);
+    Family& familyOf(std::size_t group, bool beginsWithRowId);
     /// Where headers for the patterns of a group may stand.
     const CandidateMap& candidates(std::size_t group);
-    MatchResult search(const CompiledPattern& pattern, std::int64_t offset, std::int64_t& position);
+    MatchResult search(const Pattern& pattern, std::int64_t offset, std::int64_t& position);
     MatchResult tryPosition(const CompiledPattern& pattern, std::int64_t position,
                             SQLiteTableHeaderInfo* info) const;
     std::int64_t length() const { return static_cast<std::int64_t>(region_.size()); }
 
     TablePatterns inUse_;
-    std::vector<CompiledPattern> patterns_;
+    std::vector<Pattern> patterns_;
     std::vector<Memory> memory_;
     std::vector<Group> groups_;
+    std::vector<Family> families_;
+    ByteSets sets_;             ///< what leading columns may begin with
     ByteSearch rareBytes_{{}};  ///< every header has one of these bytes
-    RareBlocks rareBlocks_;
-    bool rareBlocksKnown_ = false;
+    RegionMasks masks_;
+    bool masksKnown_ = false;
     MaskMethod method_ = fastestMaskMethod();
     Bytes region_;
 };

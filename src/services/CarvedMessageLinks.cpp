@@ -20,6 +20,7 @@ std::int64_t rowIdOf(const Message& message) {
 }  // namespace
 
 void CarvedMessageLinks::addGuids(const List<baseRecoveryObject>& records) {
+    messageOfGuid_.reserve(records.size());
     forEachLink<MessageGuidRowId>(records, [this](const auto& link) {
         if (link.Guid) messageOfGuid_.emplace(*link.Guid, link.RowId);
     });
@@ -32,6 +33,7 @@ void CarvedMessageLinks::addChatGuids(const List<baseRecoveryObject>& records) {
 }
 
 void CarvedMessageLinks::addChatMessages(const List<baseRecoveryObject>& records) {
+    chatOfMessage_.reserve(records.size());
     forEachLink<ChatMessageJoin>(
         records, [this](const auto& link) { chatOfMessage_.emplace(link.MessageId, link.ChatId); });
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
+#include <fmt/compile.h>
 #include <fmt/format.h>
 #include <mutex>
 
@@ -106,25 +107,25 @@ std::string write(const LocalTime& local, std::string_view pattern) {
         auto out = std::back_inserter(text);
         switch (pattern.front()) {
             case 'y':
-                fmt::format_to(out, "{:04}", local.year);
+                fmt::format_to(out, FMT_COMPILE("{:04}"), local.year);
                 break;
             case 'M':
-                fmt::format_to(out, "{:02}", local.month);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), local.month);
                 break;
             case 'd':
-                fmt::format_to(out, "{:02}", local.day);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), local.day);
                 break;
             case 'H':
-                fmt::format_to(out, "{:02}", local.hour);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), local.hour);
                 break;
             case 'h':
-                fmt::format_to(out, "{:02}", (local.hour + 11) % 12 + 1);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), (local.hour + 11) % 12 + 1);
                 break;
             case 'm':
-                fmt::format_to(out, "{:02}", local.minute);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), local.minute);
                 break;
             case 's':
-                fmt::format_to(out, "{:02}", local.second);
+                fmt::format_to(out, FMT_COMPILE("{:02}"), local.second);
                 break;
             case 'a':
                 text += local.hour < 12 ? "AM" : "PM";

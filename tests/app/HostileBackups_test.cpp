@@ -1,13 +1,15 @@
 #include <algorithm>
 #include <cstdlib>
+#include <fmt/ranges.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 
-#include "app/ScanJob.h"
 #include "export/ScanReport.h"
+#include "tests/app/SampleScan.h"
 #include "tests/support/BoundedRun.h"
 #include "tests/support/Damage.h"
 #include "tests/support/HashTree.h"
@@ -29,30 +31,39 @@ struct Victim {
     std::set<std::string> lists;
 };
 
-const std::set<std::string> kNamedFromContacts{"ContactContent", "DeletedContact", "CallLogContent",
-                                               "DeletedCallLog", "conversations"};
+using Names = std::set<std::string>;
+const Names kNotes{"NotesContent", "DeletedNotes"};
+const Names kCalls{"CallLogContent", "DeletedCallLog"};
+const Names kMedia{"Photos", "Videos", "DeletedPhotos", "DeletedVideos"};
+const Names kInternet{"InternetContent", "DeletedInternet"};
 
-// A missing WhatsApp file also decides where the browser history is looked for.
-const std::vector<Victim> kDatabases{
+// What a backup holds, besides pictures, property lists and index. Calls and conversations take
+// names from the contacts, and a missing WhatsApp file also decides where the browser history is
+// looked for.
+const std::vector<Victim> kVictims{
     {"HomeDomain", "Library/SMS/sms.db", {"SMSContent", "DeletedSMS", "conversations"}},
-    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", kNamedFromContacts},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {"CalendarContent", "DeletedCalendar"}},
-    {"HomeDomain", "Library/Notes/notes.sqlite", {"NotesContent", "DeletedNotes"}},
-    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", {"NotesContent", "DeletedNotes"}},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", {"CallLogContent", "DeletedCallLog"}},
     {"HomeDomain",
-     "Library/CallHistoryDB/CallHistory.storedata",
-     {"CallLogContent", "DeletedCallLog"}},
+     "Library/AddressBook/AddressBook.sqlitedb",
+     {"ContactContent", "DeletedContact", "CallLogContent", "DeletedCallLog", "conversations"}},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {"CalendarContent", "DeletedCalendar"}},
+    {"HomeDomain", "Library/Notes/notes.sqlite", kNotes},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", kNotes},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", kCalls},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", kCalls},
     {"AppDomain-net.whatsapp.WhatsApp",
      "Documents/ChatStorage.sqlite",
      {"WhatsAppContent", "DeletedWhatsApp", "InternetContent"}},
-    {"CameraRollDomain",
-     "Media/PhotoData/Photos.sqlite",
-     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
-    {"MediaDomain",
-     "Media/PhotoData/Photos.sqlite",
-     {"Photos", "Videos", "DeletedPhotos", "DeletedVideos"}},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", kMedia},
+    {"MediaDomain", "Media/PhotoData/Photos.sqlite", kMedia},
+    {"HomeDomain", "Library/Safari/History.plist", kInternet},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", kInternet},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", kInternet},
+    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {"AccountContent"}},
+    {"HomeDomain", "Library/Maps/History.plist", {"MapContent"}},
+    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {"UserDictContent"}},
+    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {"UserDictContent"}},
 };
+constexpr const char* kInstalledApplications = "2436e9cd7b9697b418523c55ac469fea02116cc5";
 
 using Lists = std::map<std::string, json>;
 
@@ -77,7 +88,7 @@ class ScannedSample {
     bool shows(const char* list) const { return !whole_.at(list).empty(); }
 
     /// Scans the damaged backup within the bounds; every list but `changed` is as it was.
-    void expectOthersUnchanged(const std::set<std::string>& changed) const {
+    void expectOthersUnchanged(const Names& changed) const {
         const auto run = runBounded(kBounds, [&] {
             for (const auto& [name, rows] : scan(ios_)) {
                 if (changed.count(name) != 0) continue;
@@ -97,16 +108,13 @@ class ScannedSample {
 
   private:
     Lists scan(const std::optional<std::string>& ios) const {
-        ScanObserver nobody;
-        ScanJob job(nobody);
-        ScanRequest request;
-        request.source = sample.folder;
+        auto request = requestFor(sample.folder);
         request.workFolder = work_;
-        request.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
         request.ios = ios;
         request.continueAnyway = true;
         const auto before = hashTree(sample.folder);
-        EXPECT_EQ(job.runScan(request).result, ScanResult::Done);
+        SampleScan job;
+        EXPECT_EQ(job.run(request), ScanResult::Done);
         EXPECT_EQ(hashTree(sample.folder), before);
         const auto report = json::parse(ScanReport::text(job.state()));
         Lists all;
@@ -123,11 +131,7 @@ class ScannedSample {
 };
 
 SampleOptions optionsOf(int ios, std::uint32_t messages) {
-    SampleOptions options;
-    options.ios = ios;
-    options.messages = messages;
-    options.secureDelete = false;
-    return options;
+    return {.ios = ios, .messages = messages, .secureDelete = false};
 }
 
 class HostileBackups : public testing::TestWithParam<int> {};
@@ -137,9 +141,9 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
     const ScannedSample scanned(optionsOf(GetParam(), 60), folder.path());
     ASSERT_TRUE(scanned.shows("DeletedSMS"));
     SampleRandom random(static_cast<std::uint64_t>(GetParam()));
-    for (const Victim& victim : kDatabases) {
+    for (const Victim& victim : kVictims) {
         const fs::path file = scanned.sample.file(victim.domain, victim.path);
-        if (!fs::exists(file)) continue;
+        if (!fs::exists(file) || !readWholeFile(file).starts_with("SQLite format 3")) continue;
         const fs::path kept = folder / "kept";
         fs::copy_file(file, kept, fs::copy_options::overwrite_existing);
         for (const Damage& damage : databaseDamages()) {
@@ -154,35 +158,15 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
 // Both databases of calls and both stores of notes.
 INSTANTIATE_TEST_SUITE_P(Generations, HostileBackups, testing::Values(7, 9));
 
-// What else a backup holds, besides pictures, property lists and index.
-const std::set<std::string> kInternet{"InternetContent", "DeletedInternet"};
-const std::vector<Victim> kLists{
-    {"HomeDomain", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", kInternet},
-    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {"AccountContent"}},
-    {"HomeDomain", "Library/Maps/History.plist", {"MapContent"}},
-    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {"UserDictContent"}},
-    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {"UserDictContent"}},
-};
-constexpr const char* kInstalledApplications = "2436e9cd7b9697b418523c55ac469fea02116cc5";
-
 /// The lists that may change with the stored file of this name. Any file may begin to look like a
 /// picture. Nothing for the files that tell where the others lie.
-std::optional<std::set<std::string>> listsOf(const std::string& storedName) {
-    static const auto byName = [] {
-        std::map<std::string, std::set<std::string>> map;
-        for (const auto* table : {&kDatabases, &kLists}) {
-            for (const auto& [domain, path, lists] : *table)
-                map[sampleStoredName(domain, path)] = lists;
-        }
-        map[kInstalledApplications] = {"ApplicationContent"};
-        return map;
-    }();
+std::optional<Names> listsOf(const std::string& storedName) {
     if (storedName.find('.') != std::string::npos) return std::nullopt;
-    std::set<std::string> lists{"Photos", "Videos", "DeletedPhotos", "DeletedVideos"};
-    const auto known = byName.find(storedName);
-    if (known != byName.end()) lists.insert(known->second.begin(), known->second.end());
+    Names lists = kMedia;
+    if (storedName == kInstalledApplications) lists.insert("ApplicationContent");
+    for (const auto& [domain, path, own] : kVictims) {
+        if (storedName == sampleStoredName(domain, path)) lists.insert(own.begin(), own.end());
+    }
     return lists;
 }
 
@@ -202,11 +186,6 @@ class MutatedBackups : public testing::Test {
         return one.sample.folder.parent_path() / "intact";
     }
 
-    static void mend(const ScannedSample& one) {
-        fs::remove_all(one.sample.folder);
-        fs::copy(intact(one), one.sample.folder, fs::copy_options::recursive);
-    }
-
     static std::vector<std::string> names(const ScannedSample& one) {
         std::vector<std::string> all;
         for (const auto& entry : fs::directory_iterator(intact(one)))
@@ -215,9 +194,14 @@ class MutatedBackups : public testing::Test {
         return all;
     }
 
-    /// Scans after the files of these names were damaged.
-    static void scan(const ScannedSample& one, const std::vector<std::string>& damaged) {
-        std::set<std::string> changed;
+    /// Scans a backup in which `damage` has broken the files of these names and no others.
+    static void scan(const ScannedSample& one, const std::vector<std::string>& damaged,
+                     const std::function<void()>& damage) {
+        SCOPED_TRACE(fmt::format("iOS {}, {}", one.sample.truth.ios, fmt::join(damaged, ", ")));
+        fs::remove_all(one.sample.folder);
+        fs::copy(intact(one), one.sample.folder, fs::copy_options::recursive);
+        damage();
+        Names changed;
         for (const auto& name : damaged) {
             const auto lists = listsOf(name);
             if (!lists) return one.expectToEnd();
@@ -238,14 +222,11 @@ TEST_F(MutatedBackups, AreScannedToTheEnd) {
         SCOPED_TRACE("round " + std::to_string(round));
         SampleRandom random(static_cast<std::uint64_t>(round) + 1);
         const auto& one = generation(4 + round % 6);
-        mend(one);
         auto damaged = names(one);
         if (random.chance(50)) damaged = {random.pick(damaged)};
-        for (const auto& name : damaged) {
-            SCOPED_TRACE(name);
-            mutateFile(one.sample.folder / name, random);
-        }
-        scan(one, damaged);
+        scan(one, damaged, [&] {
+            for (const auto& name : damaged) mutateFile(one.sample.folder / name, random);
+        });
     }
 }
 
@@ -254,11 +235,8 @@ TEST_F(MutatedBackups, LoseOneCutFileOnly) {
     for (const int ios : {5, 7, 9}) {
         const auto& one = generation(ios);
         for (const auto& name : names(one)) {
-            SCOPED_TRACE("iOS " + std::to_string(ios) + ", " + name);
-            mend(one);
             const fs::path file = one.sample.folder / name;
-            fs::resize_file(file, random.below(fs::file_size(file)));
-            scan(one, {name});
+            scan(one, {name}, [&] { fs::resize_file(file, random.below(fs::file_size(file))); });
             if (HasFatalFailure()) return;
         }
     }
@@ -271,12 +249,11 @@ TEST_F(MutatedBackups, LoseTwoSwappedFilesOnly) {
         for (std::size_t i = 0; i < all.size(); ++i) {
             const auto& name = all[i];
             const auto& other = all[(i + 1) % all.size()];
-            SCOPED_TRACE("iOS " + std::to_string(ios) + ", " + name + " and " + other);
-            mend(one);
             const auto put = fs::copy_options::overwrite_existing;
-            fs::copy_file(intact(one) / name, one.sample.folder / other, put);
-            fs::copy_file(intact(one) / other, one.sample.folder / name, put);
-            scan(one, {name, other});
+            scan(one, {name, other}, [&] {
+                fs::copy_file(intact(one) / name, one.sample.folder / other, put);
+                fs::copy_file(intact(one) / other, one.sample.folder / name, put);
+            });
             if (HasFatalFailure()) return;
         }
     }

@@ -2,15 +2,17 @@
 
 #include <chrono>
 #include <fcntl.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <map>
 #include <sys/stat.h>
 #include <thread>
 
+#include "export/ScanReport.h"
+#include "tests/app/SampleScan.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
-#include "tools/sample/SampleBackup.h"
 #include "tools/sample/SampleRandom.h"
 
 namespace salvor {
@@ -18,35 +20,30 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Cancels its job when a status appears.
+/// Does something when a status appears.
 class Watcher : public ScanObserver {
   public:
-    ScanJob* job = nullptr;
-    std::string cancelAt;
+    std::string moment;
+    std::function<void()> act;
     void onStatus(int, const std::string& text) override {
-        if (job != nullptr && text == cancelAt) job->cancel();
+        if (text == moment) act();
     }
 };
 
 class ScanJobs : public testing::Test {
   protected:
     ScanRequest request(std::int32_t category = 0) const {
-        ScanRequest made;
-        made.source = backup;
+        auto made = requestFor(backup);
         made.category = category;
         made.workFolder = folder / "work";
-        made.signatures = SALVOR_SOURCE_DIR "/src/resources/RecoverySignatures.xml";
         return made;
-    }
-    static SampleOptions ios(int version) {
-        SampleOptions options;
-        options.ios = version;
-        return options;
     }
     SampleBackup sample(SampleOptions options = {}) const {
         options.messages = 40;
+        fs::remove_all(backup);
         return SampleBackup::write(backup, options);
     }
+    ScanResult scan() const { return SampleScan().run(request()); }
 
     TempFolder folder;
     fs::path backup = folder / "backup";
@@ -54,132 +51,88 @@ class ScanJobs : public testing::Test {
     ScanJob job{watcher};
 };
 
-TEST_F(ScanJobs, ReadsALiveBackupOfEachGeneration) {
-    for (const int version : {4, 5, 6, 7, 8, 9}) {
-        fs::remove_all(backup);
-        const auto written = sample(ios(version));
-        ScanJob one(watcher);
-        const auto outcome = one.runScan(request(1));
-        EXPECT_EQ(outcome.result, ScanResult::Done) << outcome.message;
-        EXPECT_EQ(one.state().SMSContent.size(),
-                  SampleTruth::of(written.truth.live, "message").size())
-            << "iOS " << version;
-        EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, version);
-        EXPECT_FALSE(outcome.encrypted);
-        EXPECT_TRUE(outcome.temp.empty());
-    }
-}
-
-std::map<std::string, std::int64_t> accessTimes(const fs::path& root) {
-    std::map<std::string, std::int64_t> times;
-    const auto look = [&](const fs::path& path) {
-        struct stat info {};
-        ASSERT_EQ(::lstat(path.c_str(), &info), 0);
-        times[path.string()] = info.st_atim.tv_sec;
-    };
+std::map<fs::path, std::int64_t> accessTimes(const fs::path& root) {
+    std::map<fs::path, std::int64_t> times;
     // Listing a folder moves the folder's own time.
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
-        if (entry.is_regular_file()) look(entry.path());
+        struct stat info {};
+        EXPECT_EQ(::lstat(entry.path().c_str(), &info), 0);
+        if (entry.is_regular_file()) times[entry.path()] = info.st_atim.tv_sec;
     }
     return times;
 }
 
 TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
     for (const bool nested : {false, true}) {
-        fs::remove_all(backup);
-        auto options = ios(nested ? 9 : 5);
-        options.nested = nested;
-        sample(options);
+        sample({.ios = nested ? 9 : 5, .nested = nested});
         // Older than the content, so that any plain read would move them.
         for (const auto& entry : fs::recursive_directory_iterator(backup)) {
             const timespec past[2] = {{1'000'000'000, 0}, {0, UTIME_OMIT}};
             ASSERT_EQ(::utimensat(AT_FDCWD, entry.path().c_str(), past, 0), 0);
         }
         const auto timesBefore = accessTimes(backup);
-        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(scan(), ScanResult::Done);
         EXPECT_EQ(accessTimes(backup), timesBefore);
 
         const auto before = hashTree(backup);
-        EXPECT_EQ(ScanJob(watcher).runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(scan(), ScanResult::Done);
         EXPECT_EQ(hashTree(backup), before);
     }
 }
 
-TEST_F(ScanJobs, AskForMissingPropertyLists) {
-    fs::create_directories(backup);
-    EXPECT_EQ(job.runScan(request()).message,
-              "\"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. Not "
-              "able to recover data.Do you want to continue anyway?");
-    auto anyway = request();
-    anyway.continueAnyway = true;
-    const auto outcome = ScanJob(watcher).runScan(anyway);
-    EXPECT_EQ(outcome.result, ScanResult::Done);
-    EXPECT_TRUE(outcome.versionUnknown);
-    EXPECT_EQ(outcome.temp, folder / "work/Temp");
-}
-
 TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
-    auto options = ios(8);
-    options.lockdownOnly = true;
-    sample(options);
-    struct Case {
+    sample({.ios = 8, .lockdownOnly = true});
+    const struct {
         std::optional<std::string> wanted;
         int major;
         int minor;
-    };
-    for (const auto& [wanted, major, minor] :
-         {Case{std::nullopt, 0, 0}, Case{"9", 9, 0}, Case{"7.1.2", 7, 1}, Case{"0.0", 0, 0}}) {
+        bool unknown;
+    } cases[] = {{std::nullopt, 0, 0, true},
+                 {"9", 9, 0, false},
+                 {"7.1.2", 7, 1, false},
+                 {"0.0", 0, 0, false},
+                 {"auto", 8, 4, false}};
+    for (const auto& [wanted, major, minor, unknown] : cases) {
         auto asked = request(3);
         asked.ios = wanted;
         ScanJob one(watcher);
         const auto outcome = one.runScan(asked);
         EXPECT_EQ(one.state().deviceInfo.iOSMajorVersion, major);
         EXPECT_EQ(one.state().deviceInfo.iOSMinorVersion, minor);
-        EXPECT_EQ(outcome.versionUnknown, !wanted);
-        ASSERT_TRUE(outcome.versions.lockdown);
+        EXPECT_EQ(outcome.versionUnknown, unknown);
         EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
+        EXPECT_FALSE(outcome.encrypted);
     }
-    auto automatic = request(3);
-    automatic.ios = "auto";
-    job.runScan(automatic);
-    EXPECT_EQ(job.state().deviceInfo.iOSMajorVersion, 8);
-}
-
-TEST_F(ScanJobs, SayThatABackupIsEncrypted) {
-    auto options = ios(7);
-    options.encrypted = true;
-    sample(options);
-    const auto outcome = job.runScan(request(1));
-    EXPECT_TRUE(outcome.encrypted);
-    EXPECT_EQ(outcome.result, ScanResult::Done);
 }
 
 TEST_F(ScanJobs, RefuseWhatTheyCannotUse) {
     sample();
     writeWholeFile(folder / "file.txt", "");
     fs::create_directories(folder / "work/Temp");
-    const auto with = [&](auto change) {
+    using enum ScanResult;
+    const auto expect = [&](ScanResult result, auto change) {
         auto asked = request();
         change(asked);
-        return ScanJob(watcher).runScan(asked).result;
+        EXPECT_EQ(ScanJob(watcher).runScan(asked).result, result) << asked.ios.value_or("");
     };
-    EXPECT_EQ(with([&](auto& r) { r.source = folder / "missing"; }), ScanResult::SourceUnusable);
-    EXPECT_EQ(with([&](auto& r) { r.source = folder / "file.txt"; }), ScanResult::SourceUnusable);
-    EXPECT_EQ(with([&](auto& r) { r.category = 9; }), ScanResult::InvalidRequest);
-    EXPECT_EQ(with([&](auto& r) { r.category = -1; }), ScanResult::InvalidRequest);
-    for (const char* version : {"", "x", "7.", ".1", "7,1", "-7.0", "7.1 "}) {
-        EXPECT_EQ(with([&](auto& r) { r.ios = version; }), ScanResult::InvalidRequest) << version;
+    expect(SourceUnusable, [&](auto& r) { r.source = folder / "missing"; });
+    expect(SourceUnusable, [&](auto& r) { r.source = folder / "file.txt"; });
+    for (const int category : {9, -1}) {
+        expect(InvalidRequest, [&](auto& r) { r.category = category; });
     }
-    EXPECT_EQ(with([&](auto& r) { r.workFolder = backup / "out"; }), ScanResult::InvalidRequest);
+    for (const char* version : {"", "x", "7.", ".1", "7,1", "-7.0", "7.1 "}) {
+        expect(InvalidRequest, [&](auto& r) { r.ios = version; });
+    }
+    expect(InvalidRequest, [&](auto& r) { r.workFolder = backup / "out"; });
     // Before it begins, even when no picture is asked for.
-    EXPECT_EQ(with([](auto& r) { r.category = 1; }), ScanResult::WorkFolderRefused);
+    expect(WorkFolderRefused, [](auto& r) { r.category = 1; });
     EXPECT_TRUE(fs::is_empty(folder / "work/Temp"));
 }
 
 TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     sample();
-    watcher.job = &job;
-    watcher.cancelAt = "Contacts";
+    watcher.moment = "Contacts";
+    watcher.act = [this] { job.cancel(); };
     EXPECT_EQ(job.runScan(request()).result, ScanResult::Cancelled);
     EXPECT_FALSE(job.state().SMSContent.empty());
 
@@ -215,6 +168,69 @@ TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
         EXPECT_LE(found.DeletedWhatsApp.size(), job.state().DeletedWhatsApp.size());
     }
     EXPECT_GT(cancelled, 0);
+}
+
+/// What a scan into a work folder of its own shows, without what differs between equal scans: the
+/// copies of pictures lie in those folders, and two workers tell at the same time that they begin.
+std::string listsOf(const fs::path& backup) {
+    SampleScan scan;
+    EXPECT_EQ(scan.run(requestFor(backup)), ScanResult::Done);
+    const std::string report = ScanReport::text(scan.state());
+    const auto deleted = report.find("\"DeletedSMS\": [");
+    return report.substr(0, report.find("\"Photos\": [")) +
+           report.substr(deleted, report.find("\"status\": [") - deleted);
+}
+
+TEST_F(ScanJobs, EightAtOnceGiveEqualResults) {
+    sample();
+    const std::string alone = listsOf(backup);
+    std::vector<std::string> others(8);
+    {
+        std::vector<std::jthread> scans;
+        for (auto& one : others) scans.emplace_back([&] { one = listsOf(backup); });
+    }
+    for (const auto& one : others) EXPECT_TRUE(one == alone);
+}
+
+TEST_F(ScanJobs, KeepWhatWasReadWhenTheBackupIsRemovedOrShrinksMeanwhile) {
+    const auto remove = [this] { fs::remove_all(backup); };
+    const auto shrink = [this] {
+        for (const auto& entry : fs::directory_iterator(backup)) {
+            if (entry.is_regular_file()) fs::resize_file(entry.path(), 100);
+        }
+    };
+    const char* recovery = "Recovering deleted data. Please wait...";
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"Contacts", remove}, {"Calendar", remove}, {recovery, remove}, {recovery, shrink}};
+    for (const auto& [moment, act] : cases) {
+        SCOPED_TRACE(moment);
+        const auto written = sample();
+        watcher.moment = moment;
+        watcher.act = act;
+        ScanJob one(watcher);
+        EXPECT_EQ(one.runScan(request()).result, ScanResult::Done);
+        EXPECT_EQ(one.state().SMSContent.size(),
+                  SampleTruth::of(written.truth.live, "message").size());
+    }
+}
+
+TEST_F(ScanJobs, PassOverWhatIsNoFile) {
+    const fs::path file = sample().file("HomeDomain", "Library/Calendar/Calendar.sqlitedb");
+    const std::function<void()> makers[] = {
+        [&] { fs::create_directory(file); },
+        [&] { fs::create_symlink("nowhere", file); },
+        [&] { fs::create_symlink(file.filename(), file); },
+        [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); },
+        [&] { fs::create_symlink("/dev/zero", file); },
+    };
+    for (const auto& make : makers) {
+        fs::remove_all(file);
+        make();
+        SampleScan one;
+        EXPECT_EQ(one.run(request()), ScanResult::Done);
+        EXPECT_TRUE(one.state().CalendarContent.empty());
+        EXPECT_FALSE(one.state().NotesContent.empty());
+    }
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "backup/BackupInfoReader.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <optional>
-#include <ostream>
+#include <sstream>
 
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -11,173 +11,133 @@
 namespace salvor {
 namespace {
 
-using Values = std::vector<std::pair<const char*, const char*>>;
-
-/// A backup folder's property lists and what is to be read from them. "IsEncrypted" of the
-/// manifest: -1 absent. The text "-" stands for an absent one.
-struct InfoCase {
-    const char* what;
-    std::optional<Values> info;
-    std::optional<Values> manifest;
-    std::optional<Values> lockdown;
-    int encrypted;
-
-    const char* name;
-    const char* displayName;
-    const char* version;
-    int major;
-    int minor;
-    int known;  ///< -1 unknown, else what `isEncrypted` says
-    bool complete;
-
-    friend std::ostream& operator<<(std::ostream& out, const InfoCase& c) { return out << c.what; }
-};
-
-PropertyListDictionary dictionary(const Values& values) {
+/// A dictionary of texts, written as "key=value;key=value"; "IsEncrypted" is a truth value.
+PropertyListDictionary dictionary(const char* entries) {
     PropertyListDictionary list;
-    for (const auto& [key, value] : values) list.text(key, value);
+    std::istringstream rest(entries);
+    for (std::string entry; std::getline(rest, entry, ';');) {
+        const auto key = entry.substr(0, entry.find('='));
+        const auto value = entry.substr(key.size() + 1);
+        key == "IsEncrypted" ? list.boolean(key, value == "yes") : list.text(key, value);
+    }
     return list;
 }
 
-class DeviceDescription : public testing::TestWithParam<InfoCase> {
-  protected:
-    void write(const InfoCase& c) const {
-        if (c.info) dictionary(*c.info).writeXml(folder / "Info.plist");
-        if (!c.manifest) return;
-        auto manifest = dictionary(*c.manifest);
-        if (c.lockdown) manifest.dictionary("Lockdown", dictionary(*c.lockdown));
-        if (c.encrypted >= 0) manifest.boolean("IsEncrypted", c.encrypted == 1);
-        manifest.writeBinary(folder / "Manifest.plist");
-    }
-    TempFolder folder;
+/// A backup folder's property lists, absent ones null, and what is read from them: name, name to
+/// display, version, its numbers, "encrypted" or "plain" where that is known, and "complete". "-"
+/// stands for an absent text.
+struct InfoCase {
+    const char* what;
+    const char* info;
+    const char* manifest;
+    const char* lockdown;
+    const char* expected;
 };
 
-Text expected(const char* text) {
-    return std::string(text) == "-" ? std::nullopt : Text(text);
+constexpr auto kInfo = "Device Name=Phone;Display Name=Shown;Product Version=7.1.2";
+constexpr auto kLockdown = "ProductVersion=6.1;DeviceName=Locked";
+
+const InfoCase kCases[] = {
+    {"a: no manifest, the version of Info.plist stays", kInfo, nullptr, nullptr,
+     "Phone, Shown, 7.1.2, 7.1, complete"},
+    {"a: the manifest's top-level version wins, encryption is not consulted", kInfo,
+     "ProductVersion=9;IsEncrypted=yes", kLockdown, "Phone, Shown, 9, 9.0, complete"},
+    {"a: a manifest without one leaves no version, and that is complete", kInfo, "IsEncrypted=yes",
+     kLockdown, "Phone, Shown, -, 0.0, encrypted, complete"},
+    {"a: an empty version in the manifest is blank", kInfo, "ProductVersion=;IsEncrypted=no",
+     nullptr, "Phone, Shown, , 0.0, plain"},
+    {"a: a blank version is not empty, but not complete either", kInfo,
+     "ProductVersion= \n;IsEncrypted=yes", nullptr, "Phone, Shown,  \n, 0.0"},
+    {"a: an empty device name is a name", "Device Name=;Product Version=5.0", nullptr, nullptr,
+     ", -, 5.0, 5.0, complete"},
+    {"b: the top level of the manifest", "Display Name=x", "ProductVersion=10.3.1;IsEncrypted=yes",
+     kLockdown, ", , 10.3.1, 10.3, encrypted, complete"},
+    {"b: Lockdown when the top level has none", "", "IsEncrypted=no", kLockdown,
+     "Locked, , 6.1, 6.1, plain, complete"},
+    {"c: as b, with the device's name to display", nullptr, "", kLockdown,
+     "Locked, Locked, 6.1, 6.1, complete"},
+    {"c: no Lockdown, no name, no version", nullptr, "", nullptr, "-, -, -, 0.0"},
+    {"c: no name and a blank version is complete", nullptr, "",
+     "ProductVersion=", "-, -, , 0.0, complete"},
+    {"d: neither list", nullptr, nullptr, nullptr, ", , , 0.0"},
+    {"d: Info.plist without the device's name", "", nullptr, nullptr, ", , , 0.0"},
+};
+
+void writeLists(const InfoCase& c, const std::filesystem::path& folder) {
+    if (c.info != nullptr) dictionary(c.info).writeXml(folder / "Info.plist");
+    if (c.manifest == nullptr) return;
+    auto manifest = dictionary(c.manifest);
+    if (c.lockdown != nullptr) manifest.dictionary("Lockdown", dictionary(c.lockdown));
+    manifest.writeBinary(folder / "Manifest.plist");
 }
 
-TEST_P(DeviceDescription, ComesFromTheRightLists) {
-    const InfoCase& c = GetParam();
-    SCOPED_TRACE(c.what);
-    write(c);
-    const auto read = readBackupInfo(folder.path());
-    const DeviceInfo& device = read.device;
-    EXPECT_EQ(device.DeviceName, expected(c.name));
-    EXPECT_EQ(device.DisplayName, expected(c.displayName));
-    EXPECT_EQ(device.ProductVersion, expected(c.version));
-    EXPECT_EQ(device.iOSMajorVersion, c.major);
-    EXPECT_EQ(device.iOSMinorVersion, c.minor);
-    EXPECT_EQ(device.knownIfEncrypted, c.known >= 0);
-    EXPECT_EQ(device.isEncrypted, c.known == 1);
-    EXPECT_EQ(read.complete, c.complete);
-    EXPECT_EQ(device.BackupDate, Text("N/A"));
-    EXPECT_EQ(device.BackupLocation, Text(folder.path().string()));
-    EXPECT_FALSE(device.Connected);
+std::string shown(const BackupInfo& info) {
+    const DeviceInfo& device = info.device;
+    const char* encryption = device.isEncrypted ? ", encrypted" : ", plain";
+    return fmt::format(
+        "{}, {}, {}, {}.{}{}{}", device.DeviceName.value_or("-"), device.DisplayName.value_or("-"),
+        device.ProductVersion.value_or("-"), device.iOSMajorVersion, device.iOSMinorVersion,
+        device.knownIfEncrypted ? encryption : "", info.complete ? ", complete" : "");
 }
 
-const Values kInfo{
-    {"Device Name", "Phone"}, {"Display Name", "Shown"}, {"Product Version", "7.1.2"}};
-const Values kLockdown{{"ProductVersion", "6.1"}, {"DeviceName", "Locked"}};
-
-const std::optional<Values> kNoList;
-const Values kBlankList;
-const Values kNameless{{"Device Name", ""}, {"Product Version", "5.0"}};
-const Values kDisplayOnly{{"Display Name", "x"}};
-const Values kEmptyVersion{{"ProductVersion", ""}};
-const Values kBlankVersion{{"ProductVersion", " \n"}};
-const Values kVersion9{{"ProductVersion", "9"}};
-const Values kVersion10{{"ProductVersion", "10.3.1"}};
-
-INSTANTIATE_TEST_SUITE_P(
-    Lists, DeviceDescription,
-    testing::Values(
-        InfoCase{"a: no manifest, the version of Info.plist stays", kInfo, kNoList, kNoList, -1,
-                 "Phone", "Shown", "7.1.2", 7, 1, -1, true},
-        InfoCase{"a: the manifest's top-level version wins, encryption is not consulted", kInfo,
-                 kVersion9, kLockdown, 1, "Phone", "Shown", "9", 9, 0, -1, true},
-        InfoCase{"a: a manifest without one leaves no version, and that is complete", kInfo,
-                 kBlankList, kLockdown, 1, "Phone", "Shown", "-", 0, 0, 1, true},
-        InfoCase{"a: an empty version in the manifest is blank", kInfo, kEmptyVersion, kNoList, 0,
-                 "Phone", "Shown", "", 0, 0, 0, false},
-        InfoCase{"a: a blank version is not empty, but not complete either", kInfo, kBlankVersion,
-                 kNoList, 1, "Phone", "Shown", " \n", 0, 0, -1, false},
-        InfoCase{"a: an empty device name is a name", kNameless, kNoList, kNoList, -1, "", "-",
-                 "5.0", 5, 0, -1, true},
-        InfoCase{"b: the top level of the manifest", kDisplayOnly, kVersion10, kLockdown, 1, "", "",
-                 "10.3.1", 10, 3, 1, true},
-        InfoCase{"b: Lockdown when the top level has none", kBlankList, kBlankList, kLockdown, 0,
-                 "Locked", "", "6.1", 6, 1, 0, true},
-        InfoCase{"c: as b, with the device's name to display", kNoList, kBlankList, kLockdown, -1,
-                 "Locked", "Locked", "6.1", 6, 1, -1, true},
-        InfoCase{"c: no Lockdown, no name, no version", kNoList, kBlankList, kNoList, -1, "-", "-",
-                 "-", 0, 0, -1, false},
-        InfoCase{"c: no name and a blank version is complete", kNoList, kBlankList, kEmptyVersion,
-                 -1, "-", "-", "", 0, 0, -1, true},
-        InfoCase{"d: neither list", kNoList, kNoList, kNoList, -1, "", "", "", 0, 0, -1, false},
-        InfoCase{"d: Info.plist without the device's name", kBlankList, kNoList, kNoList, -1, "",
-                 "", "", 0, 0, -1, false}),
-    [](const auto& test) { return "Case" + std::to_string(test.index); });
+TEST(BackupInfoReader, DescribesTheDeviceFromTheRightLists) {
+    for (const InfoCase& c : kCases) {
+        const TempFolder folder;
+        writeLists(c, folder.path());
+        const auto info = readBackupInfo(folder.path());
+        EXPECT_EQ(shown(info), c.expected) << c.what;
+        EXPECT_EQ(info.device.BackupDate, Text("N/A"));
+        EXPECT_EQ(info.device.BackupLocation, Text(folder.path().string()));
+    }
+}
 
 TEST(BackupInfoReader, FindsTheListsWhateverTheirCaseAndDescribesAfresh) {
     const TempFolder folder;
-    auto info = dictionary(kInfo);
-    info.text("Unique Identifier", "00AbCdEF").text("Phone Number", "+1 555");
-    info.text("Serial Number", "S1").text("Product Type", "iPhone3,1");
-    info.writeXml(folder / "info.PLIST");
+    dictionary(
+        "Device Name=Phone;Unique Identifier=00AbCdEF;Phone Number=+1 555;Serial Number=S1;"
+        "Product Type=iPhone3,1")
+        .writeXml(folder / "info.PLIST");
     writeWholeFile(folder / "payload", std::string(1500, 'x'));
     ScanState state;
     state.BACKUP_DIRECTORY = folder.path().string();
     state.deviceInfo.IMEI = "left over";
-    state.deviceInfo.iOSMajorVersion = 3;
     EXPECT_TRUE(getInfoFromBackup(state));
-    EXPECT_EQ(state.deviceInfo.UniqueDeviceID, Text("00abcdef"));
-    EXPECT_EQ(state.deviceInfo.PhoneNumber, Text("+1 555"));
-    EXPECT_EQ(state.deviceInfo.SerialNumber, Text("S1"));
-    EXPECT_EQ(state.deviceInfo.ProductType, Text("iPhone3,1"));
-    EXPECT_EQ(state.deviceInfo.IMEI, Text(""));
-    EXPECT_TRUE(state.deviceInfo.AssignSize->ends_with("KB"));
+    const DeviceInfo& device = state.deviceInfo;
+    EXPECT_EQ(device.UniqueDeviceID, Text("00abcdef"));
+    EXPECT_EQ(device.PhoneNumber, Text("+1 555"));
+    EXPECT_EQ(device.SerialNumber, Text("S1"));
+    EXPECT_EQ(device.ProductType, Text("iPhone3,1"));
+    EXPECT_EQ(device.IMEI, Text(""));
+    EXPECT_TRUE(device.AssignSize->ends_with("KB"));
     ASSERT_TRUE(state._deviceInfoBackup);
     EXPECT_EQ(state._deviceInfoBackup->UniqueDeviceID, Text("00abcdef"));
-    EXPECT_EQ(state._deviceInfoBackup->ProductVersion, std::nullopt);
+    EXPECT_EQ(state._deviceInfoBackup->SerialNumber, std::nullopt);
 }
 
 TEST(BackupInfoReader, KnowsTheVersionThatAnyListNames) {
     const TempFolder folder;
-    dictionary({{"Device Name", "x"}, {"Product Version", "0"}}).writeXml(folder / "Info.plist");
-    PropertyListDictionary manifest;
-    manifest.dictionary("Lockdown", dictionary(kLockdown)).boolean("IsEncrypted", true);
-    manifest.writeXml(folder / "Manifest.plist");
+    writeLists({"", "Device Name=x;Product Version=0", "IsEncrypted=yes", "ProductVersion=6", ""},
+               folder.path());
     const auto facts = readVersionFacts(folder.path());
     EXPECT_EQ(facts.infoPlist, Text("0"));
     EXPECT_EQ(facts.manifestTop, std::nullopt);
-    EXPECT_EQ(facts.lockdown, Text("6.1"));
-    EXPECT_EQ(facts.best(), Text("6.1"));
+    EXPECT_EQ(facts.best(), Text("6"));
     EXPECT_TRUE(facts.manifestSaysEncrypted);
     EXPECT_EQ(VersionFacts{}.best(), std::nullopt);
 }
 
-struct VersionCase {
-    const char* text;
-    int major;
-    int minor;
-};
-
-class Versions : public testing::TestWithParam<VersionCase> {};
-
-TEST_P(Versions, AreSplitAtTheirDots) {
-    DeviceInfo device;
-    device.ProductVersion = GetParam().text;
-    splitProductVersion(device);
-    EXPECT_EQ(device.iOSMajorVersion, GetParam().major);
-    EXPECT_EQ(device.iOSMinorVersion, GetParam().minor);
+TEST(BackupInfoReader, SplitsVersionsAtTheirDots) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"9", "9.0"},    {"10.3.1", "10.3"}, {"", "0.0"},
+        {".", "0.0"},    {"0.5", "0.5"},     {" 8x.2b", "8.2"},
+        {"7..1", "7.0"}, {"-1.+4", "-1.4"},  {"99999999999.1", "2147483647.1"}};
+    for (const auto& [text, numbers] : cases) {
+        DeviceInfo device;
+        device.ProductVersion = text;
+        splitProductVersion(device);
+        EXPECT_EQ(fmt::format("{}.{}", device.iOSMajorVersion, device.iOSMinorVersion), numbers);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Texts, Versions,
-                         testing::Values(VersionCase{"9", 9, 0}, VersionCase{"10.3.1", 10, 3},
-                                         VersionCase{"", 0, 0}, VersionCase{".", 0, 0},
-                                         VersionCase{"0.5", 0, 5}, VersionCase{" 8x.2b", 8, 2},
-                                         VersionCase{"7..1", 7, 0}, VersionCase{"-1.+4", -1, 4},
-                                         VersionCase{"99999999999.1", 2147483647, 1}));
 
 }  // namespace
 }  // namespace salvor

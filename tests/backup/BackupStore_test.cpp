@@ -1,6 +1,7 @@
 #include "backup/BackupStore.h"
 
 #include <cstdlib>
+#include <functional>
 #include <gtest/gtest.h>
 
 #include "backup/WorkFolder.h"
@@ -46,12 +47,12 @@ TEST(BackupStore, TakesAFolderOrAPropertyListInOne) {
         writeWholeFile(root / name, "");
     }
     EXPECT_EQ(BackupStore::resolve(root.path()), root.path());
-    EXPECT_EQ(BackupStore::resolve(root / "Status.plist"), root.path());
-    EXPECT_EQ(BackupStore::resolve(root / "odd.PLIST"), root.path());
-    EXPECT_EQ(BackupStore::resolve(root / "notes.txt"), std::nullopt);
-    EXPECT_EQ(BackupStore::resolve(root / "missing.plist"), std::nullopt);
-    EXPECT_EQ(BackupStore::resolve(root / "missing"), std::nullopt);
-
+    for (const char* name : {"Status.plist", "odd.PLIST"}) {
+        EXPECT_EQ(BackupStore::resolve(root / name), root.path()) << name;
+    }
+    for (const char* name : {"notes.txt", "missing.plist", "missing"}) {
+        EXPECT_EQ(BackupStore::resolve(root / name), std::nullopt) << name;
+    }
     EXPECT_EQ(BackupStore::resolveIndex(root.path()), std::nullopt);
     writeWholeFile(root / "manifest.MBDB", "mbdb");
     EXPECT_EQ(BackupStore::resolveIndex(root.path()), root / "manifest.MBDB");
@@ -97,24 +98,24 @@ TEST_F(WorkFolders, AreMadeAfreshByEachScan) {
 }
 
 TEST_F(WorkFolders, NeverRemoveWhatIsNotTheirs) {
-    fs::create_directories(parent / "Temp");
-    writeWholeFile(parent / "Temp/thesis.txt", "years of work");
-    WorkFolder foreign(parent);
-    EXPECT_NE(foreign.refusal(backup), "");
-    EXPECT_NE(foreign.recreate(backup), "");
-    EXPECT_FALSE(foreign.made());
-    EXPECT_TRUE(fs::exists(parent / "Temp/thesis.txt"));
-
-    // A link to one of our own folders, and a file.
     ASSERT_EQ(WorkFolder(root / "other").recreate(backup), "");
-    fs::remove_all(parent / "Temp");
-    fs::create_directory_symlink(root / "other/Temp", parent / "Temp");
-    EXPECT_NE(WorkFolder(parent).recreate(backup), "");
-    EXPECT_TRUE(fs::exists(root / "other/Temp/Photos"));
-    fs::remove(parent / "Temp");
-    writeWholeFile(parent / "Temp", "a file");
-    EXPECT_NE(WorkFolder(parent).recreate(backup), "");
-    EXPECT_TRUE(fs::exists(parent / "Temp"));
+    const fs::path temp = parent / "Temp";
+    const std::pair<std::function<void()>, fs::path> cases[] = {
+        {[&] { fs::create_directories(temp / "thesis"); }, temp / "thesis"},
+        {[&] { fs::create_directory_symlink(root / "other/Temp", temp); },
+         root / "other/Temp/Photos"},
+        {[&] { writeWholeFile(temp, "a file"); }, temp},
+    };
+    fs::create_directories(parent);
+    for (const auto& [make, kept] : cases) {
+        fs::remove_all(temp);
+        make();
+        WorkFolder foreign(parent);
+        EXPECT_NE(foreign.refusal(backup), "");
+        EXPECT_NE(foreign.recreate(backup), "");
+        EXPECT_FALSE(foreign.made());
+        EXPECT_TRUE(fs::exists(kept)) << kept;
+    }
 }
 
 TEST_F(WorkFolders, StayOutOfTheBackupAndNeverRemoveIt) {

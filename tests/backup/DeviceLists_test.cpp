@@ -1,5 +1,6 @@
 #include "backup/DeviceLists.h"
 
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 
 #include "backup/KeyboardDictionary.h"
@@ -12,10 +13,23 @@ namespace {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 Bytes bytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+/// A dictionary; a value that is no tag itself is a text.
+std::string dict(const std::vector<std::pair<std::string, std::string>>& members) {
+    std::string text;
+    for (const auto& [key, value] : members) {
+        text += "<key>" + key + "</key>";
+        text += value.starts_with('<') ? value : "<string>" + value + "</string>";
+    }
+    return "<dict>" + text + "</dict>";
+}
+
+std::string array(const std::string& elements) {
+    return "<array>" + elements + "</array>";
 }
 
 std::string xml(const std::string& inner) {
@@ -31,70 +45,58 @@ template <class Row>
 std::vector<std::string> textsOf(const List<Row>& list) {
     std::vector<std::string> texts;
     for (const auto& row : list) {
-        auto& text = texts.emplace_back();
+        std::vector<std::string> fields;
         forEachField(*row, [&](const char*, const auto& value) {
             if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(value)>>)
-                text += std::to_string(value);
+                fields.push_back(std::to_string(value));
             else
-                text += " " + value.value_or("-");
+                fields.push_back(value.value_or("-"));
         });
+        texts.push_back(fmt::format("{}", fmt::join(fields, " ")));
     }
     return texts;
 }
 
-TEST(Accounts, AreTheEntriesWithSomethingToShow) {
-    EXPECT_THAT(
-        textsOf(accountsOf(
-            listOf("<dict><key>Accounts</key><array>"
-                   "<dict><key>Username</key><string>u</string><key>PortNumber</key>"
-                   "<integer>993</integer><key>Hostname</key><string>h</string>"
-                   "<key>Class</key><string>c</string></dict>"
-                   "<string>no entry</string><dict><key>Identifier</key><string>i</string></dict>"
-                   "<dict><key>PortNumber</key><string>25</string><key>Username</key><data/></dict>"
-                   "</array></dict>"))),
-        ElementsAre("1 u 993 c h", "2 - 25 - -"));
+TEST(DeviceListRows, AreTheEntriesWithSomethingToShow) {
+    const auto accounts = array(dict({{"Username", "u"},
+                                      {"PortNumber", "<integer>993</integer>"},
+                                      {"Hostname", "h"},
+                                      {"Class", "c"}}) +
+                                "<string>no entry</string>" + dict({{"Identifier", "i"}}) +
+                                dict({{"PortNumber", "25"}, {"Username", "<data/>"}}));
+    EXPECT_THAT(textsOf(accountsOf(listOf(dict({{"Accounts", accounts}})))),
+                ElementsAre("1 u 993 c h", "2 - 25 - -"));
+    const auto searches = array(dict({{"Query", "q"},
+                                      {"Latitude", "<real>-52.25</real>"},
+                                      {"Longitude", "13.5"},
+                                      {"Location", "l"}}) +
+                                dict({{"DisplayQuery", "d"}, {"Latitude", "<real>nan</real>"}}) +
+                                dict({{"HistoryItemType", "<integer>1</integer>"}}));
+    EXPECT_THAT(textsOf(mapHistoryOf(listOf(dict({{"HistoryItems", searches}})))),
+                ElementsAre("1 q l -52.25 13.5", "2 d - - -"));
 }
 
-TEST(Applications, AreNamedByTheirBundlesWhereverTheyStand) {
-    const std::string one =
-        "<dict><key>CFBundleIdentifier</key><string>org.one</string><key>CFBundleDisplayName</key>"
-        "<string>One</string><key>CFBundleVersion</key><string>1.0</string></dict>";
-    const std::string two =
-        "<dict><key>CFBundleIdentifier</key><string>org.two</string>"
-        "<key>CFBundleShortVersionString</key><real>2.5</real>"
-        "<key>Path</key><string>/var/mobile/Applications/X/Two.app</string></dict>";
+TEST(DeviceListRows, OfApplicationsAreNamedByTheirBundlesWhereverTheyStand) {
+    const auto one = dict({{"CFBundleIdentifier", "org.one"},
+                           {"CFBundleDisplayName", "One"},
+                           {"CFBundleVersion", "1.0"}});
+    const auto two = dict({{"CFBundleIdentifier", "org.two"},
+                           {"CFBundleShortVersionString", "<real>2.5</real>"},
+                           {"Path", "/var/mobile/Applications/X/Two.app"}});
     const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"<dict><key>System</key><dict><key>a</key>" + two +
-             "</dict><key>User</key><dict>"
-             "<key>b</key>" +
-             one + "</dict></dict>",
+        {dict({{"System", dict({{"a", two}})}, {"User", dict({{"b", one}})}}),
          {"1 One org.one 1.0", "2 Two org.two 2.5"}},
-        {"<dict><key>Applications</key><array>" + one + two + "</array></dict>",
-         {"1 One org.one 1.0", "2 Two org.two 2.5"}},
-        {"<array>" + two + "<dict/></array>", {"1 Two org.two 2.5"}},
-        {"<dict><key>org.one</key>" + one + "<key>n</key><integer>1</integer></dict>",
-         {"1 One org.one 1.0"}},
-        {"<dict><key>x</key><dict><key>CFBundleIdentifier</key><string>i</string></dict></dict>",
-         {"1 - i -"}},
-        {"<dict><key>x</key><dict><key>CFBundleIdentifier</key><true/></dict></dict>", {}},
+        {dict({{"Applications", array(one + two)}}), {"1 One org.one 1.0", "2 Two org.two 2.5"}},
+        {array(two + "<dict/>"), {"1 Two org.two 2.5"}},
+        {dict({{"org.one", one}, {"n", "<integer>1</integer>"}}), {"1 One org.one 1.0"}},
+        {dict({{"x", dict({{"CFBundleIdentifier", "i"}})}}), {"1 - i -"}},
+        {dict({{"x", dict({{"CFBundleIdentifier", "<true/>"}})}}), {}},
     };
     for (const auto& [list, rows] : cases)
         EXPECT_EQ(textsOf(applicationsOf(listOf(list))), rows) << list;
 }
 
-TEST(MapHistory, ShowsSearchesWithTheirPlaces) {
-    EXPECT_THAT(
-        textsOf(mapHistoryOf(listOf(
-            "<dict><key>HistoryItems</key><array>"
-            "<dict><key>Query</key><string>q</string><key>Latitude</key><real>-52.25</real>"
-            "<key>Longitude</key><string>13.5</string><key>Location</key><string>l</string></dict>"
-            "<dict><key>DisplayQuery</key><string>d</string><key>Latitude</key><real>nan</real>"
-            "</dict><dict><key>HistoryItemType</key><integer>1</integer></dict>"
-            "</array></dict>"))),
-        ElementsAre("1 q l -52.25 13.5", "2 d - - -"));
-}
-
-TEST(KeyboardDictionary, HoldsTheWordsBetweenZeroesAndCounts) {
+TEST(DeviceListRows, OfTheKeyboardAreTheWordsBetweenZeroesAndCounts) {
     const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"DynamicDictionary-5\0hello\0world\0"s, {"1 hello", "2 world"}},
         {"DynamicDictionary-4hello\0\x01\x02\x7Fworld"s, {"1 hello", "2 world"}},
@@ -113,84 +115,78 @@ TEST(KeyboardDictionary, HoldsTheWordsBetweenZeroesAndCounts) {
         EXPECT_EQ(textsOf(keyboardWordsOf(bytesOf(file))), words) << file.substr(0, 40);
 }
 
-class Lists : public testing::Test {
+/// A backup with a row in each of its four lists.
+class DeviceListFiles : public testing::Test {
   protected:
-    Lists() {
+    DeviceListFiles() {
         state.BACKUP_DIRECTORY = folder.path().string();
         state.ACCOUNT_DATABASE = "accounts";
         state.APPLICATIONS_DATABASE = "applications";
         state.MAPHISTORY_DATABASE = "maps";
         state.DYNAMICDIT_DATABASE = "words";
-        writeWholeFile(folder / "accounts", xml("<dict><key>Accounts</key><array><dict>"
-                                                "<key>Username</key><string>u</string></dict>"
-                                                "</array></dict>"));
-        writeWholeFile(folder / "applications", bundle("file"));
-        writeWholeFile(folder / "maps", xml("<dict><key>HistoryItems</key><array><dict>"
-                                            "<key>Query</key><string>q</string></dict>"
-                                            "</array></dict>"));
-        writeWholeFile(folder / "words", "DynamicDictionary-5\0word\0"s);
+        for (const auto& [file, bytes] : sound) writeWholeFile(folder / file, bytes);
     }
 
     static std::string bundle(const std::string& identifier) {
         return xml(
-            "<dict><key>Applications</key><dict><key>a</key><dict>"
-            "<key>CFBundleIdentifier</key><string>" +
-            identifier + "</string></dict></dict></dict>");
+            dict({{"Applications", dict({{"a", dict({{"CFBundleIdentifier", identifier}})}})}}));
     }
 
-    std::vector<std::size_t> sizes() const {
+    std::vector<std::size_t> sizes(const std::stop_token& cancelled = {}) {
+        readDeviceLists(state, cancelled);
         return {state.AccountContent.size(), state.ApplicationContent.size(),
                 state.MapContent.size(), state.UserDictContent.size()};
     }
 
+    const std::vector<std::pair<const char*, std::string>> sound{
+        {"accounts", xml(dict({{"Accounts", array(dict({{"Username", "u"}}))}}))},
+        {"applications", bundle("file")},
+        {"maps", xml(dict({{"HistoryItems", array(dict({{"Query", "q"}}))}}))},
+        {"words", "DynamicDictionary-5\0word\0"s}};
     TempFolder folder;
     ScanState state;
 };
 
-TEST_F(Lists, OneBrokenFileCostsItsOwnListOnly) {
-    const char* files[] = {"accounts", "applications", "maps", "words"};
-    const std::string bad[] = {"",
-                               "x",
-                               "bplist00",
-                               "<plist><dict>",
-                               "DynamicDictionary-5",
-                               xml("<string>text</string>"),
-                               std::string(100'000, '\xFF'),
-                               xml("<dict><key>Accounts</key><true/><key>HistoryItems</key><dict/>"
-                                   "<key>User</key><array><array/></array></dict>")};
-    for (std::size_t file = 0; file < std::size(files); ++file) {
-        const auto sound = readWholeFile(folder / files[file]);
+TEST_F(DeviceListFiles, CostTheirOwnListOnlyWhenBroken) {
+    const std::string bad[] = {
+        "",
+        "x",
+        "bplist00",
+        "<plist><dict>",
+        "DynamicDictionary-5",
+        xml("<string>text</string>"),
+        std::string(100'000, '\xFF'),
+        xml(dict(
+            {{"Accounts", "<true/>"}, {"HistoryItems", "<dict/>"}, {"User", array("<array/>")}}))};
+    for (std::size_t i = 0; i < sound.size(); ++i) {
+        const auto& [file, bytes] = sound[i];
         std::vector<std::size_t> expected(4, 1);
-        expected[file] = 0;
-        for (const auto& bytes : bad) {
-            writeWholeFile(folder / files[file], bytes);
-            readDeviceLists(state, {});
-            EXPECT_EQ(sizes(), expected) << files[file] << ": " << bytes.substr(0, 60);
+        expected[i] = 0;
+        for (const auto& broken : bad) {
+            writeWholeFile(folder / file, broken);
+            EXPECT_EQ(sizes(), expected) << file << ": " << broken.substr(0, 60);
         }
-        std::filesystem::remove(folder / files[file]);
-        readDeviceLists(state, {});
-        EXPECT_EQ(sizes(), expected) << files[file];
-        writeWholeFile(folder / files[file], sound);
+        std::filesystem::remove(folder / file);
+        EXPECT_EQ(sizes(), expected) << file;
+        writeWholeFile(folder / file, bytes);
     }
 }
 
-TEST_F(Lists, TheManifestNamesApplicationsWhereNoListDoes) {
+TEST_F(DeviceListFiles, LeaveTheApplicationsToTheManifestWhereNoListNamesThem) {
     writeWholeFile(folder / "Manifest.plist", bundle("manifest"));
-    readDeviceLists(state, {});
-    EXPECT_EQ(state.ApplicationContent[0]->BundleIdentifer, "file");
-    std::filesystem::remove(folder / "applications");
-    readDeviceLists(state, {});
-    EXPECT_EQ(state.ApplicationContent[0]->BundleIdentifer, "manifest");
+    for (const char* source : {"file", "manifest"}) {
+        readDeviceLists(state, {});
+        EXPECT_EQ(state.ApplicationContent[0]->BundleIdentifer, source);
+        std::filesystem::remove(folder / "applications");
+    }
 }
 
-TEST_F(Lists, AreEmptiedAndLeftEmptyByACancelledScan) {
-    readDeviceLists(state, {});
+TEST_F(DeviceListFiles, AreNotReadByACancelledScan) {
     EXPECT_THAT(sizes(), ElementsAre(1, 1, 1, 1));
     clearDeviceLists(state);
     std::stop_source cancel;
     cancel.request_stop();
-    readDeviceLists(state, cancel.get_token());
-    EXPECT_THAT(sizes(), testing::Each(0));
+    EXPECT_THAT(sizes(cancel.get_token()), testing::Each(0));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ namespace salvor {
 namespace {
 
 using namespace std::string_literals;
+using testing::ElementsAre;
 
 Bytes bytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -22,12 +23,10 @@ std::vector<MDFileInfo> parse(const std::string& index) {
     return records;
 }
 
-MbdbRecord record(const std::string& domain, const std::string& path,
-                  std::uint16_t mode = 0100644) {
+MbdbRecord record(const std::string& domain, const std::string& path) {
     MbdbRecord written;
     written.domain = domain;
     written.path = path;
-    written.mode = mode;
     return written;
 }
 
@@ -52,25 +51,18 @@ TEST(ParseMbdb, ReadsEveryField) {
     EXPECT_EQ(records[0].StartOffset, 6);
     const MDFileInfo& read = records[1];
     EXPECT_EQ(read.intStartOffset, 6u + 5 * 2 + 2 + 40);
-    EXPECT_EQ(read.Domain, "HomeDomain");
-    EXPECT_EQ(read.FileName, "Library/SMS/sms.db");
-    EXPECT_EQ(read.strlinkTarget, "elsewhere");
-    EXPECT_EQ(read.strDataHash, "\x01\x02");
-    EXPECT_EQ(read.strUnknown1, "<null>");
-    EXPECT_EQ(read.intMode, 0100644u);
-    EXPECT_EQ(read.intUnknown2, 0x11223344u);
-    EXPECT_EQ(read.intUnknown3, 0x55667788u);
-    EXPECT_EQ(read.intUserID, 0xFFFFFFFEu);
-    EXPECT_EQ(read.intGroupID, 7u);
-    EXPECT_EQ(read.intmTime, 0xF0000001u);
-    EXPECT_EQ(read.intaTime, 2u);
-    EXPECT_EQ(read.intcTime, 3u);
+    EXPECT_THAT((std::vector{read.Domain, read.FileName, read.strlinkTarget, read.strDataHash,
+                             read.strUnknown1, read.strHash}),
+                ElementsAre("HomeDomain", "Library/SMS/sms.db", "elsewhere", "\x01\x02", "<null>",
+                            "3d0d7e5fb2ce288813306e4d4636395e047a3d28"));
+    EXPECT_THAT((std::vector{read.intMode, read.intUnknown2, read.intUnknown3, read.intUserID,
+                             read.intGroupID, read.intmTime, read.intaTime, read.intcTime,
+                             read.intflag, read.intNumberofProps}),
+                ElementsAre(0100644u, 0x11223344u, 0x55667788u, 0xFFFFFFFEu, 7u, 0xF0000001u, 2u,
+                            3u, 0xFBu, 4u));
     EXPECT_EQ(read.intfileLen, 4096u) << "sizes count modulo 2^32";
-    EXPECT_EQ(read.intflag, 0xFBu);
-    EXPECT_EQ(read.intNumberofProps, 4u);
     EXPECT_THAT(*read.dicProperties,
-                testing::ElementsAre(std::pair("empty"s, ""s), std::pair("name"s, "later"s)));
-    EXPECT_EQ(read.strHash, "3d0d7e5fb2ce288813306e4d4636395e047a3d28");
+                ElementsAre(std::pair("empty"s, ""s), std::pair("name"s, "later"s)));
     EXPECT_EQ(read.RecordType, RecordType::Database);
 }
 
@@ -91,7 +83,7 @@ TEST(ParseMbdb, TellsNoIndexFromAnEmptyOne) {
 
 TEST(ParseMbdb, DropsTheRecordThatTheEndCutsShort) {
     auto withProperties = record("D", "some/file.plist");
-    withProperties.properties = {{"a", "b"}, {"c", ""}};
+    withProperties.properties = {{"a", "b"}};
     const std::vector<MbdbRecord> all{record("HomeDomain", "x.db"), withProperties,
                                       record("E", "")};
     std::vector<std::size_t> ends{6};
@@ -116,44 +108,43 @@ TEST(ParseMbdb, HashesAsManyBytesAsTheTextHasCharacters) {
     EXPECT_EQ(ParseMbdb::digest("a\xF0\x9F\x98\x80z"), sampleDigest("a\xF0\x9F\x98"));
 }
 
-struct NameCase {
-    const char* path;
-    const char* extension;
-    RecordType type;
-};
-
-class FileNames : public testing::TestWithParam<NameCase> {};
-
-TEST_P(FileNames, AreClassifiedByTheTailOfThePath) {
-    EXPECT_EQ(extensionText(GetParam().path), GetParam().extension);
-    EXPECT_EQ(classifyFile(0100644, GetParam().path), GetParam().type);
-    EXPECT_EQ(classifyFile(0x41ED, GetParam().path), RecordType::NotRegular);
-    EXPECT_EQ(classifyFile(0120777, GetParam().path), RecordType::NotRegular);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Paths, FileNames,
-    testing::Values(
-        NameCase{"", "", RecordType::Other}, NameCase{"sms.db", ".db", RecordType::Database},
-        NameCase{"a.Db", ".Db", RecordType::Other}, NameCase{"a.cd", ".cd", RecordType::Database},
+TEST(ParseMbdb, ClassifiesFilesByTheTailOfTheirPaths) {
+    using enum RecordType;
+    const struct {
+        const char *path, *extension;
+        RecordType type;
+    } cases[] = {
+        {"", "", Other},
+        {"sms.db", ".db", Database},
+        {"a.Db", ".Db", Other},
+        {"a.cd", ".cd", Database},
         // Deeper down ".cd" is not the whole text, and only the whole text counts.
-        NameCase{"x/a.cd", "/a.cd", RecordType::Other},
-        NameCase{"Library/Notes/notes.sqlite", "ry/Notes/notes.sqlite", RecordType::Database},
-        NameCase{"Media/DCIM/100APPLE/IMG_0001.JPG", "IM/100APPLE/IMG_0001.JPG",
-                 RecordType::Picture},
-        NameCase{"clip .m o v", ".mov", RecordType::AudioVideo},
-        NameCase{"ring.m4a", ".m4a", RecordType::AudioVideo},
-        NameCase{"ring.M4A", ".M4A", RecordType::Other},
-        NameCase{"a.Plist", ".Plist", RecordType::PropertyList},
-        NameCase{"a.tar.gz", ".gz", RecordType::Other},
-        NameCase{"b.sqlite.plist", ".plist", RecordType::PropertyList},
+        {"x/a.cd", "/a.cd", Other},
+        {"Library/Notes/notes.sqlite", "ry/Notes/notes.sqlite", Database},
+        {"Media/DCIM/100APPLE/IMG_0001.JPG", "IM/100APPLE/IMG_0001.JPG", Picture},
+        {"clip .m o v", ".mov", AudioVideo},
+        {"ring.m4a", ".m4a", AudioVideo},
+        {"ring.M4A", ".M4A", Other},
+        {"a.Plist", ".Plist", RecordType::PropertyList},
+        {"a.tar.gz", ".gz", Other},
+        {"b.sqlite.plist", ".plist", RecordType::PropertyList},
         // The database test comes first and sees the folder's name, too.
-        NameCase{"x.db/y.jpg", ".db/y.jpg", RecordType::Database},
-        NameCase{".hidden", "", RecordType::Other}, NameCase{".db", "", RecordType::Other},
-        NameCase{"a/.db", "db", RecordType::Other}, NameCase{"abcd", "", RecordType::Other},
+        {"x.db/y.jpg", ".db/y.jpg", Database},
+        {".hidden", "", Other},
+        {".db", "", Other},
+        {"a/.db", "db", Other},
+        {"abcd", "", Other},
         // Characters count in UTF-16 units: two for the smiley.
-        NameCase{"\xF0\x9F\x98\x80.png", ".png", RecordType::Picture},
-        NameCase{"\xC3\xA9.png", ".png", RecordType::Picture}));
+        {"\xF0\x9F\x98\x80.png", ".png", Picture},
+        {"\xC3\xA9.png", ".png", Picture},
+    };
+    for (const auto& [path, extension, type] : cases) {
+        EXPECT_EQ(extensionText(path), extension);
+        EXPECT_EQ(classifyFile(0100644, path), type) << path;
+        EXPECT_EQ(classifyFile(0x41ED, path), NotRegular) << path;
+        EXPECT_EQ(classifyFile(0120777, path), NotRegular) << path;
+    }
+}
 
 }  // namespace
 }  // namespace salvor

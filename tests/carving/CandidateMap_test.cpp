@@ -69,12 +69,14 @@ TEST(CandidateMapTest, NeverTurnsDownAPossiblePosition) {
         for (auto& byte : region)
             byte = static_cast<std::uint8_t>(content.bytes[random() % content.bytes.size()]);
         const LeadingColumns columns = randomColumns(random, content);
-        const LeadingColumnTables tables(columns);
+        ByteSets sets;
+        LeadingSets numbers{};
+        for (std::size_t k = 0; k < numbers.size(); ++k) numbers[k] = sets.add(columns.mayBegin[k]);
         for (const MaskMethod method : {MaskMethod::Plain, fastestMaskMethod()}) {
-            RareBlocks blocks;
-            blocks.find(method, ByteSearch(columns.rarest()), region);
+            RegionMasks masks;
+            masks.find(method, ByteSearch(columns.rarest()), sets, region);
             CandidateMap map;
-            map.build(method, tables, blocks);
+            map.build(numbers, true, masks);
             for (std::int64_t p = 0; p < static_cast<std::int64_t>(region.size()); ++p) {
                 for (const bool rowId : {false, true}) {
                     const bool kept = (rowId ? map.nextWithRowId(p) : map.nextPlain(p)) == p;
@@ -89,27 +91,29 @@ TEST(CandidateMapTest, NeverTurnsDownAPossiblePosition) {
     EXPECT_GT(turnedDown, 100000U);
 }
 
-TEST(LeadingColumnsTest, EveryMethodGivesTheSameMasks) {
+TEST(ByteSetsTest, EveryMethodGivesTheSameMasks) {
     std::mt19937 random(7);
-    LeadingColumns columns;
-    for (auto& mayBegin : columns.mayBegin) {
-        for (std::size_t byte = 0; byte < 256; ++byte) mayBegin[byte] = random() % 3 == 0;
+    std::array<std::bitset<256>, 5> wanted;
+    ByteSets sets;
+    for (std::size_t k = 0; k < wanted.size(); ++k) {
+        // One of them lies in the lower half alone.
+        const std::size_t end = k == 2 ? 128 : 256;
+        for (std::size_t byte = 0; byte < end; ++byte) wanted[k][byte] = random() % 3 == 0;
+        ASSERT_EQ(sets.add(wanted[k]), k);
     }
+    EXPECT_EQ(sets.add(wanted[3]), 3U) << "an equal set is the same one";
     std::vector<std::uint8_t> data(64 * 40);
     for (auto& byte : data) byte = static_cast<std::uint8_t>(random());
-    std::vector<BlockMasks> plain(40);
-    std::vector<BlockMasks> fast(40);
-    const LeadingColumnTables tables(columns);
-    tables.masks(MaskMethod::Plain, data, plain);
-    tables.masks(fastestMaskMethod(), data, fast);
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        const auto bit = [&](const std::uint64_t mask) { return (mask >> (i % 64) & 1U) != 0; };
-        for (std::size_t k = 0; k < columns.mayBegin.size(); ++k) {
-            ASSERT_EQ(bit(plain[i / 64].mayBegin[k]), columns.mayBegin[k][data[i]]);
-            ASSERT_EQ(bit(fast[i / 64].mayBegin[k]), columns.mayBegin[k][data[i]]);
+    for (const MaskMethod method : {MaskMethod::Plain, fastestMaskMethod()}) {
+        std::vector<std::uint64_t> masks(40 * sets.words());
+        sets.masks(method, data, masks);
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            const auto bit = [&](std::size_t word) {
+                return (masks[i / 64 * sets.words() + word] >> (i % 64) & 1U) != 0;
+            };
+            for (std::size_t k = 0; k < wanted.size(); ++k) ASSERT_EQ(bit(k), wanted[k][data[i]]);
+            ASSERT_EQ(bit(wanted.size()), data[i] >= 128);
         }
-        ASSERT_EQ(bit(plain[i / 64].goesOn), data[i] >= 128);
-        ASSERT_EQ(bit(fast[i / 64].goesOn), data[i] >= 128);
     }
 }
 

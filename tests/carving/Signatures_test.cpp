@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CarvingFixture.h"
-#include "carving/PatternMatcher.h"
+#include "carving/CompiledPattern.h"
 #include "carving/SignatureListing.h"
 
 namespace salvor::testing {

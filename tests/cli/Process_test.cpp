@@ -20,11 +20,7 @@ using testing::StartsWith;
 /// The program as the shell starts it: limits, signals and full disks reach it as in real life.
 class ProcessTest : public testing::Test {
   protected:
-    ProcessTest() {
-        SampleOptions options;
-        options.messages = 300;
-        SampleBackup::write(folder / "backup", options);
-    }
+    ProcessTest() { SampleBackup::write(folder / "backup"); }
 
     /// Runs a shell line in which $salvor is the program, $scan its scan of the sample.
     void shell(const std::string& line) {

@@ -21,8 +21,8 @@ using testing::StartsWith;
 class ProgramTest : public testing::Test {
   protected:
     void SetUp() override {
-        fs::create_directories(folder_ / "empty");
-        fs::create_directories(folder_ / "backup");
+        for (const char* name : {"empty", "backup", "foreign/Temp"})
+            fs::create_directories(folder_ / name);
         for (const char* name : {"backup/Info.plist", "backup/Manifest.plist",
                                  "backup/Status.plist", "file", "garbage.mbdb"})
             writeWholeFile(folder_ / name, "\x01\x02 no property list");
@@ -86,10 +86,13 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
         {"scan @/absent", 3, "absent: no such folder"},
         {"scan @/file", 3, "file: is neither"},
         {"scan @/empty", 3,
-         "empty: \"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file."},
+         "empty: \"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. "
+         "Not able to recover data.Do you want to continue anyway?"},
         {"scan @/backup", 3, "Do you want to continue anyway?"},
         {"scan @/backup --signatures @/absent.xml", 3, "absent.xml: No such file"},
         {"scan @/backup --continue-anyway --export @/file/out", 5, "file"},
+        {"scan @/backup --continue-anyway --export @/file", 5, "file"},
+        {"scan @/backup --continue-anyway --work @/foreign", 5, "foreign/Temp is there already"},
         {"scan @/backup --continue-anyway --json @/absent/x.json", 5, "absent: No such file"},
         {"scan @/backup --continue-anyway --json @/empty", 5, "empty: is a folder"},
         {"info @/absent", 3, "absent: no such folder"},
@@ -115,10 +118,7 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
     for (const auto& [line, status, err] : cases) {
         const auto ran = runSalvor(words(line));
         EXPECT_EQ(ran.status, status) << line << '\n' << ran.err;
-        // What is known of an incomplete backup is shown before the refusal.
-        if (std::string_view(line) != "info @/backup") {
-            EXPECT_EQ(ran.out, "") << line;
-        }
+        EXPECT_EQ(ran.out, "") << line;
         const auto firstLine = ran.err.substr(0, ran.err.find('\n'));
         EXPECT_THAT(firstLine, StartsWith("salvor: error: ")) << line;
         EXPECT_THAT(firstLine, HasSubstr(err)) << line;
@@ -144,38 +144,36 @@ TEST_F(ProgramTest, HelpsEverywhere) {
     EXPECT_THAT(runSalvor({"scan", "@", "--help"}).out, HasSubstr("--continue-anyway"));
 }
 
-TEST_F(ProgramTest, NamesThatLookLikeWordsOfTheCommandLineAreTakenAsTheyStand) {
-    // A folder called like a command, and a value that begins with a dash.
-    const auto ran = runSalvor({"scan", "list", "--suffix", "-x"});
-    EXPECT_EQ(ran.status, 3);
-    EXPECT_THAT(ran.err, HasSubstr("list: no such folder"));
-}
-
-TEST_F(ProgramTest, TellsWhatItKnowsOfABackupWithBrokenPropertyLists) {
-    const auto ran = runSalvor(words("info @/backup --json"));
-    EXPECT_EQ(ran.status, 3);
-    EXPECT_THAT(ran.out, HasSubstr("\"iOSMajorVersion\": 0"));
-    EXPECT_THAT(ran.err, HasSubstr("backup: Info.plist or Manifest.plist is missing"));
-}
-
-TEST_F(ProgramTest, ListsSignatures) {
-    const auto ran = runSalvor(words("signatures @/signatures.xml"));
-    EXPECT_EQ(ran.status, 0) << ran.err;
-    EXPECT_THAT(ran.out, StartsWith("HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\n"));
-}
-
-TEST_F(ProgramTest, AnIndexWithoutRecordsIsEmpty) {
-    EXPECT_EQ(runSalvor(words("index @/header.mbdb --json")).status, 0);
-    EXPECT_EQ(runSalvor(words("index @/header.mbdb --json")).out, "");
-}
-
-TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
+TEST_F(ProgramTest, AnswersUnusualCommandLines) {
     struct Case {
-        int cause;
+        const char* line;
         int status;
+        const char* out;
         const char* err;
     };
     const Case cases[] = {
+        // A folder called like a command, and a value that begins with a dash.
+        {"scan list --suffix -x", 3, "", "list: no such folder"},
+        // What is known of an incomplete backup is shown before the refusal.
+        {"info @/backup --json", 3, "\"iOSMajorVersion\": 0",
+         "backup: Info.plist or Manifest.plist is missing"},
+        {"signatures @/signatures.xml", 0, "HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\n",
+         ""},
+        {"index @/header.mbdb --json", 0, "", ""},
+        {"scan @/backup --continue-anyway --category 7 --signatures @/signatures.xml", 0,
+         "Category", "scanned as iOS 0.0"},
+    };
+    for (const auto& [line, status, out, err] : cases) {
+        const auto ran = runSalvor(words(line));
+        EXPECT_EQ(ran.status, status) << line;
+        EXPECT_THAT(ran.out, HasSubstr(out));
+        EXPECT_EQ(ran.out.empty(), *out == '\0') << line << ran.out;
+        EXPECT_THAT(ran.err, HasSubstr(err));
+    }
+}
+
+TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
+    const std::tuple<int, int, const char*> cases[] = {
         {0, 5, "salvor: error: standard output: Input/output error\n"},
         {ENOSPC, 5, "salvor: error: standard output: No space left on device\n"},
         {EPIPE, 0, ""},  // the reader has seen what it wanted

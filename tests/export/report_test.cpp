@@ -15,9 +15,10 @@ class Report : public testing::Test {
   protected:
     Json report() const { return Json::parse(ScanReport::text(state_)); }
 
-    static std::vector<std::string> keysOf(const Json& object) {
-        std::vector<std::string> keys;
-        for (const auto& [key, value] : object.items()) keys.push_back(key);
+    /// The keys of an object, one behind the other.
+    static std::string keysOf(const Json& object) {
+        std::string keys;
+        for (const auto& [key, value] : object.items()) keys += key + " ";
         return keys;
     }
 
@@ -26,17 +27,14 @@ class Report : public testing::Test {
 
 TEST_F(Report, HasEverySectionInOrder) {
     const Json json = report();
-    EXPECT_EQ(keysOf(json), (std::vector<std::string>{"device", "source", "counts", "live",
-                                                      "deleted", "conversations", "status"}));
+    EXPECT_EQ(keysOf(json), "device source counts live deleted conversations status ");
     EXPECT_EQ(keysOf(json["live"]),
-              (std::vector<std::string>{
-                  "SMSContent", "ContactContent", "CallLogContent", "WhatsAppContent",
-                  "NotesContent", "CalendarContent", "InternetContent", "Photos", "Videos",
-                  "MapContent", "AccountContent", "ApplicationContent", "UserDictContent"}));
+              "SMSContent ContactContent CallLogContent WhatsAppContent NotesContent "
+              "CalendarContent InternetContent Photos Videos MapContent AccountContent "
+              "ApplicationContent UserDictContent ");
     EXPECT_EQ(keysOf(json["deleted"]),
-              (std::vector<std::string>{"DeletedSMS", "DeletedContact", "DeletedCallLog",
-                                        "DeletedWhatsApp", "DeletedNotes", "DeletedCalendar",
-                                        "DeletedPhotos", "DeletedVideos", "DeletedInternet"}));
+              "DeletedSMS DeletedContact DeletedCallLog DeletedWhatsApp DeletedNotes "
+              "DeletedCalendar DeletedPhotos DeletedVideos DeletedInternet ");
     EXPECT_EQ(json["counts"].size(), 22U);
     EXPECT_EQ(json["source"]["databases"].size(), 13U);
     EXPECT_EQ(json["live"]["SMSContent"], Json::array());
@@ -103,19 +101,14 @@ TEST_F(Report, BackReferencesAreWrittenAsKeys) {
     EXPECT_EQ(json::fromRecord(call)["contact"], "Ann");
 }
 
-TEST_F(Report, PicturesHaveThreeKeys) {
+TEST_F(Report, WritesPicturesAndWhatJsonCannotHold) {
     add(state_.Photos).Name = "a";
     add(state_.Videos).Location = "b";
+    add(state_.SMSContent).Message = "bad \xFF byte";
+    add(state_.NotesContent).OriginalCreationDate = std::numeric_limits<double>::quiet_NaN();
     const Json json = report()["live"];
     EXPECT_EQ(json["Photos"][0], Json::parse(R"({"Name": "a", "Location": null, "isChecked": 1})"));
     EXPECT_EQ(json["Videos"][0], Json::parse(R"({"Name": null, "Location": "b", "isChecked": 1})"));
-}
-
-TEST_F(Report, SurvivesTextsThatAreNotUtf8AndNumbersThatAreNone) {
-    add(state_.SMSContent).Message = "bad \xFF byte";
-    state_.NotesContent = {std::make_shared<Note>()};
-    state_.NotesContent[0]->OriginalCreationDate = std::numeric_limits<double>::quiet_NaN();
-    const Json json = report()["live"];
     EXPECT_EQ(json["SMSContent"][0]["Message"], "bad \uFFFD byte");
     EXPECT_TRUE(json["NotesContent"][0]["OriginalCreationDate"].is_null());
 }

@@ -3,53 +3,44 @@
 #include <gtest/gtest.h>
 
 #include "records/CallHistory.h"
+#include "tests/records/RecordFixture.h"
 
 namespace salvor {
 namespace {
 
-struct ContactLists : RecordContext {
-    List<Contact> live, deleted;
-    std::shared_ptr<DatabaseLookups> lookups() const override { return nullptr; }
-    std::shared_ptr<DatabaseLookups> openCalendarLookups() override { return nullptr; }
-    std::int64_t nextUnknownNumber() override { return 0; }
-    const List<Contact>& liveContacts() const override { return live; }
-    const List<Contact>& deletedContacts() const override { return deleted; }
-    std::size_t deletedCallLogCount() const override { return 0; }
-};
-
-std::shared_ptr<Contact> contact(const char* name, std::initializer_list<Text> numbers) {
-    auto made = std::make_shared<Contact>();
-    made->FirstName = name;
-    Text Contact::*slots[] = {&Contact::ContactNo1, &Contact::ContactNo2, &Contact::ContactNo3,
-                              &Contact::ContactNo4};
-    std::size_t slot = 0;
-    for (const auto& number : numbers) (*made).*slots[slot++] = number;
-    return made;
+// Once by the walk over all contacts, once by the index that grows with them.
+TEST(ContactNames, AreFoundByExactNumber) {
+    FakeContext lists;
+    ContactNames names(lists);
+    const auto expect = [&](std::initializer_list<std::pair<Text, const char*>> cases) {
+        for (const auto& [number, name] : cases) {
+            EXPECT_EQ(CallHistory::getContactNamefromNumber(number, lists), name);
+            EXPECT_EQ(names.find(number), name) << number.value_or("absent");
+        }
+    };
+    expect({{"0123", ""}, {"", ""}, {std::nullopt, ""}});
+    lists.deleted = {contactOf("carved", {"0123", "123456"}),
+                     contactOf("carved again", {"0123", {}, "777"})};
+    expect({{"0123", "carved"}, {"123456", "carved"}, {"777", "carved again"}});
+    lists.live = {contactOf("variant", {{}, "12345\u00A06"}),
+                  contactOf("plain", {"123456", "12345", "00000"})};
+    expect({{"123456", "variant"}, {"12345\u00A06", "variant"}, {"12345", "plain"}});
+    expect({{"0123", "carved"}, {"1234", ""}, {"1234567", ""}, {"\u00A012345", ""}});
+    lists.live.push_back(contactOf("new", {"", "1", "2", "fourth slot"}));
+    lists.live.push_back(contactOf("late", {"0123", "00000"}));
+    expect({{"", "new"}, {"fourth slot", ""}, {"0123", "late"}, {"00000", "plain"}});
+    EXPECT_EQ(CallHistory::splittedTelNumber("12345"), "12345");
 }
 
-TEST(ContactNames, AnswerAsTheWalkOverAllContactsDoes) {
-    ContactLists lists;
-    ContactNames names(lists);
-    const Text numbers[] = {std::nullopt,   "",        "0123",  "12345", "123456",
-                            "12345\u00A06", "1234567", "00000", "99999", "\u00A012345"};
-    const auto check = [&](const char* step) {
-        for (const auto& number : numbers)
-            EXPECT_EQ(names.find(number), CallHistory::getContactNamefromNumber(number, lists))
-                << step << ": " << number.value_or("absent");
-    };
-    check("no contacts");
-    lists.deleted = {contact("carved", {"0123", "123456"}), contact("carved again", {"0123"})};
-    check("carved ones");
-    EXPECT_EQ(names.find("123456"), "carved");
-    lists.live = {contact("variant", {std::nullopt, "12345\u00A06"}),
-                  contact("plain", {"123456", "12345", "00000"})};
-    check("live ones");
-    EXPECT_EQ(names.find("123456"), "variant");
-    lists.live.push_back(contact("fourth slot", {"", "1", "2", "99999"}));
-    lists.live.push_back(contact("late", {"0123", "00000"}));
-    check("more live ones");
-    EXPECT_EQ(names.find(""), "fourth slot") << "an empty number is one that a contact may have";
-    EXPECT_EQ(names.find("99999"), "") << "only the first three numbers are searched";
+TEST(ContactNames, AreTheFirstOfThreeThatIsThere) {
+    Contact contact;
+    EXPECT_EQ(CallHistory::getContactName(contact), "");
+    for (const auto& [part, name] :
+         {std::pair(&Contact::LastName, "last"), std::pair(&Contact::FirstName, "first"),
+          std::pair(&Contact::NickName, "nick")}) {
+        contact.*part = name;
+        EXPECT_EQ(CallHistory::getContactName(contact), name);
+    }
 }
 
 }  // namespace

@@ -47,28 +47,21 @@ TEST(PropertyList, ReadsBothFormsAlike) {
         const PropertyList list = parse(written(binary));
         EXPECT_EQ(list.text("Name"), Text("J\xC3\xBCrgen <&>"));
         EXPECT_EQ(list.text("Empty"), Text(""));
-        EXPECT_EQ(list.text("Missing"), std::nullopt);
-        EXPECT_EQ(list.text("Two"), std::nullopt);
+        EXPECT_EQ(list.integer("Two"), 2);
         EXPECT_TRUE(list.has("Data"));
+        for (const char* key : {"Missing", "Two"}) EXPECT_EQ(list.text(key), std::nullopt) << key;
         for (const char* key : {"Yes", "True", "Two"}) EXPECT_EQ(list.boolean(key), true) << key;
         for (const char* key : {"No", "Empty", "False", "Zero", "Array"}) {
             EXPECT_EQ(list.boolean(key), false) << key;
         }
         EXPECT_EQ(list.boolean("Missing"), std::nullopt);
-        EXPECT_EQ(list.dictionary("Lockdown").text("DeviceName"), Text("Inner"));
-        EXPECT_FALSE(list.dictionary("Name").has("DeviceName"));
-        EXPECT_EQ(list.integer("Two"), 2);
         EXPECT_EQ(list.integer("Name"), std::nullopt);
         EXPECT_EQ(list.scalar("Name"), list.text("Name"));
         EXPECT_EQ(list.scalar("Two"), Text("2"));
-        EXPECT_EQ(list.scalar("Data"), std::nullopt);
-        EXPECT_EQ(list.scalar("Endless"), std::nullopt);
-    }
-}
+        for (const char* key : {"Data", "Endless"}) EXPECT_EQ(list.scalar(key), std::nullopt);
+        EXPECT_EQ(list.dictionary("Lockdown").text("DeviceName"), Text("Inner"));
+        EXPECT_FALSE(list.dictionary("Name").has("DeviceName"));
 
-TEST(PropertyList, HandsOutTheDictionariesOfArraysAndDictionaries) {
-    for (const bool binary : {false, true}) {
-        const PropertyList list = parse(written(binary));
         const auto visits = list.dictionaries("Visits");
         ASSERT_EQ(visits.size(), 2U);
         EXPECT_EQ(visits[0].text(""), Text("https://a")) << "a key may be empty";
@@ -100,44 +93,49 @@ TEST(PropertyList, ReadsWhatPeopleAndToolsPutAroundTheDictionary) {
     EXPECT_EQ(list.boolean("C"), true);
 }
 
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i) all += text;
+    return all;
+}
+
 std::string nestedXml(int depth) {
-    std::string text = "<plist>";
-    for (int i = 0; i < depth; ++i) text += "<dict><key>k</key>";
-    text += "<true/>";
-    for (int i = 0; i < depth; ++i) text += "</dict>";
-    return text + "</plist>";
+    return "<plist>" + repeated("<dict><key>k</key>", depth) + "<true/>" +
+           repeated("</dict>", depth) + "</plist>";
+}
+
+std::string bigEndian(std::size_t value) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
+    return bytes;
+}
+
+// A binary list of these objects, which refer to each other by one byte.
+std::string binaryList(const std::vector<std::string>& objects) {
+    std::string text = "bplist00";
+    std::string table;
+    for (const auto& object : objects) {
+        table += bigEndian(text.size());
+        text += object;
+    }
+    const auto tableAt = text.size();
+    return text + table + std::string(6, '\0') + "\x04\x01" + std::string(4, '\0') +
+           bigEndian(objects.size()) + std::string(12, '\0') + bigEndian(tableAt);
 }
 
 // An array for each object, the next one referred to `copies` times; the last is "true".
 std::string chainedBinary(int objects, int copies) {
-    std::string text = "bplist00";
-    std::string table;
-    const auto place = [&](const std::string& object) {
-        table += static_cast<char>(text.size() >> 8);
-        table += static_cast<char>(text.size() & 0xFF);
-        text += object;
-    };
-    place("\xD1\x01\x02"s);
-    place("\x51k"s);
-    for (int i = 2; i < objects - 1; ++i) {
-        place(static_cast<char>(0xA0 | copies) +
-              std::string(static_cast<std::size_t>(copies), static_cast<char>(i + 1)));
-    }
-    place("\x09"s);
-    const auto tableAt = text.size();
-    text += table;
-    text += std::string(6, '\0') + "\x02\x01"s + std::string(7, '\0') + static_cast<char>(objects);
-    text += std::string(8, '\0') + std::string(6, '\0') + static_cast<char>(tableAt >> 8) +
-            static_cast<char>(tableAt & 0xFF);
-    return text;
+    std::vector<std::string> chain{"\xD1\x01\x02"s, "\x51k"s};
+    for (int next = 3; next < objects; ++next)
+        chain.push_back(static_cast<char>(0xA0 | copies) +
+                        repeated({static_cast<char>(next)}, copies));
+    chain.push_back("\x09"s);
+    return binaryList(chain);
 }
 
 TEST(PropertyList, GarbageIsAnEmptyDictionary) {
-    const std::string cyclic = [] {
-        std::string text = chainedBinary(5, 1);
-        text[text.find('\xA1') + 1] = 2;  // the first array holds itself
-        return text;
-    }();
+    std::string cyclic = chainedBinary(5, 1);
+    cyclic[cyclic.find('\xA1') + 1] = 2;  // the first array holds itself
     for (const auto& text :
          {""s, "x"s, "<"s, "bplist00"s, "bplist00"s + std::string(40, '\xFF'), "<plist>"s,
           "<plist><array/></plist>"s, "<plist><dict><key>k</key><string>v"s, "<!-- never closed"s,
@@ -153,33 +151,14 @@ TEST(PropertyList, GarbageIsAnEmptyDictionary) {
 }
 
 // A dictionary with an array under "k" that refers `copies` times to one text.
-std::string sharedText(std::uint32_t length, std::uint32_t copies) {
-    const auto number = [](std::uint32_t value) {
-        std::string bytes;
-        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
-        return bytes;
-    };
-    std::string text = "bplist00";
-    std::string table;
-    for (const auto& object :
-         {"\xD1\x01\x02"s, "\x51k"s, "\xAF\x12" + number(copies) + std::string(copies, '\x03'),
-          "\x5F\x12" + number(length) + std::string(length, 'a')}) {
-        table += number(static_cast<std::uint32_t>(text.size()));
-        text += object;
-    }
-    const auto tableAt = static_cast<std::uint32_t>(text.size());
-    return text + table + std::string(6, '\0') + "\x04\x01" + std::string(7, '\0') + '\x04' +
-           std::string(12, '\0') + number(tableAt);
+std::string sharedText(std::size_t length, std::size_t copies) {
+    return binaryList({"\xD1\x01\x02"s, "\x51k"s,
+                       "\xAF\x12" + bigEndian(copies) + std::string(copies, '\x03'),
+                       "\x5F\x12" + bigEndian(length) + std::string(length, 'a')});
 }
 
 std::string xmlOf(const std::string& members) {
     return "<plist><dict><key>k</key><true/>" + members + "</dict></plist>";
-}
-
-std::string repeated(const std::string& text, int times) {
-    std::string all;
-    for (int i = 0; i < times; ++i) all += text;
-    return all;
 }
 
 // What costs the library time or memory out of all proportion to the size of the file.

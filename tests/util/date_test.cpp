@@ -24,28 +24,23 @@ class Dates : public testing::Test {
 constexpr double winter = 378691200;  // 2013-01-01 00:00:00 UTC
 constexpr double summer = 394300800;  // 2013-06-30 16:00:00 UTC
 
-TEST_F(Dates, UseTheOffsetValidAtThatMoment) {
-    EXPECT_EQ(DateUtils::DateTimeToString(Date{winter}), "2012-12-31 19:00:00");
-    EXPECT_EQ(DateUtils::DateTimeToString(Date{summer}), "2013-06-30 12:00:00");
-    EXPECT_EQ(DateUtils::DateTimeToString(Date{summer + 0.75}), "2013-06-30 12:00:00");
-    EXPECT_EQ(DateUtils::DateTimeToString(Date{-0.25}), "2000-12-31 18:59:59");
-}
-
-TEST_F(Dates, EveryPattern) {
-    const std::pair<DatePattern, const char*> cases[] = {
-        {DatePattern::Display, "2013-06-30 12:05:09"},
-        {DatePattern::DisplayMinutes, "2013-06-30 12:05 PM"},
-        {DatePattern::Export, "2013/06/30 12:05 PM"},
-        {DatePattern::Folder, "2013-06-30 12.05 PM"},
-        {DatePattern::TwelveHours, "2013-06-30 12:05:09"},
-        {DatePattern::Server, "06-30-2013 12:05"},
-        {DatePattern::DayMonth, "30.06."},
+TEST_F(Dates, AreWrittenInEveryPatternWithTheOffsetValidAtThatMoment) {
+    const std::tuple<DatePattern, double, const char*> cases[] = {
+        {DatePattern::Display, winter, "2012-12-31 19:00:00"},
+        {DatePattern::Display, summer + 309.75, "2013-06-30 12:05:09"},
+        {DatePattern::Display, -0.25, "2000-12-31 18:59:59"},
+        {DatePattern::DisplayMinutes, summer + 309, "2013-06-30 12:05 PM"},
+        {DatePattern::Export, summer + 309, "2013/06/30 12:05 PM"},
+        {DatePattern::Export, summer - 12 * 3600, "2013/06/30 12:00 AM"},
+        {DatePattern::Folder, summer + 309, "2013-06-30 12.05 PM"},
+        {DatePattern::TwelveHours, summer + 309, "2013-06-30 12:05:09"},
+        {DatePattern::Server, summer + 309, "06-30-2013 12:05"},
+        {DatePattern::DayMonth, summer + 309, "30.06."},
     };
-    for (const auto& [pattern, text] : cases) {
-        EXPECT_EQ(DateUtils::format(Date{summer + 309}, pattern), text);
+    for (const auto& [pattern, seconds, text] : cases) {
+        EXPECT_EQ(DateUtils::format(Date{seconds}, pattern), text);
     }
-    const auto midnight = Date{summer - 12 * 3600};
-    EXPECT_EQ(DateUtils::format(midnight, DatePattern::Export), "2013/06/30 12:00 AM");
+    EXPECT_EQ(DateUtils::DateTimeToString(Date{summer}), "2013-06-30 12:00:00");
     EXPECT_EQ(DateUtils::IOSDateTimeToString(394304400), "2013-06-30 01:00:00");
 }
 
@@ -85,6 +80,9 @@ TEST_F(Dates, ParseStrictly) {
     EXPECT_EQ(DateUtils::StringToDateTime("2013-06-30 12:00:00"), Date{summer});
     EXPECT_EQ(DateUtils::StringToDateTime("2012-12-31 19:00:00"), Date{winter});
     EXPECT_TRUE(DateUtils::StringToDateTime("2012-02-29 00:00:00"));
+    EXPECT_EQ(DateUtils::dateWithYear(2013, 6, 30), Date{summer - 12 * 3600});
+    EXPECT_FALSE(DateUtils::dateWithYear(2013, 2, 29));
+    EXPECT_FALSE(DateUtils::dateWithYear(2013, 1, 0));
     for (const char* text :
          {"", " ", "2013-06-30", "2013-06-30 12:00", "2013-06-30 12:00:00 ", " 2013-06-30 12:00:00",
           "2013-6-30 12:00:00", "2013-06-31 12:00:00", "2013-02-29 12:00:00", "2013-13-01 12:00:00",
@@ -111,12 +109,6 @@ TEST_F(Dates, DisplayTextsAreParsedAndRewritten) {
                              "2013-06-30 01:10"}) {
         EXPECT_FALSE(DateUtils::reformatDisplayDate(text, DatePattern::Export)) << text;
     }
-}
-
-TEST_F(Dates, CalendarDaysBeginAtLocalMidnight) {
-    EXPECT_EQ(DateUtils::dateWithYear(2013, 6, 30), Date{summer - 12 * 3600});
-    EXPECT_FALSE(DateUtils::dateWithYear(2013, 2, 29));
-    EXPECT_FALSE(DateUtils::dateWithYear(2013, 1, 0));
 }
 
 }  // namespace

@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 
 #include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
 #include "util/FileUtils.h"
 #include "util/MappedFile.h"
+#include "util/PathRules.h"
 #include "util/ReadableFile.h"
 #include "util/dataUtils.h"
 
@@ -18,26 +20,17 @@ namespace fs = std::filesystem;
 
 class Files : public testing::Test {
   protected:
-    void write(const fs::path& name, const std::string& content) const {
-        fs::create_directories((folder_ / name).parent_path());
-        std::ofstream(folder_ / name, std::ios::binary) << content;
-    }
-    std::string read(const fs::path& name) const {
-        std::ifstream in(folder_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-
-    const TempFolder temporary_;
-    const fs::path folder_ = temporary_.path();
+    TempFolder folder_;
 };
 
 TEST_F(Files, SizeCountsRegularFilesOnly) {
-    write("a", std::string(700, 'x'));
-    write("sub/deep/b", std::string(800, 'x'));
-    fs::create_directory_symlink(folder_, folder_ / "sub/loop");
+    fs::create_directories(folder_ / "sub/deep");
+    writeWholeFile(folder_ / "a", std::string(700, 'x'));
+    writeWholeFile(folder_ / "sub/deep/b", std::string(800, 'x'));
+    fs::create_directory_symlink(folder_.path(), folder_ / "sub/loop");
     fs::create_symlink(folder_ / "a", folder_ / "link");
-    EXPECT_EQ(FileUtils::directorySize(folder_), 1500U);
-    EXPECT_EQ(FileUtils::getDirectorySizeAsStringfromPath(folder_), "1.5 KB");
+    EXPECT_EQ(FileUtils::directorySize(folder_.path()), 1500U);
+    EXPECT_EQ(FileUtils::getDirectorySizeAsStringfromPath(folder_.path()), "1.5 KB");
     EXPECT_EQ(FileUtils::getDirectorySizeAsStringfromPath(folder_ / "missing"), "0 bytes");
 }
 
@@ -51,32 +44,30 @@ TEST_F(Files, SizesAreWrittenForPeople) {
 }
 
 TEST_F(Files, AtomicWritesReplaceWholeFilesAndLeaveNothingAside) {
-    write("old", "previous");
+    writeWholeFile(folder_ / "old", "previous");
     fs::create_symlink(folder_ / "old", folder_ / "link");
     EXPECT_EQ(FileUtils::writeAtomically(folder_ / "new", "fresh"), "");
     EXPECT_EQ(FileUtils::writeAtomically(folder_ / "link", "next"), "");
-    EXPECT_EQ(read("new"), "fresh");
-    EXPECT_EQ(read("old"), "next");
+    EXPECT_EQ(readWholeFile(folder_ / "new"), "fresh");
+    EXPECT_EQ(readWholeFile(folder_ / "old"), "next");
     EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
     EXPECT_NE(FileUtils::writeAtomically(folder_ / "missing/file", "x"), "");
-    EXPECT_NE(FileUtils::writeAtomically(folder_, "x"), "");
+    EXPECT_NE(FileUtils::writeAtomically(folder_.path(), "x"), "");
     EXPECT_EQ(FileUtils::writeAtomically("/dev/null", "x"), "");
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
     EXPECT_NE(FileUtils::writeAtomically("/dev/full", "x"), "");
-    EXPECT_EQ(FileUtils::entriesOf(folder_).size(), 3U);
+    EXPECT_EQ(FileUtils::entriesOf(folder_.path()).size(), 3U);
 }
 
 TEST_F(Files, NamesAreSafe) {
-    const std::pair<std::string, const char*> cases[] = {
-        {"", "_"},
-        {".", "_"},
-        {"..", "__"},
-        {"...", "..."},
-        {"../../etc", ".._.._etc"},
-        {std::string("a\0\n\x7F", 4), "a___"},
-        {"a\u0085b", "a_b"},
-        {"\u00E9\u00A0", "\u00E9\u00A0"},
-    };
+    const std::pair<std::string, const char*> cases[] = {{"", "_"},
+                                                         {".", "_"},
+                                                         {"..", "__"},
+                                                         {"...", "..."},
+                                                         {"../../etc", ".._.._etc"},
+                                                         {std::string("a\0\n\x7F", 4), "a___"},
+                                                         {"a\u0085b", "a_b"},
+                                                         {"\u00E9\u00A0", "\u00E9\u00A0"}};
     for (const auto& [name, safe] : cases) EXPECT_EQ(FileUtils::safeFileName(name), safe);
     EXPECT_EQ(FileUtils::safeFileName("ab\u20AC", 4), "ab");
 }
@@ -105,9 +96,7 @@ TEST_F(Files, AreCopiedThroughMemoryWhereTheKernelCannot) {
     const auto file = ReadableFile::open("/proc/version");
     ASSERT_TRUE(file);
     EXPECT_EQ(file->copyTo(folder_ / "copy"), "");
-    std::ifstream copy(folder_ / "copy");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(copy), {}), text);
-
+    EXPECT_EQ(readWholeFile(folder_ / "copy"), text);
     EXPECT_NE(file->copyTo(folder_ / "copy"), "") << "it is there already";
     EXPECT_EQ(file->copyTo(folder_ / "other", [] { return true; }), "cancelled");
     EXPECT_FALSE(fs::exists(folder_ / "other"));
@@ -115,13 +104,51 @@ TEST_F(Files, AreCopiedThroughMemoryWhereTheKernelCannot) {
 
 TEST_F(Files, MappedOnesReadAsZerosWhatIsLostMeanwhile) {
     constexpr std::size_t kSize = 64 * 1024;
-    write("mapped", std::string(kSize, 'x'));
+    writeWholeFile(folder_ / "mapped", std::string(kSize, 'x'));
     const auto mapped = MappedFile::open(folder_ / "mapped");
     ASSERT_TRUE(mapped);
     fs::resize_file(folder_ / "mapped", 1);
     EXPECT_EQ(mapped->bytes().size(), kSize);
     EXPECT_EQ(mapped->bytes()[0], 'x');
     EXPECT_EQ(std::count(mapped->bytes().begin(), mapped->bytes().end(), 'x'), 1);
+}
+
+class PathRulesTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::create_directories(folder_ / "backup/inner");
+        fs::create_directories(folder_ / "backup2");
+        fs::create_directories(folder_ / "out");
+        fs::create_directory_symlink(folder_ / "backup", folder_ / "link");
+        fs::create_directory_symlink(folder_ / "backup/not-yet", folder_ / "dangling");
+        fs::create_directory_symlink("dangling", folder_ / "chain");
+        fs::create_directory_symlink("loop", folder_ / "loop");
+        fs::create_directory_symlink(folder_ / "backup/inner", folder_ / "out/in");
+    }
+
+    TempFolder folder_;
+};
+
+TEST_F(PathRulesTest, TellsWhatLiesInsideAFolder) {
+    const auto expect = [this](bool inside, std::initializer_list<const char*> paths) {
+        for (const char* path : paths) {
+            EXPECT_EQ(liesInside(folder_ / path, folder_ / "backup"), inside) << path;
+            EXPECT_EQ(liesInside(folder_ / path, folder_ / "link/"), inside) << path << " (link)";
+        }
+    };
+    expect(true, {"backup", "backup/", "backup/inner", "backup/new/deeper", "backup/../backup/new",
+                  "out/../backup/new"});
+    expect(true, {"link", "link/new", "dangling", "dangling/deeper", "chain", "out/in/new"});
+    expect(true, {"out/in/.."});  // the parent of where the link leads
+    expect(false, {"backup2", "backup2/new", "backup/..", "backup/../out", "new", "loop", ""});
+}
+
+TEST_F(PathRulesTest, TakesRelativePathsFromTheCurrentFolder) {
+    const auto before = fs::current_path();
+    fs::current_path(folder_ / "backup");
+    EXPECT_TRUE(liesInside("new", "."));
+    EXPECT_FALSE(liesInside("../new", "."));
+    fs::current_path(before);
 }
 
 }  // namespace

@@ -10,9 +10,9 @@ namespace salvor {
 int ResultSet::Impl::column(const std::string& name) const {
     if (!onRow) return -1;
     for (std::size_t index = names.size(); index-- > 0;) {
-        if (sqlite3_stricmp(names[index].c_str(), name.c_str()) == 0) {
-            return static_cast<int>(index);
-        }
+        const bool equal = names[index].size() == name.size() &&
+                           sqlite3_stricmp(names[index].c_str(), name.c_str()) == 0;
+        if (equal) return static_cast<int>(index);
     }
     return -1;
 }

@@ -15,9 +15,8 @@ constexpr auto kVideoPicture = "/Salvor.DcmiModule;component/Resources/video-thu
 class Assets : public testing::Test {
   protected:
     /// Where a backup stores what lies at "domain-path".
-    static std::string storedNameOf(const std::string& location) { return sampleDigest(location); }
     std::string stored(const std::string& location) const {
-        return (folder / storedNameOf(location)).string();
+        return (folder / sampleDigest(location)).string();
     }
     void store(const std::string& location) const { writeWholeFile(stored(location), "x"); }
     Dcmi locate(Layout layout, const std::string& directory, const std::string& file, bool video,
@@ -76,14 +75,6 @@ TEST_F(Assets, HaveTheirPlaceAndMarkByDirectoryAndKind) {
         EXPECT_EQ(asset.DcmiPath, stored(c.prefix + c.directory + "/IMG_1.JPG")) << c.directory;
         EXPECT_EQ(asset.Recovered, c.deleted) << c.directory << (c.video ? " video" : " photo");
     }
-}
-
-TEST_F(Assets, LieInTheSubFoldersOfNewerBackupsToo) {
-    const auto name = storedNameOf("CameraRollDomain-Media/DCIM/a.JPG");
-    std::filesystem::create_directories(folder / name.substr(0, 2));
-    writeWholeFile(folder / name.substr(0, 2) / name, "x");
-    EXPECT_EQ(locate(Layout::Z8, "DCIM", "a.JPG", false).DcmiPath,
-              (folder / name.substr(0, 2) / name).string());
 }
 
 TEST_F(Assets, TakeTheFirstThumbnailThatIsStored) {

@@ -17,8 +17,9 @@ std::vector<int> makeColumn(RandomSource& random) {
                                                       {0, 8, 9, -1},
                                                       {0, -2},
                                                       {7, 0, 1, 2, 3, 4, 5, 6, 8, 9}};
-    if (random.chance(78)) return random.pick(kUsual);
-    if (random.chance(50)) return {-static_cast<int>(random.between(3, 60))};
+    if (random.chance(70)) return random.pick(kUsual);
+    if (random.chance(33)) return {-static_cast<int>(random.between(3, 60))};
+    if (random.chance(50)) return {static_cast<int>(random.between(120, 150)), 131, 133, -160};
     std::vector<int> codes;
     for (auto count = random.between(1, 4); count > 0; --count)
         codes.push_back(static_cast<int>(random.between(-25, 21)));
@@ -51,6 +52,19 @@ PlannedPattern makePattern(RandomSource& random) {
     pattern.hasHeader = !random.chance(4);
     addMappings(random, pattern);
     return pattern;
+}
+
+/// Begins as `pattern` does and goes on otherwise, as a table that grew over the years.
+PlannedPattern relative(RandomSource& random, const PlannedPattern& pattern) {
+    PlannedPattern changed = pattern;
+    const auto count = static_cast<std::int64_t>(pattern.columns.size());
+    const auto kept = random.between(std::min<std::int64_t>(count, 7), count);
+    changed.columns.resize(static_cast<std::size_t>(kept));
+    for (auto more = random.between(0, 6); more > 0; --more)
+        changed.columns.push_back(makeColumn(random));
+    changed.mappings.clear();
+    addMappings(random, changed);
+    return changed;
 }
 
 PlannedPattern stagedPattern(Staged staged) {
@@ -145,6 +159,9 @@ std::vector<PlannedPattern> makePatterns(RandomSource& random) {
     std::vector<PlannedPattern> patterns;
     const auto count = random.chance(50) ? 1 : random.between(2, 4);
     for (std::int64_t i = 0; i < count; ++i) patterns.push_back(makePattern(random));
+    if (!random.chance(30)) return patterns;
+    for (auto relatives = random.chance(10) ? 40 : random.between(1, 6); relatives > 0; --relatives)
+        patterns.push_back(relative(random, random.pick(patterns)));
     return patterns;
 }
 
