@@ -128,13 +128,13 @@ void SalvorAppDelegate::startBackupTask() {
     std::filesystem::create_directories(freshBackup_.root, failed);
     auto* observer = state_.observer;
     if (observer != nullptr) observer->onBackupProgress(-1, "");  // nothing is told yet
-    backupTask_ = std::make_unique<BackupTask>(
+    backupTask_ = std::make_unique<HelperTask>(
         freshBackup_.helper.wordsFor(backupTarget_, freshBackup_.root),
-        [observer](const BackupProgress& progress) {
+        [observer](const HelperProgress& progress) {
             if (observer != nullptr) observer->onBackupProgress(progress.percent, progress.line);
         },
         [this, &loop = MobileDevice_->framework().runLoop(),
-         alive = std::weak_ptr(alive_)](const BackupTaskResult& result) {
+         alive = std::weak_ptr(alive_)](const HelperResult& result) {
             loop.post([this, alive, result] {
                 if (!alive.expired()) backupTaskEnded(result);
             });
@@ -153,7 +153,7 @@ FreshBackup SalvorAppDelegate::waitForBackup() {
     return lastBackup_;
 }
 
-void SalvorAppDelegate::backupTaskEnded(const BackupTaskResult& result) {
+void SalvorAppDelegate::backupTaskEnded(const HelperResult& result) {
     backupTask_.reset();
     const auto end = settleBackup(result);
     if (!end) {
@@ -175,7 +175,7 @@ void SalvorAppDelegate::backupTaskEnded(const BackupTaskResult& result) {
 }
 
 // How the backup ended; nothing when the helper is to be started again.
-std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const BackupTaskResult& result) {
+std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const HelperResult& result) {
     if (result.cancelled) return FreshBackupEnd::Cancelled;
     if (!result.startFailure.empty()) return FreshBackupEnd::NotStarted;
     // What is described is the device that was backed up, not one that came meanwhile.

@@ -1,4 +1,4 @@
-#include "device/BackupTask.h"
+#include "device/HelperTask.h"
 
 #include <chrono>
 #include <csignal>
@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "device/BackupFolderBridge.h"
+#include "device/BackupHelper.h"
 #include "tests/support/Digest.h"
 #include "tests/support/TempFolder.h"
 
@@ -19,15 +20,15 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 struct Outcome {
-    BackupTaskResult result;
-    std::vector<BackupProgress> progress;
+    HelperResult result;
+    std::vector<HelperProgress> progress;
     std::chrono::steady_clock::duration took{};
 };
 
-class BackupTasks : public testing::Test {
+class HelperTasks : public testing::Test {
   protected:
-    BackupTasks() { std::signal(SIGPIPE, SIG_IGN); }  // as the program itself has it
-    ~BackupTasks() override { std::signal(SIGPIPE, SIG_DFL); }
+    HelperTasks() { std::signal(SIGPIPE, SIG_IGN); }  // as the program itself has it
+    ~HelperTasks() override { std::signal(SIGPIPE, SIG_DFL); }
 
     fs::path script(const std::string& text) {
         const fs::path file = folder / "helper";
@@ -39,16 +40,16 @@ class BackupTasks : public testing::Test {
     /// Runs the words to their end; cancels with the first progress.
     static Outcome run(const std::vector<std::string>& words, bool cancels = false) {
         Outcome outcome;
-        std::promise<BackupTaskResult> ended;
+        std::promise<HelperResult> ended;
         std::promise<void> now;
         const auto begin = std::chrono::steady_clock::now();
-        BackupTask task(
+        HelperTask task(
             words,
-            [&](const BackupProgress& progress) {
+            [&](const HelperProgress& progress) {
                 outcome.progress.push_back(progress);
                 if (outcome.progress.size() == 1) now.set_value();
             },
-            [&](const BackupTaskResult& result) { ended.set_value(result); });
+            [&](const HelperResult& result) { ended.set_value(result); });
         if (cancels) {
             now.get_future().wait_for(10s);
             task.cancel();
@@ -86,7 +87,7 @@ const EndCase kEndCases[] = {
     {"leaves a process behind that holds the pipes", "sleep 20 & echo left; exit 0", 0, {}, "left"},
 };
 
-TEST_F(BackupTasks, TellHowTheHelperEnded) {
+TEST_F(HelperTasks, TellHowTheHelperEnded) {
     for (const auto& one : kEndCases) {
         SCOPED_TRACE(one.what);
         const Outcome outcome = run({script(one.script)});
@@ -99,7 +100,7 @@ TEST_F(BackupTasks, TellHowTheHelperEnded) {
     }
 }
 
-TEST_F(BackupTasks, WriteTheFolderAndTellHowFarTheyAre) {
+TEST_F(HelperTasks, WriteTheFolderAndTellHowFarTheyAre) {
     const auto helper = script(
         "mkdir -p \"$2/$1\"; echo Started > /dev/stderr\n"
         "for n in 10 55 100; do printf '\\r[==   ] %s%% Finished' $n; sleep 0.2; done\n"
@@ -117,7 +118,7 @@ TEST_F(BackupTasks, WriteTheFolderAndTellHowFarTheyAre) {
     EXPECT_EQ(outcome.progress.back().line, "Backup Successful.");
 }
 
-TEST_F(BackupTasks, FindThePercentInTheirLines) {
+TEST_F(HelperTasks, FindThePercentInTheirLines) {
     const std::pair<const char*, int> cases[] = {
         {"50% done", 50},     {"[===] 7%", 7},       {"100%", 100}, {"%", -1},   {"none", -1},
         {"a%b 12% c% d", -1}, {"99999999999%", 100}, {"-5%", 5},    {"5 %", -1}, {"0%", 0}};
@@ -131,7 +132,7 @@ TEST_F(BackupTasks, FindThePercentInTheirLines) {
     }
 }
 
-TEST_F(BackupTasks, EndWhenTheyAreCancelled) {
+TEST_F(HelperTasks, EndWhenTheyAreCancelled) {
     const std::pair<const char*, int> cases[] = {
         {"echo now; exec sleep 30", SIGTERM},
         {"trap '' TERM; echo now; while :; do sleep 0.1; done", SIGKILL},
@@ -149,30 +150,30 @@ TEST_F(BackupTasks, EndWhenTheyAreCancelled) {
     EXPECT_EQ(polite.result.exitStatus, 6);
 }
 
-TEST_F(BackupTasks, EndWithTheObject) {
+TEST_F(HelperTasks, EndWithTheObject) {
     const auto begin = std::chrono::steady_clock::now();
-    std::promise<BackupTaskResult> ended;
+    std::promise<HelperResult> ended;
     {
-        const BackupTask task({"sleep", "30"}, nullptr,
-                              [&](const BackupTaskResult& result) { ended.set_value(result); });
+        const HelperTask task({"sleep", "30"}, nullptr,
+                              [&](const HelperResult& result) { ended.set_value(result); });
     }
     EXPECT_TRUE(ended.get_future().get().cancelled);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 8s);
 }
 
-TEST_F(BackupTasks, KeepNothingOfAFloodButItsLastLine) {
+TEST_F(HelperTasks, KeepNothingOfAFloodButItsLastLine) {
     const Outcome outcome =
         run({script("head -c 8000000 /dev/zero | tr '\\0' x\n"
                     "yes 'line 42%' | head -n 400000 & yes error | head -n 400000 >&2; wait\n"
                     "head -c 3000000 /dev/zero | tr '\\0' y >&2; exit 7")});
     EXPECT_EQ(outcome.result.exitStatus, 7);
-    EXPECT_EQ(outcome.result.lastError, std::string(BackupProgress::kMaxLine, 'y'));
+    EXPECT_EQ(outcome.result.lastError, std::string(HelperProgress::kMaxLine, 'y'));
     EXPECT_EQ(outcome.progress.back().percent, 42);
     const auto tenths = static_cast<std::size_t>(outcome.took / 100ms);
     EXPECT_LE(outcome.progress.size(), tenths + 2) << "ten reports a second";
 }
 
-TEST_F(BackupTasks, NameTheProgramThatCannotBeStarted) {
+TEST_F(HelperTasks, NameTheProgramThatCannotBeStarted) {
     writeWholeFile(folder / "plain", "no program");
     fs::permissions(folder / "plain", fs::perms::owner_read);
     const struct {
@@ -219,7 +220,7 @@ bool endsSoon(const std::string& pid) {
     return !runs(pid);
 }
 
-TEST_F(BackupTasks, LeaveNoProcessBehind) {
+TEST_F(HelperTasks, LeaveNoProcessBehind) {
     const std::string pidFile = folder / "pid";
     const std::string leaves = "trap '' TERM HUP; sleep 600 & echo $! > " + pidFile + "; echo now";
     const std::pair<std::string, bool> cases[] = {{leaves + "; exit 3", false},
@@ -237,7 +238,7 @@ TEST_F(BackupTasks, LeaveNoProcessBehind) {
     }
 }
 
-TEST_F(BackupTasks, AllEndAtOnce) {
+TEST_F(HelperTasks, AllEndAtOnce) {
     ChildProcess first({"sleep", "600"});
     ChildProcess second({script("trap '' TERM; while :; do sleep 1; done")});
     ChildProcess done({"true"});
