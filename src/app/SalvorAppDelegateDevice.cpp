@@ -6,6 +6,7 @@
 #include "app/SalvorAppDelegate.h"
 #include "backup/BackupInfoReader.h"
 #include "device/BackupFolderBridge.h"
+#include "device/OpenDevice.h"
 
 namespace salvor {
 namespace {
@@ -27,27 +28,6 @@ constexpr ValueRow kValues[] = {
     {&DeviceInfo::IMSI, "InternationalMobileSubscriberIdentity", true},
     {&DeviceInfo::IMEI, "InternationalMobileEquipmentIdentity", true},
     {&DeviceInfo::ICICD, "IntegratedCircuitCardIdentity", true},
-};
-
-/// One connection and one session for many values.
-class OpenDevice {
-  public:
-    explicit OpenDevice(AMDevice& device)
-        : device_(device),
-          connected_(device.deviceConnect()),
-          started_(connected_ && device.startSession()) {}
-    OpenDevice(const OpenDevice&) = delete;
-    OpenDevice& operator=(const OpenDevice&) = delete;
-    ~OpenDevice() {
-        if (started_) device_.stopSession();
-        if (connected_) device_.deviceDisconnect();
-    }
-    bool readable() const { return started_; }
-
-  private:
-    AMDevice& device_;
-    bool connected_;
-    bool started_;
 };
 
 }  // namespace
@@ -99,9 +79,8 @@ void SalvorAppDelegate::readDeviceValues() {
     std::optional<OpenDevice> open;
     if (mDevice_) open.emplace(*mDevice_);
     for (const auto& row : kValues) {
-        std::optional<AMDeviceValue> value;
-        if (open && open->readable()) value = mDevice_->deviceValueForKey(row.key);
-        Text text = value ? value->text() : std::nullopt;
+        Text text;
+        if (open && open->inSession()) text = textOf(mDevice_->deviceValueForKey(row.key));
         if (text || !row.onlyWhenPresent) device.*row.field = std::move(text);
     }
     const auto folder = folderOfDeviceBackup(freshBackup_.root, device.UniqueDeviceID.value_or(""));

@@ -85,8 +85,4 @@ class UsbFixture : public testing::Test, protected DeviceListener {
     std::uint32_t lastId_ = 100;
 };
 
-inline Text textOf(const std::optional<AMDeviceValue>& value) {
-    return value ? value->text() : std::nullopt;
-}
-
 }  // namespace salvor
