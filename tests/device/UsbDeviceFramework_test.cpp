@@ -129,20 +129,12 @@ std::ptrdiff_t openFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-/// The head of a packet of this length.
-std::string headOf(std::string_view length) {
-    using namespace std::string_literals;
-    return std::string(length) + "\1\0\0\0\10\0\0\0\1\0\0\0"s;
-}
-
 TEST_F(UsbDevices, ADaemonThatIsNoneIsWithstood) {
-    using namespace std::string_view_literals;
+    using namespace std::string_literals;
     const std::pair<const char*, std::string> cases[] = {
-        {"garbage", std::string(16, '\x7f') + "no packet at all"},
         {"hangs up", ""},
-        {"a length of 4 GiB", headOf("\xff\xff\xff\xff"sv) + "<plist>"},
-        {"a length below its head's", headOf("\3\0\0\0"sv) + "<plist>"},
-        {"a list that breaks off", headOf("\34\0\0\0"sv) + "<plist><dict"}};
+        {"garbage", std::string(16, '\x7f') + "no packet at all"},
+        {"a packet of 4 GiB", "\xff\xff\xff\xff\1\0\0\0\10\0\0\0\1\0\0\0<plist>"s}};
     for (const auto& [what, nonsense] : cases) {
         SCOPED_TRACE(what);
         daemon.meetWith(nonsense);
