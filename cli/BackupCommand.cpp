@@ -174,7 +174,7 @@ class BackupRun {
         if (Interrupts::happened()) throw Failure(ExitStatus::Cancelled, "cancelled");
     }
 
-    static bool isWhole(const BackupTaskResult& task) {
+    static bool isWhole(const HelperResult& task) {
         return task.exitStatus == 0 && !task.cancelled;
     }
 
@@ -229,7 +229,7 @@ class BackupRun {
         return isWhole(task) ? ExitStatus::Done : ExitStatus::NoDevice;
     }
 
-    static std::string helperEnd(const BackupTaskResult& task) {
+    static std::string helperEnd(const HelperResult& task) {
         return task.signal
                    ? fmt::format("its helper was ended by signal {}", *task.signal)
                    : fmt::format("its helper ended with status {}", task.exitStatus.value_or(-1));

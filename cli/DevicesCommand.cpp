@@ -12,17 +12,14 @@
 namespace salvor::cli {
 namespace {
 
-Json jsonOf(const Text& text) {
-    return text ? Json(*text) : Json();
-}
-
 void writeJson(const std::vector<DeviceSummary>& devices, std::ostream& out) {
+    using json::fromValue;
     auto array = Json::array();
     for (const auto& one : devices)
-        array.push_back({{"DeviceName", jsonOf(one.DeviceName)},
-                         {"UniqueDeviceID", jsonOf(one.UniqueDeviceID)},
-                         {"ProductType", jsonOf(one.ProductType)},
-                         {"ProductVersion", jsonOf(one.ProductVersion)}});
+        array.push_back({{"DeviceName", fromValue(one.DeviceName)},
+                         {"UniqueDeviceID", fromValue(one.UniqueDeviceID)},
+                         {"ProductType", fromValue(one.ProductType)},
+                         {"ProductVersion", fromValue(one.ProductVersion)}});
     out << jsonText(array);
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "device/UsbDeviceFramework.h"
+#include "device/OpenDevice.h"
 #include "util/StringUtils.h"
 
 namespace salvor {
@@ -10,7 +10,7 @@ namespace salvor {
 DeviceSearch searchDevices(MobileDeviceAccess& devices, const std::stop_token& ended,
                            std::chrono::milliseconds patience) {
     DeviceSearch search;
-    search.daemon = UsbDeviceFramework::attachedDevices(search.attached);
+    search.daemon = listAttachedDevices(search.attached);
     const auto until = std::chrono::steady_clock::now() + patience;
     while (devices.devices().size() + devices.unreachable().size() < search.attached.size()) {
         const auto left =
@@ -34,21 +34,11 @@ DeviceSummary describeDevice(AMDevice& device) {
     DeviceSummary summary;
     summary.DeviceName = device.deviceName();
     summary.UniqueDeviceID = device.udid();
-    if (!device.deviceConnect()) {
-        summary.session = device.lastStatus();
-        return summary;
-    }
-    const bool inSession = device.startSession();
-    if (!inSession) summary.session = device.lastStatus();
-    const auto read = [&device](const char* key) {
-        // Within the session when there is one.
-        const auto value = device.publicValueForKey(key);
-        return value ? value->text() : Text();
-    };
-    summary.ProductType = read("ProductType");
-    summary.ProductVersion = read("ProductVersion");
-    if (inSession) device.stopSession();
-    device.deviceDisconnect();
+    const OpenDevice open(device);
+    summary.session = open.status();
+    if (!open.connected()) return summary;
+    summary.ProductType = textOf(device.publicValueForKey("ProductType"));
+    summary.ProductVersion = textOf(device.publicValueForKey("ProductVersion"));
     return summary;
 }
 

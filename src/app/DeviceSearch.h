@@ -6,14 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "device/DeviceWatch.h"
 #include "device/MobileDeviceAccess.h"
 
 namespace salvor {
 
 /// What the multiplexer daemon says is attached.
 struct DeviceSearch {
-    AMDStatus daemon = kAMDSuccess;     ///< `kAMDNoDaemon` when nobody answers
-    std::vector<std::string> attached;  ///< identifiers, those that cannot be reached included
+    AMDStatus daemon = kAMDSuccess;        ///< `kAMDNoDaemon` when nobody answers
+    std::vector<AttachedDevice> attached;  ///< those that cannot be reached included
 };
 
 /// Waits until every attached device has been announced to `devices`, which must have a listener,

@@ -5,7 +5,8 @@
 #include <string>
 
 #include "backup/BackupStore.h"
-#include "device/BackupTask.h"
+#include "device/BackupHelper.h"
+#include "device/HelperTask.h"
 
 namespace salvor {
 
@@ -44,7 +45,7 @@ enum class FreshBackupEnd {
 
 struct FreshBackup {
     FreshBackupEnd end = FreshBackupEnd::Cancelled;
-    BackupTaskResult task;
+    HelperResult task;
     std::filesystem::path folder;
 };
 

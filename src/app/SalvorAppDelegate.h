@@ -134,8 +134,8 @@ class SalvorAppDelegate : private DeviceListener {
     void chooseFreshBackup(const std::filesystem::path& folder);
     void readDeviceValues();
     void startBackupTask();
-    void backupTaskEnded(const BackupTaskResult& result);
-    std::optional<FreshBackupEnd> settleBackup(const BackupTaskResult& result);
+    void backupTaskEnded(const HelperResult& result);
+    std::optional<FreshBackupEnd> settleBackup(const HelperResult& result);
 
     ScanState state_;
     ServicesFactory makeServices_;
@@ -152,7 +152,7 @@ class SalvorAppDelegate : private DeviceListener {
     std::optional<dataTypeHolder> scanAfterBackup_;
     FreshBackup lastBackup_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();  ///< what the loop still holds asks it
-    std::unique_ptr<BackupTask> backupTask_;
+    std::unique_ptr<HelperTask> backupTask_;
     mutable std::mutex stopMutex_;
     std::stop_source stop_;  ///< of the scan that runs or comes next
     std::jthread signatureThread_;

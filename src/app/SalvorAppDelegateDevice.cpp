@@ -6,6 +6,7 @@
 #include "app/SalvorAppDelegate.h"
 #include "backup/BackupInfoReader.h"
 #include "device/BackupFolderBridge.h"
+#include "device/OpenDevice.h"
 
 namespace salvor {
 namespace {
@@ -27,27 +28,6 @@ constexpr ValueRow kValues[] = {
     {&DeviceInfo::IMSI, "InternationalMobileSubscriberIdentity", true},
     {&DeviceInfo::IMEI, "InternationalMobileEquipmentIdentity", true},
     {&DeviceInfo::ICICD, "IntegratedCircuitCardIdentity", true},
-};
-
-/// One connection and one session for many values.
-class OpenDevice {
-  public:
-    explicit OpenDevice(AMDevice& device)
-        : device_(device),
-          connected_(device.deviceConnect()),
-          started_(connected_ && device.startSession()) {}
-    OpenDevice(const OpenDevice&) = delete;
-    OpenDevice& operator=(const OpenDevice&) = delete;
-    ~OpenDevice() {
-        if (started_) device_.stopSession();
-        if (connected_) device_.deviceDisconnect();
-    }
-    bool readable() const { return started_; }
-
-  private:
-    AMDevice& device_;
-    bool connected_;
-    bool started_;
 };
 
 }  // namespace
@@ -99,9 +79,8 @@ void SalvorAppDelegate::readDeviceValues() {
     std::optional<OpenDevice> open;
     if (mDevice_) open.emplace(*mDevice_);
     for (const auto& row : kValues) {
-        std::optional<AMDeviceValue> value;
-        if (open && open->readable()) value = mDevice_->deviceValueForKey(row.key);
-        Text text = value ? value->text() : std::nullopt;
+        Text text;
+        if (open && open->inSession()) text = textOf(mDevice_->deviceValueForKey(row.key));
         if (text || !row.onlyWhenPresent) device.*row.field = std::move(text);
     }
     const auto folder = folderOfDeviceBackup(freshBackup_.root, device.UniqueDeviceID.value_or(""));
@@ -128,13 +107,13 @@ void SalvorAppDelegate::startBackupTask() {
     std::filesystem::create_directories(freshBackup_.root, failed);
     auto* observer = state_.observer;
     if (observer != nullptr) observer->onBackupProgress(-1, "");  // nothing is told yet
-    backupTask_ = std::make_unique<BackupTask>(
+    backupTask_ = std::make_unique<HelperTask>(
         freshBackup_.helper.wordsFor(backupTarget_, freshBackup_.root),
-        [observer](const BackupProgress& progress) {
+        [observer](const HelperProgress& progress) {
             if (observer != nullptr) observer->onBackupProgress(progress.percent, progress.line);
         },
         [this, &loop = MobileDevice_->framework().runLoop(),
-         alive = std::weak_ptr(alive_)](const BackupTaskResult& result) {
+         alive = std::weak_ptr(alive_)](const HelperResult& result) {
             loop.post([this, alive, result] {
                 if (!alive.expired()) backupTaskEnded(result);
             });
@@ -153,7 +132,7 @@ FreshBackup SalvorAppDelegate::waitForBackup() {
     return lastBackup_;
 }
 
-void SalvorAppDelegate::backupTaskEnded(const BackupTaskResult& result) {
+void SalvorAppDelegate::backupTaskEnded(const HelperResult& result) {
     backupTask_.reset();
     const auto end = settleBackup(result);
     if (!end) {
@@ -175,7 +154,7 @@ void SalvorAppDelegate::backupTaskEnded(const BackupTaskResult& result) {
 }
 
 // How the backup ended; nothing when the helper is to be started again.
-std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const BackupTaskResult& result) {
+std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const HelperResult& result) {
     if (result.cancelled) return FreshBackupEnd::Cancelled;
     if (!result.startFailure.empty()) return FreshBackupEnd::NotStarted;
     // What is described is the device that was backed up, not one that came meanwhile.

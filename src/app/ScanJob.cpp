@@ -134,7 +134,6 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
     application_->applicationDidFinishLaunching(request.signatures);
     application_->ExploreBackupDirectoryWithDataType({request.category, backup->string()});
     application_->waitForSignatures();
-    if (application_->workFolder().made()) outcome.temp = application_->workFolder().path();
     if (!application_->workFolderFailure().empty()) {
         outcome.result = ScanResult::WorkFolderRefused;
         outcome.message = application_->workFolderFailure();

@@ -45,7 +45,6 @@ struct ScanOutcome {
     bool versionUnknown = false;
     VersionFacts versions;  ///< what the property lists name
     std::filesystem::path backup;
-    std::filesystem::path temp;  ///< the work folder of this scan; empty when none was made
 };
 
 /// One scan from a source to its result lists: the whole job for a front end. `runScan` blocks,

@@ -21,7 +21,7 @@ constexpr StatusRow kRows[] = {
     {10, "InvalidResponse", "the device did not understand the request"},
     {11, "MissingKey", "the device has no such value"},
     {12, "MissingValue", "the device has no such value"},
-    {kAMDGetProhibited, "GetProhibited", "the device does not tell this value"},
+    {13, "GetProhibited", "the device does not tell this value"},
     {kAMDPasswordProtected, "PasswordProtected", "the device is locked with its passcode", true},
     {kAMDUserDeniedPairing, "UserDeniedPairing", "this computer was not trusted on the device",
      true},

@@ -12,7 +12,6 @@ using AMDStatus = std::uint32_t;
 
 inline constexpr AMDStatus kAMDSuccess = 0;
 inline constexpr AMDStatus kAMDInvalidAnswer = 3;  ///< an answer that is no property list
-inline constexpr AMDStatus kAMDGetProhibited = 13;
 inline constexpr AMDStatus kAMDPasswordProtected = 17;
 inline constexpr AMDStatus kAMDUserDeniedPairing = 18;
 inline constexpr AMDStatus kAMDPairingPending = 19;

@@ -3,13 +3,6 @@
 #include <fmt/format.h>
 
 namespace salvor {
-namespace {
-
-Text textOf(const std::optional<AMDeviceValue>& value) {
-    return value ? value->text() : std::nullopt;
-}
-
-}  // namespace
 
 std::shared_ptr<AMDevice> AMDevice::initWithDevice(MobileDeviceFramework& framework,
                                                    AMDeviceRef device, std::string& error,

@@ -30,7 +30,8 @@ class AMDevice {
     std::optional<AMDeviceValue> deviceValueForKey(const char* key, const char* domain);
     /// All values of a domain.
     std::optional<AMDeviceValue> allDeviceValuesForDomain(const char* domain);
-    /// What the device tells any computer, trusted or not: read without a session.
+    /// What the device tells any computer, trusted or not: starts no session. Within one that is
+    /// open already it reads what the device tells there.
     std::optional<AMDeviceValue> publicValueForKey(const char* key);
 
     bool deviceConnect();

@@ -28,7 +28,7 @@ class ByteLink {
 
     AMDStatus sendAll(Bytes data, Deadline deadline);
     /// Fills `data` whole.
-    AMDStatus receiveAll(std::span<std::byte> data, Deadline deadline);
+    AMDStatus receiveAll(std::span<std::uint8_t> data, Deadline deadline);
     /// Encrypts what follows; the record names this computer and the device to each other.
     AMDStatus startTls(const PairRecord& record, Deadline deadline);
     bool encrypted() const { return tls_ != nullptr; }
@@ -38,6 +38,10 @@ class ByteLink {
     AMDStatus waitFor(short events, Deadline deadline) const;
     template <class Operation>
     AMDStatus drive(Operation operation, Deadline deadline);
+    /// Moves all of `data` with one of the two, each of which moves what it can.
+    template <class Span, class OverTls, class InTheClear>
+    AMDStatus moveAll(Span data, Deadline deadline, short events, OverTls overTls,
+                      InTheClear inTheClear);
 
     int fd_;
     std::stop_token stop_;

@@ -30,7 +30,8 @@ AMDStatus listAttachedDevices(std::vector<AttachedDevice>& devices) {
     const std::lock_guard lock(muxLibrary());
     usbmuxd_device_info_t* list = nullptr;
     const int count = usbmuxd_get_device_list(&list);
-    if (count < 0) return kAMDNoDaemon;
+    // A daemon that refuses makes it answer with the daemon's error number and no list.
+    if (count < 0 || list == nullptr) return kAMDNoDaemon;
     for (int i = 0; i < std::min(count, kMostDevices); ++i) {
         if (list[i].conn_type != CONNECTION_TYPE_USB) continue;
         const auto& udid = list[i].udid;

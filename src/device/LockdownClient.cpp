@@ -13,12 +13,27 @@ constexpr std::size_t kLengthBytes = 4;
 constexpr std::size_t kChunk = std::size_t{1} << 16;
 constexpr auto kLabel = "salvor";
 
+/// A request on the wire: four bytes of length, the highest first, and an XML property list.
+std::vector<std::uint8_t> requestOf(const LockdownClient::Values& values) {
+    const std::unique_ptr<void, decltype(&plist_free)> list(plist_new_dict(), &plist_free);
+    for (const auto& [key, value] : values)
+        plist_dict_set_item(list.get(), key, plist_new_string(value.c_str()));
+    char* xml = nullptr;
+    std::uint32_t size = 0;
+    plist_to_xml(list.get(), &xml, &size);
+    const std::unique_ptr<char, decltype(&std::free)> owned(xml, &std::free);
+    std::vector<std::uint8_t> bytes(kLengthBytes + size);
+    for (std::size_t i = 0; i < kLengthBytes; ++i)
+        bytes[i] = static_cast<std::uint8_t>(size >> (8 * (kLengthBytes - 1 - i)));
+    std::copy_n(xml, size, bytes.begin() + kLengthBytes);
+    return bytes;
+}
+
 /// The answer's bytes. They are taken in chunks, so that a length alone costs no memory.
 AMDStatus receiveAnswer(ByteLink& link, std::size_t mostBytes, ByteLink::Deadline deadline,
                         std::vector<std::uint8_t>& data) {
     std::uint8_t head[kLengthBytes];
-    const auto headBytes = std::as_writable_bytes(std::span(head));
-    if (const AMDStatus failed = link.receiveAll(headBytes, deadline)) return failed;
+    if (const AMDStatus failed = link.receiveAll(head, deadline)) return failed;
     std::size_t left = 0;
     for (const std::uint8_t byte : head) left = left << 8 | byte;
     if (left > mostBytes) return kAMDInvalidAnswer;
@@ -26,7 +41,7 @@ AMDStatus receiveAnswer(ByteLink& link, std::size_t mostBytes, ByteLink::Deadlin
         const std::size_t begin = data.size();
         const std::size_t part = std::min(left, kChunk);
         data.resize(begin + part);
-        const auto target = std::as_writable_bytes(std::span(data).subspan(begin));
+        const auto target = std::span(data).subspan(begin);
         if (const AMDStatus failed = link.receiveAll(target, deadline)) return failed;
         left -= part;
     }
@@ -48,21 +63,6 @@ AMDStatus statusOfAnswer(const PropertyList& answer) {
 
 }  // namespace
 
-std::vector<std::uint8_t> lockdownRequest(const LockdownClient::Values& values) {
-    const std::unique_ptr<void, decltype(&plist_free)> list(plist_new_dict(), &plist_free);
-    for (const auto& [key, value] : values)
-        plist_dict_set_item(list.get(), key, plist_new_string(value.c_str()));
-    char* xml = nullptr;
-    std::uint32_t size = 0;
-    plist_to_xml(list.get(), &xml, &size);
-    const std::unique_ptr<char, decltype(&std::free)> owned(xml, &std::free);
-    std::vector<std::uint8_t> bytes(kLengthBytes + size);
-    for (std::size_t i = 0; i < kLengthBytes; ++i)
-        bytes[i] = static_cast<std::uint8_t>(size >> (8 * (kLengthBytes - 1 - i)));
-    std::copy_n(xml, size, bytes.begin() + kLengthBytes);
-    return bytes;
-}
-
 AMDStatus LockdownClient::ask(const char* request, Values values, PropertyList& answer) {
     values.emplace_back("Label", kLabel);
     values.emplace_back("Request", request);
@@ -70,7 +70,7 @@ AMDStatus LockdownClient::ask(const char* request, Values values, PropertyList& 
     // taken for the next one's.
     spent_ = true;
     const auto deadline = std::chrono::steady_clock::now() + limits_.answerTime;
-    if (const AMDStatus failed = link_->sendAll(lockdownRequest(values), deadline)) return failed;
+    if (const AMDStatus failed = link_->sendAll(requestOf(values), deadline)) return failed;
     std::vector<std::uint8_t> data;
     if (const AMDStatus failed = receiveAnswer(*link_, limits_.answerBytes, deadline, data))
         return failed;

@@ -53,8 +53,4 @@ class LockdownClient {
     bool spent_ = false;
 };
 
-/// A request or answer of the lockdown service on the wire: four bytes of length, the highest
-/// first, and an XML property list.
-std::vector<std::uint8_t> lockdownRequest(const LockdownClient::Values& values);
-
 }  // namespace salvor

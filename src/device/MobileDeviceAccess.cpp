@@ -22,10 +22,6 @@ MobileDeviceAccess& MobileDeviceAccess::singleton() {
 MobileDeviceAccess::MobileDeviceAccess(std::unique_ptr<MobileDeviceFramework> framework)
     : framework_(std::move(framework)) {}
 
-MobileDeviceAccess::~MobileDeviceAccess() {
-    if (_subscribed) framework_->AMDeviceNotificationUnsubscribe(_notification);
-}
-
 bool MobileDeviceAccess::setListener(DeviceListener* listener) {
     _listener = listener;
     if (listener != nullptr && !_subscribed) {

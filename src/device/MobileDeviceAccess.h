@@ -31,7 +31,7 @@ class MobileDeviceAccess {
     explicit MobileDeviceAccess(std::unique_ptr<MobileDeviceFramework> framework);
     MobileDeviceAccess(const MobileDeviceAccess&) = delete;
     MobileDeviceAccess& operator=(const MobileDeviceAccess&) = delete;
-    ~MobileDeviceAccess();
+    ~MobileDeviceAccess() = default;
 
     /// Sets who is told (not owned, may be null) and subscribes unless that was done. Always true,
     /// deliberately, also when subscribing fails.

@@ -28,15 +28,23 @@ using AMDeviceNotificationCallback = void (*)(const AMDeviceNotificationInfo&, v
 class AMDeviceValue {
   public:
     /// `answer` holds the value under "Value".
-    explicit AMDeviceValue(PropertyList answer) : answer_(std::move(answer)) {}
+    explicit AMDeviceValue(const PropertyList& answer)
+        : text_(answer.scalar("Value")), dictionary_(answer.dictionary("Value")) {}
+    /// A value that is known without the device.
+    explicit AMDeviceValue(std::string text) : text_(std::move(text)) {}
 
-    Text text() const { return answer_.scalar("Value"); }
-    std::optional<bool> boolean() const { return answer_.boolean("Value"); }
-    PropertyList dictionary() const { return answer_.dictionary("Value"); }
+    /// A text, or a number in decimal digits.
+    const Text& text() const { return text_; }
+    const PropertyList& dictionary() const { return dictionary_; }
 
   private:
-    PropertyList answer_;
+    Text text_;
+    PropertyList dictionary_;
 };
+
+inline Text textOf(const std::optional<AMDeviceValue>& value) {
+    return value ? value->text() : std::nullopt;
+}
 
 /// The operations of the platform's device framework that Salvor needs, under their own names. All
 /// are called on one thread, the one that runs `runLoop`; notifications are delivered there.
@@ -47,13 +55,13 @@ class MobileDeviceFramework {
     MobileDeviceFramework& operator=(const MobileDeviceFramework&) = delete;
     virtual ~MobileDeviceFramework() = default;
 
-    /// Calls `callback` with `context` for every arrival and removal from now on; devices that are
-    /// there already arrive first. The two zeros belong to the framework's form.
+    /// Calls `callback` with `context` for every arrival and removal from now on, as long as the
+    /// framework lives; devices that are there already arrive first. The two zeros belong to the
+    /// framework's form.
     virtual AMDStatus AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
                                                     std::uint32_t zero, std::uint32_t otherZero,
                                                     void* context,
                                                     AMDeviceNotificationRef* notification) = 0;
-    virtual AMDStatus AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef notification) = 0;
     virtual AMDStatus AMDeviceConnect(AMDeviceRef device) = 0;
     virtual AMDStatus AMDeviceDisconnect(AMDeviceRef device) = 0;
     virtual AMDStatus AMDeviceStartSession(AMDeviceRef device) = 0;

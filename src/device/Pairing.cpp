@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "device/BackupTask.h"
+#include "device/HelperTask.h"
 
 namespace salvor {
 namespace {
@@ -41,7 +41,7 @@ AMDStatus statusOfNumber(std::string_view line) {
     return number > kAMDSuccess && number < kAMDUnknownError ? number : kAMDUnknownError;
 }
 
-AMDStatus statusOf(const BackupTaskResult& result) {
+AMDStatus statusOf(const HelperResult& result) {
     if (!result.startFailure.empty()) return kAMDNoPairingProgram;
     if (result.signal) return kAMDInvalidAnswer;  // the device's answer was too much for it
     for (const auto& [part, status] : kOutcomes)
@@ -58,9 +58,9 @@ AMDStatus pairWithDevice(const std::string& udid, std::chrono::milliseconds limi
     if (stop.stop_requested()) return kAMDCancelled;
     std::mutex mutex;
     std::condition_variable_any done;
-    std::optional<BackupTaskResult> result;
-    const BackupTask task({kProgram, "--udid", udid, "pair"}, nullptr,
-                          [&](const BackupTaskResult& ended) {
+    std::optional<HelperResult> result;
+    const HelperTask task({kProgram, "--udid", udid, "pair"}, nullptr,
+                          [&](const HelperResult& ended) {
                               const std::lock_guard lock(mutex);
                               result = ended;
                               done.notify_all();

@@ -30,7 +30,7 @@ void RunLoop::stop() {
     wake_.notify_all();
 }
 
-bool RunLoop::run(const std::stop_token& ended, std::optional<std::chrono::milliseconds> limit) {
+void RunLoop::run(const std::stop_token& ended, std::optional<std::chrono::milliseconds> limit) {
     constexpr auto kForever = std::chrono::hours(24 * 365);
     const auto until =
         std::chrono::steady_clock::now() +
@@ -39,8 +39,7 @@ bool RunLoop::run(const std::stop_token& ended, std::optional<std::chrono::milli
     stopped_ = false;
     for (;;) {
         wake_.wait_until(lock, ended, until, [this] { return stopped_ || !pending_.empty(); });
-        if (stopped_) return true;
-        if (pending_.empty() || ended.stop_requested()) return false;
+        if (stopped_ || pending_.empty() || ended.stop_requested()) return;
         const auto work = std::move(pending_.front());
         pending_.pop_front();
         lock.unlock();

@@ -21,8 +21,8 @@ class RunLoop {
     void offer(std::function<void()> work);
 
     /// Runs what is posted until `stop` is called, and is back at once when nothing more can come:
-    /// at the end of `limit` or when `ended` is stopped. Whether `stop` ended it.
-    bool run(const std::stop_token& ended = {},
+    /// at the end of `limit` or when `ended` is stopped.
+    void run(const std::stop_token& ended = {},
              std::optional<std::chrono::milliseconds> limit = std::nullopt);
     /// Ends `run` after the piece of work that calls it.
     void stop();

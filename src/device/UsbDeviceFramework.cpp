@@ -9,6 +9,7 @@
 #include "device/MuxLibrary.h"
 #include "device/PairRecord.h"
 #include "device/Pairing.h"
+#include "util/Utf8.h"
 
 namespace salvor {
 namespace {
@@ -16,32 +17,15 @@ namespace {
 constexpr auto kAddressVariable = "USBMUXD_SOCKET_ADDRESS";
 constexpr AMDeviceNotificationRef kTheSubscription = 1;
 
-/// The value that the multiplexer knows itself, in the form of a device's answer.
-AMDeviceValue valueOf(const std::string& text) {
-    const auto request = lockdownRequest({{"Value", text}});
-    return AMDeviceValue(PropertyList::parse(Bytes(request).subspan(4)));
-}
-
 }  // namespace
 
 UsbDeviceFramework::UsbDeviceFramework(DeviceLimits limits) : limits_(limits) {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-UsbDeviceFramework::~UsbDeviceFramework() {
-    UsbDeviceFramework::AMDeviceNotificationUnsubscribe(kTheSubscription);
-}
-
 std::string UsbDeviceFramework::daemonAddress() {
     const char* given = std::getenv(kAddressVariable);
     return given != nullptr && *given != '\0' ? given : "/var/run/usbmuxd";
-}
-
-AMDStatus UsbDeviceFramework::attachedDevices(std::vector<std::string>& udids) {
-    std::vector<AttachedDevice> devices;
-    const AMDStatus status = listAttachedDevices(devices);
-    for (auto& device : devices) udids.push_back(std::move(device.udid));
-    return status;
 }
 
 AMDStatus UsbDeviceFramework::AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
@@ -61,20 +45,10 @@ AMDStatus UsbDeviceFramework::AMDeviceNotificationSubscribe(AMDeviceNotification
     return kAMDSuccess;
 }
 
-AMDStatus UsbDeviceFramework::AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef) {
-    watch_.reset();
-    callback_ = nullptr;
-    return kAMDSuccess;
-}
-
-void UsbDeviceFramework::tell(AMDeviceRef device, AMDeviceMessage message) {
-    if (callback_ != nullptr) callback_({device, message}, context_);
-}
-
 void UsbDeviceFramework::arrived(const AttachedDevice& attached) {
     const AMDeviceRef device = ++last_;
     devices_[device].device = attached;
-    tell(device, AMDeviceMessage::Connected);
+    callback_({device, AMDeviceMessage::Connected}, context_);
 }
 
 void UsbDeviceFramework::left(const AttachedDevice& attached) {
@@ -83,7 +57,7 @@ void UsbDeviceFramework::left(const AttachedDevice& attached) {
     if (found == devices_.end()) return;
     const AMDeviceRef device = found->first;
     devices_.erase(found);
-    tell(device, AMDeviceMessage::Disconnected);
+    callback_({device, AMDeviceMessage::Disconnected}, context_);
 }
 
 UsbDeviceFramework::Attached* UsbDeviceFramework::find(AMDeviceRef device) {
@@ -162,13 +136,13 @@ std::optional<AMDeviceValue> UsbDeviceFramework::AMDeviceCopyValue(AMDeviceRef d
     PropertyList answer;
     const AMDStatus status = attached->lockdown->getValue(domain, key, answer);
     dropSpent(*attached, status);
-    if (status == kAMDSuccess && answer.has("Value")) return AMDeviceValue(std::move(answer));
+    if (status == kAMDSuccess && answer.has("Value")) return AMDeviceValue(answer);
     // Newer devices tell their identifier to computers that they trust alone.
+    const std::string& udid = attached->device.udid;
     const bool isIdentifier =
         domain == nullptr && key != nullptr && std::string_view(key) == "UniqueDeviceID";
-    return isIdentifier && !attached->device.udid.empty()
-               ? std::optional(valueOf(attached->device.udid))
-               : std::nullopt;
+    if (!isIdentifier || udid.empty() || !isValidUtf8(udid)) return std::nullopt;
+    return AMDeviceValue(udid);
 }
 
 }  // namespace salvor

@@ -5,7 +5,6 @@
 #include <memory>
 #include <stop_token>
 #include <string>
-#include <vector>
 
 #include "device/DeviceWatch.h"
 #include "device/LockdownClient.h"
@@ -19,14 +18,12 @@ namespace salvor {
 class UsbDeviceFramework : public MobileDeviceFramework {
   public:
     explicit UsbDeviceFramework(DeviceLimits limits = {});
-    ~UsbDeviceFramework() override;
 
     /// Succeeds also while no daemon runs: devices arrive once it does.
     AMDStatus AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
                                             std::uint32_t zero, std::uint32_t otherZero,
                                             void* context,
                                             AMDeviceNotificationRef* notification) override;
-    AMDStatus AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef notification) override;
     AMDStatus AMDeviceConnect(AMDeviceRef device) override;
     AMDStatus AMDeviceDisconnect(AMDeviceRef device) override;
     /// Asks the device to trust this computer when it does not yet.
@@ -36,8 +33,6 @@ class UsbDeviceFramework : public MobileDeviceFramework {
                                                    const char* key) override;
     void endWith(std::stop_token stop) override { stop_ = std::move(stop); }
 
-    /// The identifiers of what is attached now. `kAMDNoDaemon` when nobody answers.
-    static AMDStatus attachedDevices(std::vector<std::string>& udids);
     /// Where the daemon is looked for.
     static std::string daemonAddress();
 
@@ -55,7 +50,6 @@ class UsbDeviceFramework : public MobileDeviceFramework {
     static void dropSpent(Attached& device, AMDStatus status);
     void arrived(const AttachedDevice& device);
     void left(const AttachedDevice& device);
-    void tell(AMDeviceRef device, AMDeviceMessage message);
 
     DeviceLimits limits_;
     std::stop_token stop_;
@@ -63,7 +57,7 @@ class UsbDeviceFramework : public MobileDeviceFramework {
     AMDeviceRef last_ = 0;
     AMDeviceNotificationCallback callback_ = nullptr;
     void* context_ = nullptr;
-    std::unique_ptr<DeviceWatch> watch_;
+    std::unique_ptr<DeviceWatch> watch_;  ///< ends before what it tells of
 };
 
 }  // namespace salvor

@@ -25,40 +25,31 @@ constexpr auto kUdid = "00008020-001D2D88ABCDEF01";
 /// The program beside a multiplexer daemon with a telephone behind it.
 class DeviceCommands : public testing::Test {
   protected:
-    DeviceCommands() {
-        ::setenv("USBMUXD_SOCKET_ADDRESS", daemon.address().c_str(), 1);
-        phone = telephone(kUdid, "Anna's iPhone");
-    }
-    ~DeviceCommands() override { ::unsetenv("USBMUXD_SOCKET_ADDRESS"); }
-
     static std::shared_ptr<StandInDevice> telephone(const std::string& udid,
                                                     const std::string& name) {
         auto made = std::make_shared<StandInDevice>(udid, name);
-        made->values["ProductType"] = std::string("iPhone5,1");
-        made->values["ProductVersion"] = std::string("7.1.2");
+        made->values["ProductType"] = "iPhone5,1";
+        made->values["ProductVersion"] = "7.1.2";
         return made;
     }
-    void plugIn() {
-        daemon.keepPairRecord(kUdid, phone->pairRecord());
-        daemon.plugIn(1, phone);
-    }
+    void plugIn() { daemon.plugIn(1, phone); }
     /// The words of a backup by a script that finds the identifier in $1 and the folder in $2.
-    std::vector<std::string> backup(const std::string& script) {
+    std::vector<std::string> backup(const std::string& script, const std::string& udid = kUdid,
+                                    const std::vector<std::string>& more = {}) {
         writeWholeFile(folder / "helper", script);
-        return {"backup",   kUdid,
-                "--root",   root.string(),
-                "--helper", fmt::format("sh {} {{udid}} {{folder}}", (folder / "helper").string())};
+        const auto helper = fmt::format("sh {} {{udid}} {{folder}}", (folder / "helper").string());
+        std::vector<std::string> words{"backup", udid, "--root", root.string(), "--helper", helper};
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
     }
     CommandLine runBackup(const std::string& script, const std::vector<std::string>& more = {}) {
-        auto words = backup(script);
-        words.insert(words.end(), more.begin(), more.end());
-        return runSalvor(words);
+        return runSalvor(backup(script, kUdid, more));
     }
 
     TempFolder folder;
     fs::path root = folder / "backups";
     MuxDaemon daemon;
-    std::shared_ptr<StandInDevice> phone;
+    std::shared_ptr<StandInDevice> phone = telephone(kUdid, "Anna's iPhone");
 };
 
 TEST_F(DeviceCommands, SayWhenNoDaemonRuns) {
@@ -84,11 +75,10 @@ TEST_F(DeviceCommands, ListWhatIsConnected) {
     EXPECT_EQ(run.out,
               "Device         Type       iOS    Identifier\n"
               "Anna's iPhone  iPhone5,1  7.1.2  00008020-001D2D88ABCDEF01\n");
-    const auto list = nlohmann::json::parse(runSalvor({"devices", "--json"}).out);
-    EXPECT_EQ(list, nlohmann::json::parse(
-                        R"([{"DeviceName": "Anna's iPhone", "ProductType": "iPhone5,1",
-                             "UniqueDeviceID": "00008020-001D2D88ABCDEF01",
-                             "ProductVersion": "7.1.2"}])"));
+    EXPECT_EQ(nlohmann::json::parse(runSalvor({"devices", "--json"}).out),
+              nlohmann::json::parse(R"([{"DeviceName": "Anna's iPhone", "ProductType": "iPhone5,1",
+                                         "UniqueDeviceID": "00008020-001D2D88ABCDEF01",
+                                         "ProductVersion": "7.1.2"}])"));
 }
 
 TEST_F(DeviceCommands, TellWhatADeviceWants) {
@@ -103,7 +93,8 @@ TEST_F(DeviceCommands, TellWhatADeviceWants) {
     run = runBackup("exit 0");
     EXPECT_EQ(run.status, 6);
     EXPECT_THAT(run.err, HasSubstr("locked with its passcode"));
-    const auto tablet = telephone("ABCDEF", "Tablet");  // of which nothing is known here
+    const auto tablet = telephone("ABCDEF", "Tablet");
+    tablet->hostID = "";
     tablet->errors["Pair"] = "PairingDialogResponsePending";
     daemon.plugIn(2, tablet);
     run = runSalvor({"devices"});
@@ -113,76 +104,75 @@ TEST_F(DeviceCommands, TellWhatADeviceWants) {
                           "trusted; unlock it, confirm"));
 }
 
-TEST_F(DeviceCommands, BackUpNoDeviceThatIsNotThere) {
-    plugIn();
-    const auto run = runSalvor({"backup", "feed", "--root", root.string()});
-    EXPECT_EQ(run.status, 6);
-    EXPECT_THAT(run.err, HasSubstr("salvor: error: feed: no such device is connected"));
-}
-
-struct BackupCase {
-    const char* script;
-    int status;
-    const char* error;
-};
-
 TEST_F(DeviceCommands, TellHowABackupEnded) {
     plugIn();
-    const BackupCase cases[] = {
-        {"mkdir $2/$1; touch $2/$1/Info.plist; printf '10%%\\r55%%\\r100%%\\n'", 0,
+    const struct {
+        const char* script;
+        int status;
+        bool namesTheFolder;
+        const char* error;
+    } cases[] = {
+        {"echo 'no room'", 6, false,
+         "abcdef01: no backup was written there: its helper ended with status 0 (no room)\n"},
+        {"mkdir $2/$1; touch $2/$1/Info.plist; printf '10%%\\r55%%\\r100%%\\n'", 0, true,
          "Backing up: 100 %\n"},
-        {"echo 'ERROR: device is locked' >&2; exit 1", 6,
+        {"echo 'ERROR: device is locked' >&2; exit 1", 6, false,
          "passcode on the device and or check that iTunes is upto date. (ERROR: device is locked)"},
-        {"echo 'No space left' >&2; exit 255", 6,
+        {"echo 'No space left' >&2; exit 255", 6, true,
          ": the backup may not be whole: its helper ended with status 255 (No space left)\n"},
-        {"kill -SEGV $$", 6, "its helper was ended by signal 11"},
+        {"kill -SEGV $$", 6, true, "its helper was ended by signal 11"},
     };
+    const auto unwritten = runBackup("exit 0", {"--scan"});
+    EXPECT_EQ(unwritten.status, 6);
+    EXPECT_EQ(unwritten.out, "");
     for (const auto& one : cases) {
         SCOPED_TRACE(one.script);
         const auto run = runBackup(one.script);
         EXPECT_EQ(run.status, one.status);
+        EXPECT_EQ(run.out, one.namesTheFolder ? (root / kUdid).string() + '\n' : "");
         EXPECT_THAT(run.err, HasSubstr(one.error));
         EXPECT_THAT(run.err, StartsWith("Making a backup of Anna's iPhone below "));
-        EXPECT_EQ(run.out.empty(), std::string(one.script).find("exit 1") != std::string::npos &&
-                                       run.err.find("Scan it") == std::string::npos);
-    }
-    auto run = runSalvor({"backup", kUdid, "--root", root.string(), "--helper", "/no/helper"});
-    EXPECT_EQ(run.status, 6);
-    EXPECT_THAT(run.err, HasSubstr("could not be started: /no/helper: No such file"));
-    run = runSalvor({"backup", kUdid, "--helper", "  "});
-    EXPECT_EQ(run.status, 2);
-    run = runBackup("exit 0", {"--export", folder.path().string()});
-    EXPECT_EQ(run.status, 2);
-    EXPECT_THAT(run.err, HasSubstr("--export: belongs to a scan, so it needs --scan"));
-}
-
-TEST_F(DeviceCommands, SayWhenNothingWasWritten) {
-    plugIn();
-    for (const auto& more : {std::vector<std::string>{}, {"--scan"}}) {
-        const auto run = runBackup("echo 'no room'; exit 0", more);
-        EXPECT_EQ(run.status, 6);
-        EXPECT_EQ(run.out, "");
-        EXPECT_THAT(run.err, HasSubstr("abcdef01: no backup was written there: its helper ended "
-                                       "with status 0 (no room)\n"));
-    }
-    writeWholeFile(folder / "file", "");
-    for (const fs::path& place : {folder / "file", folder / "file/below", fs::path("/proc/x")}) {
-        const auto run = runSalvor({"backup", kUdid, "--root", place.string()});
-        EXPECT_EQ(run.status, 6);
-        EXPECT_THAT(run.err,
-                    StartsWith("salvor: error: " + place.string() + ": no backup can be written"));
     }
     const auto refused = runBackup("exit 1", {"--quiet"});
     EXPECT_EQ(refused.err, "salvor: error: " + std::string(kPasscodeQuestion) + '\n');
 }
 
+TEST_F(DeviceCommands, SayWhatABackupLacks) {
+    plugIn();
+    daemon.plugIn(2, telephone("../x", "Odd"));
+    writeWholeFile(folder / "file", "");
+    const std::string file = (folder / "file").string();
+    const struct {
+        std::vector<std::string> words;
+        int status;
+        std::string error;
+    } cases[] = {
+        {{"feed"}, 6, "salvor: error: feed: no such device is connected"},
+        {{"../x", "--root", root}, 6, "Odd (../x): no folder can be named so"},
+        {{kUdid, "--root", root, "--helper", "/no/helper"},
+         6,
+         "could not be started: /no/helper: No such file"},
+        {{kUdid, "--helper", "  "}, 2, "--helper: names no program"},
+        {{kUdid, "--export", file}, 2, "--export: belongs to a scan, so it needs --scan"},
+        {{kUdid, "--root", file}, 6, file + ": no backup can be written there"},
+        {{kUdid, "--root", file + "/below"}, 6, file + "/below: no backup can be written there"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.error);
+        auto words = one.words;
+        words.insert(words.begin(), "backup");
+        const auto run = runSalvor(words);
+        EXPECT_EQ(run.status, one.status);
+        EXPECT_EQ(run.out, "");
+        EXPECT_THAT(run.err, HasSubstr(one.error));
+    }
+    EXPECT_FALSE(fs::exists(folder / "x"));
+}
+
 TEST_F(DeviceCommands, NameTheFolderForAShellAndNothingWhenQuiet) {
     const char* udid = "It's 1";
-    const auto odd = telephone(udid, "Odd");
-    daemon.keepPairRecord(udid, odd->pairRecord());
-    daemon.plugIn(1, odd);
-    auto words = backup("mkdir -p \"$2/$1\"");
-    words[1] = "it'S 1";
+    daemon.plugIn(1, telephone(udid, "Odd"));
+    auto words = backup("mkdir -p \"$2/$1\"", "it'S 1");
     auto run = runSalvor(words);
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, (root / udid).string() + '\n');
@@ -191,14 +181,6 @@ TEST_F(DeviceCommands, NameTheFolderForAShellAndNothingWhenQuiet) {
     run = runSalvor(words);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out + run.err, "");
-    const auto escaping = telephone("../x", "Odd");
-    daemon.keepPairRecord("../x", escaping->pairRecord());
-    daemon.plugIn(2, escaping);
-    words[1] = "../x";
-    run = runSalvor(words);
-    EXPECT_EQ(run.status, 6);
-    EXPECT_THAT(run.err, HasSubstr("Odd (../x): no folder can be named so"));
-    EXPECT_FALSE(fs::exists(folder / "x"));
 }
 
 TEST_F(DeviceCommands, AskAtATerminalWhetherToTryAgain) {
@@ -256,19 +238,16 @@ TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     EXPECT_EQ(inside.status, 2);
 }
 
-struct InterruptCase {
-    const char* helper;
-    const char* kill;  ///< what the shell does to $salvor
-    bool tells;
-};
-
 TEST_F(DeviceCommands, EndTheHelperOnInterrupt) {
     plugIn();
-    const InterruptCase cases[] = {
-        {"trap '' INT", "kill -INT $salvor", true},
-        {"trap '' INT", "kill -HUP $salvor", true},
-        // It does not heed being asked to end: the second interrupt takes it along.
-        {"trap '' INT TERM", "kill -INT $salvor; sleep 0.2; kill -INT $salvor", false}};
+    const struct {
+        const char* helper;
+        const char* kill;  ///< what the shell does to $salvor
+        bool tells;
+    } cases[] = {{"trap '' INT", "kill -INT $salvor", true},
+                 {"trap '' INT", "kill -HUP $salvor", true},
+                 // It does not heed being asked to end: the second interrupt takes it along.
+                 {"trap '' INT TERM", "kill -INT $salvor; sleep 0.2; kill -INT $salvor", false}};
     // A shell without job control leaves SIGINT ignored in what it starts beside itself. What
     // nobody has waited for yet ("Z") has ended.
     constexpr auto kScript =

@@ -3,15 +3,13 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "device/MobileDeviceFramework.h"
-#include "tools/sample/PropertyList.h"
 
 namespace salvor {
 
 /// A framework whose devices, statuses and events a test sets. Records the calls, each as
-/// "Operation device domain key" without the framework's prefix; null is "-".
+/// "Operation device domain key" without the framework's prefix, with a comma between; null is "-".
 class FakeFramework : public MobileDeviceFramework {
   public:
     struct Device {
@@ -21,7 +19,7 @@ class FakeFramework : public MobileDeviceFramework {
 
     std::map<AMDeviceRef, Device> devices;
     AMDStatus subscribeStatus = kAMDSuccess;
-    std::vector<std::string> calls;
+    std::string calls;
 
     Device& add(AMDeviceRef device, const std::string& name, const std::string& udid) {
         devices[device].values = {{"- DeviceName", name}, {"- UniqueDeviceID", udid}};
@@ -33,22 +31,16 @@ class FakeFramework : public MobileDeviceFramework {
     void happensLater(AMDeviceMessage message, AMDeviceRef device) {
         runLoop().post([this, message, device] { happens(message, device); });
     }
-    std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
     AMDStatus AMDeviceNotificationSubscribe(AMDeviceNotificationCallback callback,
                                             std::uint32_t zero, std::uint32_t otherZero,
                                             void* context,
                                             AMDeviceNotificationRef* notification) override {
-        calls.push_back("NotificationSubscribe " + std::to_string(zero) + ' ' +
-                        std::to_string(otherZero));
+        note("NotificationSubscribe " + std::to_string(zero) + ' ' + std::to_string(otherZero));
         callback_ = callback;
         context_ = context;
-        if (subscribeStatus == kAMDSuccess) *notification = kNotification;
+        *notification = 77;
         return subscribeStatus;
-    }
-    AMDStatus AMDeviceNotificationUnsubscribe(AMDeviceNotificationRef notification) override {
-        calls.push_back("NotificationUnsubscribe " + std::to_string(notification));
-        return kAMDSuccess;
     }
     AMDStatus AMDeviceConnect(AMDeviceRef device) override { return call("Connect", device); }
     AMDStatus AMDeviceDisconnect(AMDeviceRef device) override { return call("Disconnect", device); }
@@ -62,22 +54,17 @@ class FakeFramework : public MobileDeviceFramework {
                                                    const char* key) override {
         const auto name = [](const char* text) { return std::string(text ? text : "-"); };
         const std::string wanted = name(domain) + ' ' + name(key);
-        calls.push_back("CopyValue " + std::to_string(device) + ' ' + wanted);
+        note("CopyValue " + std::to_string(device) + ' ' + wanted);
         const auto& values = devices.at(device).values;
         const auto found = values.find(wanted);
-        if (found == values.end()) return std::nullopt;
-        PropertyListDictionary answer;
-        const std::string xml = answer.text("Value", found->second).xml();
-        const Bytes bytes{reinterpret_cast<const std::uint8_t*>(xml.data()), xml.size()};
-        return AMDeviceValue(PropertyList::parse(bytes));
+        return found == values.end() ? std::nullopt : std::optional(AMDeviceValue(found->second));
     }
     void endWith(std::stop_token) override {}
 
-    static constexpr AMDeviceNotificationRef kNotification = 77;
-
   private:
+    void note(const std::string& text) { calls += (calls.empty() ? "" : ", ") + text; }
     AMDStatus call(const std::string& operation, AMDeviceRef device) {
-        calls.push_back(operation + ' ' + std::to_string(device));
+        note(operation + ' ' + std::to_string(device));
         const auto found = devices.find(device);
         if (found == devices.end()) return kAMDNoDevice;
         const auto failing = found->second.failing.find(operation);

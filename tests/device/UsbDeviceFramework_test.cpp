@@ -10,44 +10,35 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using UsbDevices = UsbFixture;
+class UsbDevices : public UsbFixture {
+  protected:
+    /// The identifiers of what the daemon lists, or nothing when none answers.
+    static std::optional<Strings> attached() {
+        std::vector<AttachedDevice> devices;
+        if (listAttachedDevices(devices) != kAMDSuccess) return std::nullopt;
+        Strings udids;
+        for (const auto& device : devices) udids.push_back(device.udid);
+        return udids;
+    }
+};
 
 TEST_F(UsbDevices, ComeAndGo) {
-    plugIn(1, phone("Ada"));
+    const auto wireless = phone("Wireless");
+    wireless->connection = "Network";
+    daemon.plugIn(1, wireless);
+    daemon.plugIn(2, phone("Ada"));
     start();
     ASSERT_TRUE(waitForTold(1));
-    plugIn(7, phone("Bert"));
+    daemon.plugIn(7, phone("Bert"));
     ASSERT_TRUE(waitForTold(2));
-    EXPECT_EQ(access->devices()[0]->udid(), "Ada-UDID");
-    EXPECT_EQ(access->devices()[1]->description(), "AMDevice('Bert')");
-    std::vector<std::string> udids;
-    EXPECT_EQ(UsbDeviceFramework::attachedDevices(udids), kAMDSuccess);
-    EXPECT_THAT(udids, ElementsAre("Ada-UDID", "Bert-UDID"));
-    daemon.pullOut(99);  // never plugged in
-    daemon.pullOut(1);
+    EXPECT_EQ(attached(), Strings({"Ada-UDID", "Bert-UDID"}));
+    EXPECT_EQ(access->devices()[1]->udid(), "Bert-UDID");
+    daemon.pullOut(2);
     ASSERT_TRUE(waitForTold(3));
-    EXPECT_THAT(told, ElementsAre("+Ada", "+Bert", "-Ada"));
+    daemon.plugIn(7, phone("Carl"));  // a number used anew is a new device
+    ASSERT_TRUE(waitForTold(5));
+    EXPECT_THAT(told, ElementsAre("+Ada", "+Bert", "-Ada", "-Bert", "+Carl"));
     EXPECT_EQ(access->devices().size(), 1U);
-}
-
-TEST_F(UsbDevices, AreThoseAtACableAlone) {
-    daemon.plugIn(1, phone("Wireless"), "Network");
-    daemon.plugIn(2, phone("Wired"));
-    start();
-    ASSERT_TRUE(waitForTold(1));
-    EXPECT_THAT(told, ElementsAre("+Wired"));
-    std::vector<std::string> udids;
-    EXPECT_EQ(UsbDeviceFramework::attachedDevices(udids), kAMDSuccess);
-    EXPECT_THAT(udids, ElementsAre("Wired-UDID"));
-}
-
-TEST_F(UsbDevices, ANumberUsedAnewIsANewDevice) {
-    start();
-    plugIn(3, phone("Ada"));
-    ASSERT_TRUE(waitForTold(1));
-    plugIn(3, phone("Bert"));
-    ASSERT_TRUE(waitForTold(3));
-    EXPECT_THAT(told, ElementsAre("+Ada", "-Ada", "+Bert"));
 }
 
 struct SessionCase {
@@ -58,65 +49,51 @@ struct SessionCase {
 const SessionCase kSessionCases[] = {
     {"in the clear", false, false}, {"encrypted", true, false}, {"with TLS 1.0", true, true}};
 
-TEST_F(UsbDevices, TellTheirValuesByDomainAndKey) {
+TEST_F(UsbDevices, TellTheirValuesInSessions) {
     for (const auto& one : kSessionCases) {
         SCOPED_TRACE(one.what);
         const auto ada = phone();
         ada->encrypted = one.encrypted;
         ada->onlyTls1 = one.onlyTls1;
+        ada->openValues = {"DeviceName"};
         const auto device = arrived(ada);
         ASSERT_TRUE(device);
-        EXPECT_EQ(textOf(device->deviceValueForKey("ProductVersion")), "9.3.5");
-        const auto will = device->deviceValueForKey("WillEncrypt", "com.apple.mobile.backup");
-        ASSERT_TRUE(will) << device->lasterror();
-        EXPECT_EQ(will->boolean(), true);
+        EXPECT_EQ(device->udid(), "Ada-UDID") << "known where the device does not tell it";
         const auto all = device->allDeviceValuesForDomain("com.apple.mobile.backup");
-        ASSERT_TRUE(all);
+        ASSERT_TRUE(all) << device->lasterror();
         EXPECT_EQ(all->dictionary().text("Version"), "2.4");
         EXPECT_FALSE(all->dictionary().has("ProductVersion"));
-        EXPECT_FALSE(device->deviceValueForKey("WillEncrypt")) << "not of the default domain";
-        EXPECT_FALSE(device->deviceValueForKey("ProductVersion", "com.apple.disk_usage"));
-        EXPECT_EQ(device->lasterror(), "");
+        EXPECT_EQ(textOf(device->deviceValueForKey("Version", "com.apple.mobile.backup")), "2.4");
+        EXPECT_FALSE(device->deviceValueForKey("Version")) << "not of the default domain";
+        EXPECT_EQ(device->lasterror(), "") << "a value that is not there is no failure";
         EXPECT_EQ(textOf(device->publicValueForKey("DeviceName")), "Ada");
         EXPECT_FALSE(device->publicValueForKey("ProductVersion")) << "told in a session alone";
-    }
-}
 
-TEST_F(UsbDevices, SessionsFollowEachOtherOnOneConnection) {
-    for (const auto& one : kSessionCases) {
-        SCOPED_TRACE(one.what);
-        const auto ada = phone();
-        ada->encrypted = one.encrypted;
-        ada->onlyTls1 = one.onlyTls1;
-        const auto device = arrived(ada);
-        ASSERT_TRUE(device);
+        const Strings before = ada->requests();
         ASSERT_TRUE(device->deviceConnect());
         for (const char* key : {"ProductVersion", "ProductType"})
             EXPECT_TRUE(device->deviceValueForKey(key)) << key << device->lasterror();
-        EXPECT_TRUE(device->connected());
         ASSERT_TRUE(device->startSession());
         EXPECT_TRUE(device->deviceValueForKey("ProductType"));
-        EXPECT_TRUE(device->deviceValueForKey("ProductVersion"));
+        EXPECT_TRUE(device->publicValueForKey("ProductVersion")) << "within the session";
         EXPECT_TRUE(device->stopSession());
         EXPECT_TRUE(device->deviceDisconnect());
-        const Strings requests = ada->requests();
-        EXPECT_EQ(std::count(requests.begin(), requests.end(), "StartSession"), 3);
-        EXPECT_EQ(std::count(requests.begin(), requests.end(), "StopSession"), 3);
+        for (const char* request : {"StartSession", "StopSession"}) {
+            const Strings after = ada->requests();
+            EXPECT_EQ(std::count(after.begin(), after.end(), request),
+                      std::count(before.begin(), before.end(), request) + 3);
+        }
     }
 }
 
-TEST_F(UsbDevices, TheIdentifierIsKnownWhereTheDeviceDoesNotTellIt) {
-    const auto ada = phone();
-    ada->openValues = {"DeviceName"};
-    const auto device = arrived(ada);
-    ASSERT_TRUE(device);
-    EXPECT_EQ(device->udid(), "Ada-UDID");
-}
-
-TEST_F(UsbDevices, AreForgottenWhenTheDaemonDiesAndComeBackWithIt) {
-    plugIn(1, phone("Ada"));
-    plugIn(2, phone("Bert"));
+TEST_F(UsbDevices, ComeAndGoWithTheDaemon) {
+    daemon.stop();
+    EXPECT_EQ(attached(), std::nullopt);
     start();
+    EXPECT_TRUE(access->subscribed());
+    daemon.plugIn(1, phone("Ada"));
+    daemon.plugIn(2, phone("Bert"));
+    daemon.start();
     ASSERT_TRUE(waitForTold(2));
     const auto ada = access->devices()[0];
     daemon.stop();
@@ -124,27 +101,13 @@ TEST_F(UsbDevices, AreForgottenWhenTheDaemonDiesAndComeBackWithIt) {
     EXPECT_EQ(ada->lastStatus(), kAMDNotConnected);
     ASSERT_TRUE(waitForTold(4));
     EXPECT_THAT(access->devices(), IsEmpty());
-    std::vector<std::string> udids;
-    EXPECT_EQ(UsbDeviceFramework::attachedDevices(udids), kAMDNoDaemon);
-    EXPECT_THAT(udids, IsEmpty());
     daemon.start();
     ASSERT_TRUE(waitForTold(6));
     EXPECT_THAT(told, ElementsAre("+Ada", "+Bert", "-Ada", "-Bert", "+Ada", "+Bert"));
 }
 
-TEST_F(UsbDevices, ComeWithADaemonThatStartsLater) {
-    daemon.stop();
-    std::vector<std::string> udids;
-    EXPECT_EQ(UsbDeviceFramework::attachedDevices(udids), kAMDNoDaemon);
-    start();
-    EXPECT_TRUE(access->subscribed());
-    plugIn(1, phone());
-    daemon.start();
-    EXPECT_TRUE(waitForTold(1));
-}
-
 TEST_F(UsbDevices, WatchingEndsAndBeginsAgainAtAnyMoment) {
-    plugIn(1, phone());
+    daemon.plugIn(1, phone());
     for (int round = 0; round < 30; ++round) {
         start();
         if (round % 3 == 1) std::this_thread::sleep_for(std::chrono::milliseconds(round / 3));
@@ -156,41 +119,35 @@ TEST_F(UsbDevices, WatchingEndsAndBeginsAgainAtAnyMoment) {
     }
 }
 
-std::size_t openFiles() {
-    std::size_t count = 0;
-    for (const auto& one : std::filesystem::directory_iterator("/proc/self/fd")) {
-        (void)one;
-        ++count;
-    }
-    return count;
+TEST_F(UsbDevices, AreNoneWhereTheDaemonRefusesToListThem) {
+    daemon.plugIn(1, phone());
+    daemon.refuse();
+    EXPECT_EQ(attached(), std::nullopt);
 }
 
-struct DaemonCase {
-    const char* what;
-    DaemonManner manner;
-};
-const DaemonCase kDaemonCases[] = {{"garbage", DaemonManner::Garbage},
-                                   {"hangs up", DaemonManner::HangsUp},
-                                   {"a length of 4 GiB", DaemonManner::HugeLength},
-                                   {"a length below its head's", DaemonManner::SmallLength},
-                                   {"a list that breaks off", DaemonManner::NoList}};
+std::ptrdiff_t openFiles() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
 
 TEST_F(UsbDevices, ADaemonThatIsNoneIsWithstood) {
-    for (const auto& one : kDaemonCases) {
-        SCOPED_TRACE(one.what);
-        daemon.meetWith(one.manner);
-        std::vector<std::string> udids;
-        EXPECT_EQ(UsbDeviceFramework::attachedDevices(udids), kAMDNoDaemon);
-        EXPECT_THAT(udids, IsEmpty());
-        const std::size_t before = openFiles();
-        start();
+    using namespace std::string_literals;
+    const std::pair<const char*, std::string> cases[] = {
+        {"hangs up", ""},
+        {"garbage", std::string(16, '\x7f') + "no packet at all"},
+        {"a packet of 4 GiB", "\xff\xff\xff\xff\1\0\0\0\10\0\0\0\1\0\0\0<plist>"s}};
+    for (const auto& [what, nonsense] : cases) {
+        SCOPED_TRACE(what);
+        daemon.meetWith(nonsense);
+        EXPECT_EQ(attached(), std::nullopt);
+        const auto filesBefore = openFiles();
         const int clientsBefore = daemon.clients();
+        start();
         access->waitForConnection({}, std::chrono::milliseconds(500));
         EXPECT_LT(daemon.clients() - clientsBefore, 200) << "asks without a pause";
-        EXPECT_LT(openFiles(), before + 10) << "loses files";
+        EXPECT_LT(openFiles(), filesBefore + 10) << "loses files";
         EXPECT_THAT(told, IsEmpty());
-        daemon.meetWith(DaemonManner::Honest);
-        plugIn(1, phone());
+        daemon.meetWith(std::nullopt);
+        daemon.plugIn(1, phone());
         EXPECT_TRUE(waitForTold(1)) << "it mends";
         access.reset();
         daemon.pullOut(1);

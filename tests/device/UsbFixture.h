@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdlib>
 #include <functional>
 #include <gmock/gmock.h>
 #include <string>
@@ -18,22 +17,18 @@ class UsbFixture : public testing::Test, protected DeviceListener {
   protected:
     using Strings = std::vector<std::string>;
 
-    UsbFixture() { ::setenv("USBMUXD_SOCKET_ADDRESS", daemon.address().c_str(), 1); }
-    ~UsbFixture() override { ::unsetenv("USBMUXD_SOCKET_ADDRESS"); }
-
     static std::shared_ptr<StandInDevice> phone(const std::string& name = "Ada") {
         auto made = std::make_shared<StandInDevice>(name + "-UDID", name);
         made->values["ProductVersion"] = "9.3.5";
         made->values["ProductType"] = "iPhone5,2";
-        made->values["com.apple.mobile.backup/WillEncrypt"] = true;
         made->values["com.apple.mobile.backup/Version"] = "2.4";
         return made;
     }
-
-    /// Plugs it in; the daemon has the pair record if the device trusts this computer.
-    void plugIn(std::uint32_t id, const std::shared_ptr<StandInDevice>& device) {
-        if (!device->hostID.empty()) daemon.keepPairRecord(device->udid, device->pairRecord());
-        daemon.plugIn(id, device);
+    /// One that does not trust this computer yet.
+    static std::shared_ptr<StandInDevice> stranger() {
+        auto made = phone("Stranger");
+        made->hostID = "";
+        return made;
     }
 
     void start(std::chrono::milliseconds answerTime = std::chrono::seconds(10)) {
@@ -57,16 +52,15 @@ class UsbFixture : public testing::Test, protected DeviceListener {
     bool waitForTold(std::size_t count) {
         return waitUntil([&] { return told.size() >= count; });
     }
-    bool waitForUnreachable() {
-        return waitUntil([&] { return !access->unreachable().empty(); });
-    }
-    /// Plugs a device in and waits for it.
+    /// Plugs a device in, in the place of the one before, and waits for it.
     std::shared_ptr<AMDevice> arrived(const std::shared_ptr<StandInDevice>& device) {
         if (!access) start();
-        plugIn(++lastId_, device);
-        const std::size_t before = access->devices().size();
-        const bool came = waitUntil([&] { return access->devices().size() > before; });
-        return came ? access->devices().back() : nullptr;
+        const auto& all = access->devices();
+        const auto before = all.empty() ? nullptr : all.back();
+        daemon.pullOut(lastId_);
+        daemon.plugIn(++lastId_, device);
+        const bool came = waitUntil([&] { return !all.empty() && all.back() != before; });
+        return came ? all.back() : nullptr;
     }
 
     void deviceConnected(const std::shared_ptr<AMDevice>& device) override {
@@ -84,9 +78,5 @@ class UsbFixture : public testing::Test, protected DeviceListener {
   private:
     std::uint32_t lastId_ = 100;
 };
-
-inline Text textOf(const std::optional<AMDeviceValue>& value) {
-    return value ? value->text() : std::nullopt;
-}
 
 }  // namespace salvor

@@ -11,9 +11,8 @@ struct Identity {
     std::string certificate;
 };
 
-/// Made anew; takes some tenths of a second.
-Identity makeIdentity(const std::string& name);
-/// Made once per process: the computer of the tests, and its stand-in devices.
+/// The computer of the tests, and its stand-in devices. Made once per process, in some tenths of a
+/// second.
 const Identity& hostIdentity();
 const Identity& deviceIdentity();
 

@@ -2,73 +2,54 @@
 
 #include <arpa/inet.h>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 
 namespace salvor {
 namespace {
 
-constexpr std::uint32_t kPlistVersion = 1;
-constexpr std::uint32_t kPlistMessage = 8;
+constexpr auto kAddressVariable = "USBMUXD_SOCKET_ADDRESS";
 constexpr std::uint32_t kLongestRequest = 1U << 20;
 constexpr std::uint16_t kLockdownPort = 62078;
 
-enum Result : std::uint32_t { kOk = 0, kBadCommand = 1, kBadDevice = 2, kRefused = 3 };
+enum Result : std::uint32_t { kOk = 0, kBadCommand = 1, kBadDevice = 2 };
 
-/// The head of a packet; the machine's own order of bytes is the protocol's.
-using Head = std::array<std::uint32_t, 4>;  // length, version, message, tag
+/// The head of a packet: its length, the protocol's version, the kind of message and a tag that its
+/// answer repeats. The machine's own order of bytes is the protocol's.
+using Head = std::array<std::uint32_t, 4>;
 
-std::string packetOf(const Head& head, const std::string& body) {
+std::string packetOf(std::uint32_t tag, const PropertyListDictionary& list) {
+    constexpr std::uint32_t kVersion = 1;
+    constexpr std::uint32_t kPropertyList = 8;
+    const std::string body = list.xml();
+    const Head head{static_cast<std::uint32_t>(sizeof(Head) + body.size()), kVersion, kPropertyList,
+                    tag};
     std::string bytes(sizeof head, '\0');
     std::memcpy(bytes.data(), head.data(), sizeof head);
     return bytes + body;
 }
 
-std::string packetOf(std::uint32_t tag, const PropertyListDictionary& list) {
-    const std::string body = list.xml();
-    const auto length = static_cast<std::uint32_t>(sizeof(Head) + body.size());
-    return packetOf({length, kPlistVersion, kPlistMessage, tag}, body);
-}
-
-std::string resultOf(std::uint32_t tag, Result result) {
+PropertyListDictionary resultOf(Result result) {
     PropertyListDictionary list;
-    return packetOf(tag, list.text("MessageType", "Result").integer("Number", result));
-}
-
-/// What a daemon that is none sends, by its manner.
-std::string nonsense(DaemonManner manner) {
-    switch (manner) {
-        case DaemonManner::Garbage:
-            return std::string(16, '\x7f') + "no packet at all";
-        case DaemonManner::HugeLength:
-            return packetOf({0xffffffffU, kPlistVersion, kPlistMessage, 1}, "<plist>");
-        case DaemonManner::SmallLength:
-            return packetOf({3, kPlistVersion, kPlistMessage, 1}, "<plist>");
-        case DaemonManner::NoList:
-            return packetOf({16 + 12, kPlistVersion, kPlistMessage, 1}, "<plist><dict");
-        default:
-            return {};
-    }
+    list.text("MessageType", "Result").integer("Number", result);
+    return list;
 }
 
 }  // namespace
 
-struct MuxDaemon::Packet {
-    Head head;
-    PropertyList list;
-    std::uint32_t tag() const { return head[3]; }
-};
-
-MuxDaemon::MuxDaemon(DaemonManner manner) : folder_("salvor-mux"), manner_(manner) {
+MuxDaemon::MuxDaemon() {
+    ::setenv(kAddressVariable, ("UNIX:" + (folder_ / "socket").string()).c_str(), 1);
     start();
 }
 
-std::string MuxDaemon::address() const {
-    return "UNIX:" + (folder_ / "socket").string();
+MuxDaemon::~MuxDaemon() {
+    stop();
+    ::unsetenv(kAddressVariable);
 }
 
 void MuxDaemon::start() {
-    listening_ = std::make_shared<Socket>(Socket::listenAt(folder_ / "socket"));
-    accepting_ = std::thread([this, socket = listening_] { acceptClients(*socket); });
+    listening_ = std::make_unique<Socket>(folder_ / "socket");
+    accepting_ = std::thread([this] { acceptClients(); });
 }
 
 void MuxDaemon::stop() {
@@ -79,19 +60,20 @@ void MuxDaemon::stop() {
     listening_.reset();
     {
         const std::lock_guard lock(mutex_);
-        for (const auto& client : clients_) {
-            if (const auto alive = client.lock()) alive->hangUp();
-        }
-        clients_.clear();
-        listeners_.clear();
+        for (const auto& [client, device] : clients_) client->hangUp();
     }
     for (auto& thread : serving_) thread.join();
     serving_.clear();
 }
 
-void MuxDaemon::meetWith(DaemonManner manner) {
+void MuxDaemon::meetWith(std::optional<std::string> nonsense) {
     const std::lock_guard lock(mutex_);
-    manner_ = manner;
+    nonsense_ = std::move(nonsense);
+}
+
+void MuxDaemon::refuse() {
+    const std::lock_guard lock(mutex_);
+    refuses_ = true;
 }
 
 int MuxDaemon::clients() const {
@@ -99,24 +81,18 @@ int MuxDaemon::clients() const {
     return clientCount_;
 }
 
-void MuxDaemon::plugIn(std::uint32_t id, std::shared_ptr<StandInDevice> device,
-                       const std::string& connection) {
+void MuxDaemon::plugIn(std::uint32_t id, const std::shared_ptr<StandInDevice>& device) {
     const std::lock_guard lock(mutex_);
-    const Plugged& plugged = devices_[id] = {std::move(device), connection};
-    tell(attached(id, plugged));
+    devices_[id] = device;
+    if (!device->hostID.empty()) pairRecords_[device->udid] = device->pairRecord();
 }
 
 void MuxDaemon::pullOut(std::uint32_t id) {
     const std::lock_guard lock(mutex_);
     devices_.erase(id);
-    for (const auto& client : clients_) {
-        const auto alive = client.lock();
-        if (!alive) continue;
-        const auto found = connectedTo_.find(alive.get());
-        if (found != connectedTo_.end() && found->second == id) alive->hangUp();
+    for (const auto& [client, device] : clients_) {
+        if (device == id) client->hangUp();
     }
-    PropertyListDictionary list;
-    tell(packetOf(0, list.text("MessageType", "Detached").integer("DeviceID", id)));
 }
 
 void MuxDaemon::keepPairRecord(const std::string& udid, const std::string& record) {
@@ -124,124 +100,93 @@ void MuxDaemon::keepPairRecord(const std::string& udid, const std::string& recor
     pairRecords_[udid] = record;
 }
 
-void MuxDaemon::tell(const std::string& packet) {
-    for (const auto& listener : listeners_) {
-        if (const auto alive = listener.lock()) alive->send(packet);
-    }
-}
-
-PropertyListDictionary MuxDaemon::attachedList(std::uint32_t id, const Plugged& plugged) const {
-    PropertyListDictionary properties;
-    properties.text("ConnectionType", plugged.connection).integer("DeviceID", id);
-    properties.integer("LocationID", 0).integer("ProductID", 0x12a8);
-    properties.text("SerialNumber", plugged.device->udid);
-    properties.data("NetworkAddress", "\x02\x01\x01\x01");
-    PropertyListDictionary list;
-    list.integer("DeviceID", id).text("MessageType", "Attached");
-    list.dictionary("Properties", std::move(properties));
-    return list;
-}
-
-std::string MuxDaemon::attached(std::uint32_t id, const Plugged& plugged) const {
-    return packetOf(0, attachedList(id, plugged));
-}
-
-void MuxDaemon::acceptClients(const Socket& listening) {
-    for (;;) {
-        const auto client = std::make_shared<Socket>(listening.accept());
-        if (!client->valid()) return;
-        meet(client);
-    }
+void MuxDaemon::acceptClients() {
+    while (const auto client = listening_->accept()) meet(client);
 }
 
 void MuxDaemon::meet(const std::shared_ptr<Socket>& client) {
     const std::lock_guard lock(mutex_);
     ++clientCount_;
-    if (manner_ != DaemonManner::Honest) {
-        client->send(nonsense(manner_));
+    if (nonsense_) {
+        client->send(*nonsense_);
         client->hangUp();
         return;
     }
-    clients_.push_back(client);
+    clients_[client] = 0;
     serving_.emplace_back([this, client] {
         serve(client);
         client->hangUp();
         const std::lock_guard again(mutex_);
-        connectedTo_.erase(client.get());
+        clients_.erase(client);
     });
 }
 
 void MuxDaemon::serve(const std::shared_ptr<Socket>& client) {
     for (;;) {
-        const auto head = client->receive(sizeof(Head));
-        if (!head) return;
-        Packet packet;
-        std::memcpy(packet.head.data(), head->data(), sizeof packet.head);
-        if (packet.head[0] < sizeof(Head) || packet.head[0] > kLongestRequest) return;
-        const auto body = client->receive(packet.head[0] - sizeof(Head));
+        const auto bytes = client->receive(sizeof(Head));
+        if (!bytes) return;
+        Head head;
+        std::memcpy(head.data(), bytes->data(), sizeof head);
+        const auto [length, version, message, tag] = head;
+        if (length < sizeof head || length > kLongestRequest) return;
+        const auto body = client->receive(length - sizeof head);
         if (!body) return;
-        packet.list = PropertyList::parse(
+        const auto request = PropertyList::parse(
             {reinterpret_cast<const std::uint8_t*>(body->data()), body->size()});
-        if (!answer(client, packet)) return;
+        if (request.text("MessageType") == "Connect") {
+            const auto device = connect(client, request);
+            client->send(packetOf(tag, resultOf(device ? kOk : kBadDevice)));
+            if (device) device->serve(*client);  // what follows on the connection is the device's
+            return;
+        }
+        if (!client->send(answerTo(tag, request))) return;
     }
 }
 
-bool MuxDaemon::answer(const std::shared_ptr<Socket>& client, const Packet& packet) {
-    const std::string type = packet.list.text("MessageType").value_or("");
-    if (type == "Connect") return connect(*client, packet);
+std::vector<PropertyListDictionary> MuxDaemon::deviceList() const {
+    std::vector<PropertyListDictionary> all;
+    for (const auto& [id, device] : devices_) {
+        PropertyListDictionary properties;
+        properties.integer("DeviceID", id).text("SerialNumber", device->udid);
+        properties.text("ConnectionType", device->connection);
+        properties.data("NetworkAddress", "\x02\x01\x01\x01");
+        all.emplace_back().text("MessageType", "Attached").integer("DeviceID", id);
+        all.back().dictionary("Properties", std::move(properties));
+    }
+    return all;
+}
+
+std::string MuxDaemon::answerTo(std::uint32_t tag, const PropertyList& request) {
     const std::lock_guard lock(mutex_);
-    if (type == "Listen") return listen(client, packet.tag());
-    if (type == "ReadPairRecord") return readPairRecord(*client, packet);
-    if (type == "ListDevices") {
-        std::vector<PropertyListDictionary> all;
-        for (const auto& [id, plugged] : devices_) all.push_back(attachedList(id, plugged));
-        PropertyListDictionary list;
-        return client->send(packetOf(packet.tag(), list.array("DeviceList", std::move(all))));
+    const std::string type = refuses_ ? "" : request.text("MessageType").value_or("");
+    PropertyListDictionary reply;
+    if (type == "ListDevices") return packetOf(tag, reply.array("DeviceList", deviceList()));
+    if (type == "ReadBUID") return packetOf(tag, reply.text("BUID", "BUID"));
+    if (type == "Listen") {  // whoever has got nonsense instead of a list asks so from then on
+        std::string packets = packetOf(tag, resultOf(kOk));
+        for (const auto& device : deviceList()) packets += packetOf(0, device);
+        return packets;
     }
-    if (type == "ReadBUID") {
-        PropertyListDictionary list;
-        return client->send(packetOf(packet.tag(), list.text("BUID", "BUID")));
-    }
+    auto& record = pairRecords_[request.text("PairRecordID").value_or("")];
     if (type == "SavePairRecord") {
-        pairRecords_[packet.list.text("PairRecordID").value_or("")] =
-            packet.list.data("PairRecordData").value_or("");
-        return client->send(resultOf(packet.tag(), kOk));
+        record = request.data("PairRecordData").value_or("");
+        return packetOf(tag, resultOf(kOk));
     }
-    return client->send(resultOf(packet.tag(), kBadCommand));
+    if (type != "ReadPairRecord") return packetOf(tag, resultOf(kBadCommand));
+    if (record.empty()) return packetOf(tag, resultOf(kBadDevice));
+    return packetOf(tag, reply.data("PairRecordData", record));
 }
 
-bool MuxDaemon::listen(const std::shared_ptr<Socket>& client, std::uint32_t tag) {
-    if (!client->send(resultOf(tag, kOk))) return false;
-    for (const auto& [id, plugged] : devices_) {
-        if (!client->send(attached(id, plugged))) return false;
-    }
-    listeners_.push_back(client);
-    return true;
-}
-
-bool MuxDaemon::readPairRecord(const Socket& client, const Packet& packet) {
-    const auto found = pairRecords_.find(packet.list.text("PairRecordID").value_or(""));
-    if (found == pairRecords_.end()) return client.send(resultOf(packet.tag(), kBadDevice));
-    PropertyListDictionary list;
-    return client.send(packetOf(packet.tag(), list.data("PairRecordData", found->second)));
-}
-
-// What follows on the connection is the device's.
-bool MuxDaemon::connect(const Socket& client, const Packet& packet) {
-    const auto id = static_cast<std::uint32_t>(packet.list.integer("DeviceID").value_or(0));
-    const auto port =
-        ntohs(static_cast<std::uint16_t>(packet.list.integer("PortNumber").value_or(0)));
-    std::shared_ptr<StandInDevice> device;
-    {
-        const std::lock_guard lock(mutex_);
-        const auto found = devices_.find(id);
-        if (found != devices_.end()) device = found->second.device;
-        connectedTo_[&client] = id;
-    }
-    if (!device) return client.send(resultOf(packet.tag(), kBadDevice)) && false;
-    if (port != kLockdownPort) return client.send(resultOf(packet.tag(), kRefused)) && false;
-    if (client.send(resultOf(packet.tag(), kOk))) device->serve(client);
-    return false;
+/// The device that the client wants to speak to; null when there is none, or none at that port.
+std::shared_ptr<StandInDevice> MuxDaemon::connect(const std::shared_ptr<Socket>& client,
+                                                  const PropertyList& request) {
+    const auto id = static_cast<std::uint32_t>(request.integer("DeviceID").value_or(0));
+    const auto port = static_cast<std::uint16_t>(request.integer("PortNumber").value_or(0));
+    const std::lock_guard lock(mutex_);
+    const auto found = devices_.find(id);
+    if (found == devices_.end() || ntohs(port) != kLockdownPort) return nullptr;
+    clients_[client] = id;
+    return found->second;
 }
 
 }  // namespace salvor

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,69 +17,52 @@
 
 namespace salvor {
 
-/// How the daemon meets whoever connects.
-enum class DaemonManner {
-    Honest,
-    Garbage,      ///< bytes of no sense, then it hangs up
-    HangsUp,      ///< at once
-    HugeLength,   ///< a packet of 4 GiB that ends after a few bytes
-    SmallLength,  ///< a packet shorter than its own head
-    NoList,       ///< a packet whose property list breaks off
-};
-
-/// A stand-in for the multiplexer daemon, on a socket of its own that clients find through the
-/// variable USBMUXD_SOCKET_ADDRESS: tells of devices plugged in and out, keeps pair records and
-/// connects to the devices' lockdown service.
+/// A stand-in for the multiplexer daemon: lists devices, keeps pair records and connects to the
+/// devices' lockdown service. As long as it lives, clients find it through the variable
+/// USBMUXD_SOCKET_ADDRESS. It runs from the beginning.
 class MuxDaemon {
   public:
-    explicit MuxDaemon(DaemonManner manner = DaemonManner::Honest);
+    MuxDaemon();
     MuxDaemon(const MuxDaemon&) = delete;
     MuxDaemon& operator=(const MuxDaemon&) = delete;
-    ~MuxDaemon() { stop(); }
+    ~MuxDaemon();
 
-    /// The value for the variable.
-    std::string address() const;
     void start();
     /// Hangs up on everybody and takes the socket away.
     void stop();
-    void meetWith(DaemonManner manner);
+    /// Sends `nonsense` to whoever connects from now on and hangs up; without any it is itself.
+    void meetWith(std::optional<std::string> nonsense);
+    /// Refuses every request from now on.
+    void refuse();
 
-    /// `id` is the daemon's own number for the device.
-    void plugIn(std::uint32_t id, std::shared_ptr<StandInDevice> device,
-                const std::string& connection = "USB");
-    /// Tells so also of a device that was never plugged in.
+    /// `id` is the daemon's own number for the device, not 0. It has the pair record of one that
+    /// trusts this computer.
+    void plugIn(std::uint32_t id, const std::shared_ptr<StandInDevice>& device);
+    /// Hangs up on whoever speaks to it.
     void pullOut(std::uint32_t id);
     void keepPairRecord(const std::string& udid, const std::string& record);
+    /// How many have connected so far.
     int clients() const;
 
   private:
-    struct Plugged {
-        std::shared_ptr<StandInDevice> device;
-        std::string connection;
-    };
-    struct Packet;
-
-    void acceptClients(const Socket& listening);
+    void acceptClients();
     void meet(const std::shared_ptr<Socket>& client);
     void serve(const std::shared_ptr<Socket>& client);
-    bool answer(const std::shared_ptr<Socket>& client, const Packet& packet);
-    bool listen(const std::shared_ptr<Socket>& client, std::uint32_t tag);
-    bool readPairRecord(const Socket& client, const Packet& packet);
-    bool connect(const Socket& client, const Packet& packet);
-    std::string attached(std::uint32_t id, const Plugged& plugged) const;
-    PropertyListDictionary attachedList(std::uint32_t id, const Plugged& plugged) const;
-    void tell(const std::string& packet);
+    std::string answerTo(std::uint32_t tag, const PropertyList& request);
+    std::vector<PropertyListDictionary> deviceList() const;
+    std::shared_ptr<StandInDevice> connect(const std::shared_ptr<Socket>& client,
+                                           const PropertyList& request);
 
-    TempFolder folder_;
+    TempFolder folder_{"salvor-mux"};
     mutable std::mutex mutex_;
-    DaemonManner manner_;
+    std::optional<std::string> nonsense_;
+    bool refuses_ = false;
     int clientCount_ = 0;
-    std::map<std::uint32_t, Plugged> devices_;
+    std::map<std::uint32_t, std::shared_ptr<StandInDevice>> devices_;
     std::map<std::string, std::string> pairRecords_;
-    std::vector<std::weak_ptr<Socket>> clients_;
-    std::vector<std::weak_ptr<Socket>> listeners_;
-    std::map<const Socket*, std::uint32_t> connectedTo_;
-    std::shared_ptr<Socket> listening_;
+    /// With the device that each speaks to, 0 for none.
+    std::map<std::shared_ptr<Socket>, std::uint32_t> clients_;
+    std::unique_ptr<Socket> listening_;
     std::thread accepting_;
     std::vector<std::thread> serving_;
 };

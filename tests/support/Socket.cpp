@@ -8,32 +8,50 @@
 #include <unistd.h>
 
 namespace salvor {
+namespace {
 
-Socket Socket::listenAt(const std::filesystem::path& path) {
-    Socket made(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+/// Whoever signed the certificate: which one it is, is looked at after the handshake.
+int acceptAny(int, X509_STORE_CTX*) {
+    return 1;
+}
+
+tls::Context contextFor(const Identity& own, bool onlyTls1) {
+    tls::Context context(SSL_CTX_new(TLS_server_method()));
+    SSL_CTX_set_security_level(context.get(), 0);
+    SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
+    if (onlyTls1) SSL_CTX_set_max_proto_version(context.get(), TLS1_VERSION);
+    SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT,
+                       &acceptAny);
+    SSL_CTX_use_certificate(context.get(), tls::certificateOf(own.certificate).get());
+    SSL_CTX_use_PrivateKey(context.get(), tls::privateKeyOf(own.privateKey).get());
+    return context;
+}
+
+}  // namespace
+
+Socket::Socket(const std::filesystem::path& path)
+    : fd_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    constexpr int kWaiting = 64;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    const std::string name = path.string();
-    if (name.size() >= sizeof address.sun_path)
-        throw std::system_error(ENAMETOOLONG, std::generic_category(), name);
-    std::memcpy(address.sun_path, name.c_str(), name.size() + 1);
-    ::unlink(name.c_str());
-    constexpr int kWaiting = 64;
-    if (::bind(made.fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(made.fd_, kWaiting) != 0)
-        throw std::system_error(errno, std::generic_category(), name);
-    return made;
+    path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+    if (::bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(fd_, kWaiting) != 0)
+        throw std::system_error(errno, std::generic_category(), path.string());
 }
 
 Socket::~Socket() {
-    if (fd_ >= 0) ::close(fd_);
+    tls_.reset();
+    ::close(fd_);
 }
 
-Socket Socket::accept() const {
-    return Socket(::accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC));
+std::shared_ptr<Socket> Socket::accept() const {
+    const int fd = ::accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC);
+    return fd < 0 ? nullptr : std::make_shared<Socket>(fd);
 }
 
-bool Socket::send(std::string_view bytes) const {
+bool Socket::send(std::string_view bytes) {
+    if (tls_) return SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size())) > 0;
     while (!bytes.empty()) {
         const auto count = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (count < 0 && errno != EINTR) return false;
@@ -42,19 +60,35 @@ bool Socket::send(std::string_view bytes) const {
     return true;
 }
 
-std::optional<std::string> Socket::receive(std::size_t size) const {
-    std::string bytes;
-    char chunk[4096];
-    while (bytes.size() < size) {
-        const auto count = ::recv(fd_, chunk, std::min(sizeof chunk, size - bytes.size()), 0);
-        if (count == 0 || (count < 0 && errno != EINTR)) return std::nullopt;
-        if (count > 0) bytes.append(chunk, static_cast<std::size_t>(count));
+std::optional<std::string> Socket::receive(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t at = 0; at < size;) {
+        const auto count = tls_ ? SSL_read(tls_.get(), &bytes[at], static_cast<int>(size - at))
+                                : ::recv(fd_, &bytes[at], size - at, 0);
+        if (count <= 0) return std::nullopt;
+        at += static_cast<std::size_t>(count);
     }
     return bytes;
 }
 
 void Socket::hangUp() const {
     ::shutdown(fd_, SHUT_RDWR);
+}
+
+bool Socket::startTls(const Identity& own, const std::string& peerCertificate, bool onlyTls1) {
+    tls::Session session(SSL_new(contextFor(own, onlyTls1).get()));
+    SSL_set_fd(session.get(), fd_);
+    if (SSL_accept(session.get()) != 1) return false;
+    const tls::Certificate shown(SSL_get1_peer_certificate(session.get()));
+    const auto expected = tls::certificateOf(peerCertificate);
+    if (!shown || !expected || X509_cmp(shown.get(), expected.get()) != 0) return false;
+    tls_ = std::move(session);
+    return true;
+}
+
+void Socket::stopTls() {
+    if (tls_) SSL_shutdown(tls_.get());
+    tls_.reset();
 }
 
 }  // namespace salvor

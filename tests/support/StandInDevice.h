@@ -3,47 +3,38 @@
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
-#include "tests/support/ServiceLink.h"
+#include "tests/support/Socket.h"
 #include "tools/sample/PropertyList.h"
 #include "util/PropertyList.h"
 
 namespace salvor {
 
+/// A property list as the lockdown service sends it: behind its length.
+std::string framed(const std::string& list);
+
 /// How a device answers a request wrongly.
-enum class DeviceFault {
-    HangsUp,           ///< instead of an answer
-    HangsUpInLength,   ///< after two bytes of the length
-    HangsUpInAnswer,   ///< in its middle
-    Garbage,           ///< right length, no property list
-    HugeLength,        ///< 4 GiB, and then nothing
-    FloodsHugeLength,  ///< 4 GiB, and as much of it as is taken
-    Truncated,         ///< a property list that breaks off
-    NoDictionary,      ///< a property list of another kind
-    OtherRequest,      ///< the answer to nothing that was asked
-    DripFed,           ///< a byte now and then
-    Late,              ///< right, after `lateness`
-    Silent,            ///< never
+struct DeviceFault {
+    std::optional<std::string> bytes;      ///< instead of the right answer
+    bool hangsUp = false;                  ///< afterwards; otherwise it waits for the next request
+    std::chrono::milliseconds before{0};   ///< before the first byte
+    std::chrono::milliseconds between{0};  ///< the bytes come singly, with this pause
 };
 
 /// A device's lockdown service as the tests need it: who it is, sessions in the clear and
 /// encrypted, values by domain and key, pairing. Set it up before it is plugged in.
 class StandInDevice {
   public:
-    struct Data {
-        std::string bytes;
-    };
-    using Value = std::variant<std::string, bool, Data>;
-
     StandInDevice(std::string identifier, const std::string& name);
 
     std::string udid;
+    std::string connection = "USB";  ///< to the daemon; "Network" is the other one
     /// By key, or by "domain/key".
-    std::map<std::string, Value> values;
+    std::map<std::string, std::string> values;
     /// What it tells outside a session.
     std::set<std::string> openValues{"DeviceName", "UniqueDeviceID", "DevicePublicKey"};
     bool encrypted = false;
@@ -55,27 +46,28 @@ class StandInDevice {
     std::map<std::string, std::string> errors;
     /// By request, or by "GetValue key".
     std::map<std::string, DeviceFault> faults;
-    std::chrono::milliseconds lateness{0};
 
-    /// What the trusted computer keeps of it, an XML property list.
-    std::string pairRecord() const;
+    /// What the trusted computer keeps of it, an XML property list, with its own key or another.
+    std::string pairRecord(const std::string& key = hostIdentity().privateKey) const;
     /// Serves a computer until it goes.
-    void serve(const Socket& socket);
+    void serve(Socket& link);
     /// What was asked so far: "Request", "GetValue domain/key".
     std::vector<std::string> requests() const;
-    int connections() const;
 
   private:
-    struct Talk;
+    /// One computer's connection to the service.
+    struct Talk {
+        Socket& link;
+        std::string session;
+    };
     bool answerOne(Talk& talk);
-    bool answer(Talk& talk, const PropertyList& request, PropertyListDictionary& reply);
-    void getValue(const Talk& talk, const PropertyList& request, PropertyListDictionary& reply);
-    void startSession(Talk& talk, const PropertyList& request, PropertyListDictionary& reply);
-    void pair(const PropertyList& request);
+    PropertyListDictionary answerTo(const PropertyList& request, Talk& talk);
+    void getValue(const PropertyList& request, const Talk& talk, PropertyListDictionary& reply);
+    void startSession(const PropertyList& request, Talk& talk, PropertyListDictionary& reply);
 
     mutable std::mutex mutex_;  ///< for what several connections change
     std::vector<std::string> requests_;
-    int connections_ = 0;
+    int sessions_ = 0;
 };
 
 }  // namespace salvor

@@ -111,6 +111,14 @@ TEST_F(PhotoLibrary, PassesOverRowsWithoutNamesAndKeepsThoseWithoutUsableDates) 
     }
 }
 
+// Blanks too many and one too few: deliberate, the statements are kept as they have always been.
+TEST(AssetStatement, IsFixedToTheLetter) {
+    EXPECT_THAT(assetStatement(Layout::Z16),
+                testing::HasSubstr("ZFILENAME, zgenericasset.ZTRASHEDSTATE,DATETIME("));
+    EXPECT_THAT(assetStatement(Layout::Plain),
+                testing::HasSubstr("FROM ZGENERICASSET  WHERE   zgenericasset.ZFILENAME"));
+}
+
 TEST(KnownVideoFormat, GoesByTheExtension) {
     for (const char* name : {"IMG_1.MOV", "a.b.mp4", ".m4v", "x.3gP"})
         EXPECT_TRUE(IsKnownVideoFormat(name)) << name;
