@@ -32,7 +32,7 @@ constexpr std::array<std::uint8_t, 16> kBitOf{1, 2, 4, 8, 16, 32, 64, 128,
     return _mm256_shuffle_epi8(repeated256(kBitOf), high);
 }
 
-// All ones where a byte belongs to the set.
+// A byte's own bit where it belongs to the set, else 0.
 [[gnu::target("avx2")]] inline __m256i members256(const NibbleTables& set, __m256i bytes,
                                                   __m256i bit) {
     // A shuffle gives 0 for a byte whose highest bit is set.
@@ -41,7 +41,7 @@ constexpr std::array<std::uint8_t, 16> kBitOf{1, 2, 4, 8, 16, 32, 64, 128,
         const __m256i flipped = _mm256_xor_si256(bytes, _mm256_set1_epi8(-128));
         entry = _mm256_or_si256(entry, _mm256_shuffle_epi8(repeated256(set.above), flipped));
     }
-    return _mm256_cmpeq_epi8(_mm256_and_si256(entry, bit), bit);
+    return _mm256_and_si256(entry, bit);
 }
 
 [[gnu::target("avx2")]] bool avx2Blocks(const NibbleTables& wanted, Bytes data,
@@ -76,8 +76,8 @@ constexpr std::array<std::uint8_t, 16> kBitOf{1, 2, 4, 8, 16, 32, 64, 128,
         const __m256i firstBit = highBits256(first);
         const __m256i secondBit = highBits256(second);
         for (const NibbleTables& set : sets) {
-            *mask++ =
-                bitsOf256(members256(set, first, firstBit), members256(set, second, secondBit));
+            *mask++ = bitsOf256(_mm256_cmpeq_epi8(members256(set, first, firstBit), firstBit),
+                                _mm256_cmpeq_epi8(members256(set, second, secondBit), secondBit));
         }
         *mask++ = bitsOf256(first, second);
     }
