@@ -80,11 +80,10 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
         if (!answered) {
             const Pattern& pattern = patterns_[i];
             if (families_[pattern.family].patterns.isKnownToLack(pattern.number, offset)) continue;
-            const MatchResult result = search(pattern, offset, memory.position);
+            std::int64_t position = 0;
+            const MatchResult result = search(pattern, offset, position);
             if (result == MatchResult::ReadFailed) return result;
-            memory.known = true;
-            memory.none = result == MatchResult::None;
-            memory.from = offset;
+            memory = {true, result == MatchResult::None, offset, position};
         }
         if (memory.none) continue;
         return tryPosition(patterns_[i].compiled, memory.position, &found);

@@ -1,0 +1,40 @@
+#include "carving/PatternMatcher.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "tests/support/Signatures.h"
+
+namespace salvor {
+namespace {
+
+class PatternMatcherTest : public ::testing::Test {
+  protected:
+    void search(const TablePatterns& patterns, Bytes region) {
+        matcher_.use(patterns);
+        matcher_.begin(region);
+    }
+    /// Where a header was found, or -1.
+    std::int64_t positionFrom(std::int64_t offset) {
+        SQLiteTableHeaderInfo found;
+        if (matcher_.find(offset, found) != MatchResult::Found) return -1;
+        EXPECT_EQ(found.tablePattern->headerPattern, expected_);
+        return found.HeaderStartIndex;
+    }
+
+    PatternMatcher matcher_;
+    std::string expected_;
+};
+
+TEST_F(PatternMatcherTest, FindsWhatStandsInFrontOfAFailedRead) {
+    expected_ = "[0];[8];[9]";
+    std::vector<std::uint8_t> region(64);
+    region[21] = 8;
+    region[22] = 9;
+    search({makePattern(expected_)}, region);
+    for (const auto& [offset, position] : {std::pair(0, 20), {21, -1}, {5, 20}})
+        EXPECT_EQ(positionFrom(offset), position) << offset;
+}
+
+}  // namespace
+}  // namespace salvor
