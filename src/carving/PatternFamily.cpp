@@ -53,6 +53,17 @@ void PatternFamily::startAt(std::int64_t position) {
     seen_ = position;
 }
 
+void PatternFamily::remember(const Hit& hit) {
+    // Some pattern may fit at every byte, and each of many families would keep them all.
+    if (hits_.size() == kMostHits) {
+        hits_.clear();
+        found_ = 0;
+        from_ = hit.position;
+    }
+    hits_.push_back(hit);
+    found_ |= hit.fits | hit.unsure;
+}
+
 const PatternFamily::Hit* PatternFamily::next(unsigned pattern, std::int64_t position,
                                               const CandidateMap& map, Bytes region) {
     if (position < from_ || (position > seen_ && !exhausted_)) startAt(position);
@@ -61,7 +72,10 @@ const PatternFamily::Hit* PatternFamily::next(unsigned pattern, std::int64_t pos
         std::lower_bound(hits_.begin(), hits_.end(), position,
                          [](const Hit& hit, std::int64_t wanted) { return hit.position < wanted; });
     for (auto i = static_cast<std::size_t>(known - hits_.begin());; ++i) {
-        if (i == hits_.size() && !lookOn(map, region)) return nullptr;
+        if (i == hits_.size()) {
+            if (!lookOn(map, region)) return nullptr;
+            i = hits_.size() - 1;
+        }
         if (((hits_[i].fits | hits_[i].unsure) & bit) != 0) return &hits_[i];
     }
 }
@@ -78,8 +92,7 @@ bool PatternFamily::lookOn(const CandidateMap& map, Bytes region) {
         if (exhausted_) break;
         const Hit hit = look(position, region);
         if ((hit.fits | hit.unsure) == 0) continue;
-        found_ |= hit.fits | hit.unsure;
-        hits_.push_back(hit);
+        remember(hit);
         return true;
     }
     return false;

@@ -17,6 +17,8 @@ class PatternFamily {
   public:
     using Set = std::uint32_t;
     static constexpr std::size_t kMost = 32;
+    /// So many hits are remembered; the next one makes it forget them.
+    static constexpr std::size_t kMostHits = 1024;
 
     /// A position at which something may have been found.
     struct Hit {
@@ -39,7 +41,8 @@ class PatternFamily {
     /// Forgets what was found: another region follows.
     void begin() { startAt(0); }
     /// The first hit for a pattern at or behind `position`, 0 or more, or null. `map` holds the
-    /// candidates of `region`. Every position is looked at once, whichever pattern asks first.
+    /// candidates of `region`. As long as no hit is forgotten every position is looked at once,
+    /// whichever pattern asks first.
     const Hit* next(unsigned pattern, std::int64_t position, const CandidateMap& map, Bytes region);
 
   private:
@@ -54,6 +57,7 @@ class PatternFamily {
 
     Hit look(std::int64_t position, Bytes region) const;
     void startAt(std::int64_t position);
+    void remember(const Hit& hit);
     /// Looks at the following candidates until something is found; false at the region's end.
     bool lookOn(const CandidateMap& map, Bytes region);
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "carving/PatternFamily.h"
 #include "tests/support/Signatures.h"
 
 namespace salvor {
@@ -25,6 +26,20 @@ class PatternMatcherTest : public ::testing::Test {
     PatternMatcher matcher_;
     std::string expected_;
 };
+
+TEST_F(PatternMatcherTest, FindsEveryHeaderWhereMoreFitThanAreRemembered) {
+    // The first of two that begin alike fits nowhere; the second wherever there is room for it.
+    const std::string begin = "[0];[0];[0];[0];[0];";
+    const std::string zeros = "[0];[0];[0];[0];[0];[0];[0];[0];[0];[0]";
+    expected_ = begin + "[0];" + zeros;
+    const std::vector<std::uint8_t> region(3 * PatternFamily::kMostHits);
+    search({makePattern(begin + "[9];" + zeros), makePattern(expected_)}, region);
+    const auto most = static_cast<std::int64_t>(PatternFamily::kMostHits);
+    for (const std::int64_t offset : {2 * most, most + 1, 2 * most + 5, std::int64_t{0}, most - 1})
+        EXPECT_EQ(positionFrom(offset), offset);
+    for (std::int64_t offset = 0; offset < 2 * most; ++offset)
+        ASSERT_EQ(positionFrom(offset), offset);
+}
 
 TEST_F(PatternMatcherTest, FindsWhatStandsInFrontOfAFailedRead) {
     expected_ = "[0];[8];[9]";
