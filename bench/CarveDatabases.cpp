@@ -5,7 +5,7 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "carving/SqLiteTableSignaturesParser.h"
+#include "carving/signatures/SqLiteTableSignaturesParser.h"
 #include "tools/sample/SqliteFile.h"
 
 namespace salvor::bench {

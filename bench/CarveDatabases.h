@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 
 namespace salvor::bench {
 

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "CarveDatabases.h"
-#include "carving/PatternMatcher.h"
 #include "carving/TableCarver.h"
+#include "carving/search/PatternMatcher.h"
 #include "util/MappedFile.h"
 
 namespace salvor::bench {

@@ -13,7 +13,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "backup/PictureSweep.h"
+#include "backup/extraction/PictureSweep.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/state/DeviceInfo.h"
+#include "records/DeviceInfo.h"
 
 namespace salvor::cli {
 

@@ -7,7 +7,7 @@
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
 #include "device/UsbDeviceFramework.h"
-#include "export/RecordJson.h"
+#include "report/RecordJson.h"
 
 namespace salvor::cli {
 namespace {

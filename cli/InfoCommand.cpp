@@ -8,7 +8,7 @@
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
-#include "export/ScanReport.h"
+#include "report/ScanReport.h"
 
 namespace salvor::cli {
 namespace {

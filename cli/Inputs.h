@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 #include "cli/Console.h"
 
 namespace salvor::cli {

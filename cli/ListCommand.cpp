@@ -7,7 +7,7 @@
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
-#include "export/ScanReport.h"
+#include "report/ScanReport.h"
 #include "util/FileUtils.h"
 
 namespace salvor::cli {

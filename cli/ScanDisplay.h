@@ -7,9 +7,9 @@
 #include <string_view>
 #include <thread>
 
-#include "app/state/ScanObserver.h"
-#include "app/state/ScanState.h"
 #include "cli/Console.h"
+#include "scan/ScanObserver.h"
+#include "scan/ScanState.h"
 
 namespace spdlog {
 class logger;

@@ -6,7 +6,7 @@
 #include "cli/DisplayText.h"
 #include "cli/TextTable.h"
 #include "export/ExportCommands.h"
-#include "export/ScanReport.h"
+#include "report/ScanReport.h"
 #include "util/FileUtils.h"
 
 namespace salvor::cli {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/state/ScanState.h"
 #include "cli/Console.h"
 #include "cli/ExitStatus.h"
 #include "cli/ScanOptions.h"
+#include "scan/ScanState.h"
 
 namespace salvor::cli {
 

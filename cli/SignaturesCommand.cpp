@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "carving/SignatureListing.h"
+#include "carving/signatures/SignatureListing.h"
 #include "cli/Command.h"
 #include "cli/DisplayText.h"
 #include "cli/Failure.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 #include "reference/literal_pattern.h"
 
 namespace salvor::fuzz {

@@ -3,11 +3,11 @@
 #include <set>
 #include <utility>
 
-#include "carving/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
-#include "carving/MessageChatHandleJoinSQLiteRecovery.h"
-#include "carving/MessageChatMessageJoinSQLiteRecovery.h"
-#include "carving/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
-#include "carving/MessageHandleSQLiteRecovery.h"
+#include "recovery/messages/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
+#include "recovery/messages/MessageChatHandleJoinSQLiteRecovery.h"
+#include "recovery/messages/MessageChatMessageJoinSQLiteRecovery.h"
+#include "recovery/messages/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
+#include "recovery/messages/MessageHandleSQLiteRecovery.h"
 
 namespace salvor {
 namespace {

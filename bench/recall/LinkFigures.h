@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 #include "tools/sample/SampleBackup.h"
 
 namespace salvor {

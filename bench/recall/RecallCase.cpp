@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <vector>
 
-#include "app/state/ScanState.h"
 #include "bench/recall/FreeSpaceMap.h"
 #include "bench/recall/LinkFigures.h"
-#include "carving/MessagesSQLiteRecovery.h"
-#include "services/database/DAOs.h"
+#include "live/DAOs.h"
+#include "recovery/messages/MessagesSQLiteRecovery.h"
+#include "scan/ScanState.h"
 #include "tools/sample/Digest.h"
 
 namespace salvor {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "bench/recall/LinkFigures.h"
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 #include "tools/sample/SampleBackup.h"
 
 namespace salvor {

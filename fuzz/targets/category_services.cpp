@@ -3,15 +3,15 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
-#include "app/state/ScanState.h"
-#include "backup/CategoryDatabases.h"
-#include "backup/LiveCategories.h"
-#include "export/ScanReport.h"
+#include "backup/extraction/CategoryDatabases.h"
+#include "backup/extraction/LiveCategories.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
+#include "live/DatabaseNames.h"
+#include "report/ScanReport.h"
+#include "scan/ScanState.h"
 #include "services/DcimService.h"
 #include "services/ServiceMakers.h"
-#include "services/database/DatabaseNames.h"
 
 using namespace salvor;
 

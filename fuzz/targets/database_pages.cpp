@@ -1,8 +1,8 @@
 // Database header and page walk over a whole file. Files that are small enough are carved by the
 // literal engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way;
 // the upper six bits of the second narrow the patterns to a version.
-#include "carving/SQLiteHeader.h"
 #include "carving/TableCarver.h"
+#include "carving/format/SQLiteHeader.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "reference/case_report.h"

@@ -1,5 +1,5 @@
 // The dictionary of words that a keyboard learned.
-#include "backup/KeyboardDictionary.h"
+#include "backup/extraction/KeyboardDictionary.h"
 #include "fuzz/Target.h"
 #include "util/Utf8.h"
 

@@ -3,7 +3,7 @@
 #include <zlib.h>
 
 #include "fuzz/Target.h"
-#include "services/database/NoteText.h"
+#include "live/NoteText.h"
 #include "util/Utf8.h"
 
 using namespace salvor;

@@ -1,7 +1,7 @@
 // Property lists, XML and binary, and what their readers make of them.
 #include <array>
 
-#include "backup/PropertyListReaders.h"
+#include "backup/extraction/PropertyListReaders.h"
 #include "fuzz/Target.h"
 #include "util/PropertyList.h"
 #include "util/PropertyListGuard.h"

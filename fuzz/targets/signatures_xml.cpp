@@ -1,8 +1,8 @@
 // The signatures file: XML, patterns, and what the matcher makes of patterns nobody would write.
 #include <array>
 
-#include "carving/PatternMatcher.h"
-#include "carving/SqLiteTableSignaturesParser.h"
+#include "carving/search/PatternMatcher.h"
+#include "carving/signatures/SqLiteTableSignaturesParser.h"
 #include "fuzz/Target.h"
 
 using namespace salvor;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

@@ -6,12 +6,12 @@
 
 #include "app/ScanFailure.h"
 #include "app/SignatureFile.h"
+#include "app/recovery/ServicesManagerRunner.h"
 #include "backup/BackupInfoReader.h"
 #include "backup/BackupStore.h"
-#include "backup/LiveCategories.h"
-#include "carving/SqLiteTableSignatures.h"
-#include "recovery/ServicesManagerRunner.h"
-#include "services/database/DAOs.h"
+#include "backup/extraction/LiveCategories.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
+#include "live/DAOs.h"
 
 namespace salvor {
 namespace {

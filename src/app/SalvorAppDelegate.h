@@ -11,12 +11,12 @@
 #include <thread>
 
 #include "app/FreshBackup.h"
-#include "app/state/ScanState.h"
-#include "backup/CategoryExtraction.h"
-#include "backup/WorkFolder.h"
+#include "app/recovery/RecoveryWindowController.h"
+#include "app/recovery/ServiceRunner.h"
+#include "backup/extraction/CategoryExtraction.h"
+#include "backup/extraction/WorkFolder.h"
 #include "device/MobileDeviceAccess.h"
-#include "recovery/RecoveryWindowController.h"
-#include "recovery/ServiceRunner.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

@@ -7,7 +7,7 @@
 #include "app/SalvorAppDelegate.h"
 #include "backup/BackupPaths.h"
 #include "backup/BackupStore.h"
-#include "backup/LiveCategories.h"
+#include "backup/extraction/LiveCategories.h"
 
 namespace salvor {
 namespace {

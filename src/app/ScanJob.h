@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "app/state/ScanObserver.h"
-#include "app/state/ScanState.h"
 #include "backup/BackupInfoReader.h"
+#include "scan/ScanObserver.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

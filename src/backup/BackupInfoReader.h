@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <filesystem>
 
-#include "app/state/DeviceInfo.h"
-#include "app/state/ScanState.h"
+#include "records/DeviceInfo.h"
+#include "scan/ScanState.h"
 #include "util/Text.h"
 
 namespace salvor {

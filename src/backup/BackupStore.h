@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/state/DeviceInfo.h"
+#include "records/DeviceInfo.h"
 
 namespace salvor {
 

@@ -1,6 +1,6 @@
 #include "carving/AbstractSqLiteRecovery.h"
 
-#include "services/database/FMDBUtils.h"
+#include "sql/FMDBUtils.h"
 #include "util/MappedFile.h"
 
 namespace salvor {

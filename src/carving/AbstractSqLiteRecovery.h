@@ -7,18 +7,18 @@
 #include <stop_token>
 #include <string>
 
-#include "app/state/ScanState.h"
 #include "carving/CarvingProgress.h"
-#include "carving/FreeblockChain.h"
-#include "carving/PatternMatcher.h"
 #include "carving/RecordLoopStates.h"
 #include "carving/RowIdIndex.h"
-#include "carving/SQLiteHeader.h"
-#include "carving/SQLiteTableHeaderInfo.h"
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/format/FreeblockChain.h"
+#include "carving/format/SQLiteHeader.h"
+#include "carving/search/PatternMatcher.h"
+#include "carving/search/SQLiteTableHeaderInfo.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 #include "records/ColumnValue.h"
 #include "records/List.h"
 #include "records/baseRecoveryObject.h"
+#include "scan/ScanState.h"
 #include "util/Bytes.h"
 
 namespace salvor {

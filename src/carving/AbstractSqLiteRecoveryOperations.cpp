@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "carving/AbstractSqLiteRecovery.h"
-#include "carving/SQLiteUtils.h"
+#include "carving/format/SQLiteUtils.h"
 
 namespace salvor {
 namespace {

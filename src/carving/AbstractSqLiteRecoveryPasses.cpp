@@ -1,7 +1,7 @@
 // The walk over the file: which pages are looked at, and which bytes of a page are searched.
 #include "carving/AbstractSqLiteRecovery.h"
-#include "carving/PointerMapPage.h"
-#include "carving/SQLiteUtils.h"
+#include "carving/format/PointerMapPage.h"
+#include "carving/format/SQLiteUtils.h"
 
 namespace salvor {
 namespace {

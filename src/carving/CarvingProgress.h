@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

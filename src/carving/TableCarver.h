@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
 #include "records/ColumnValue.h"
 #include "records/RecordOrigin.h"
 

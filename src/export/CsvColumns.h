@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 #include <string>
 
-#include "app/state/ScanState.h"
 #include "export/CsvWriter.h"
+#include "scan/ScanState.h"
 #include "util/DateUtils.h"
 
 /// The columns of every exported file, a table per record class.

@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "app/state/ScanState.h"
 #include "export/CsvWriter.h"
+#include "scan/ScanState.h"
 #include "util/FileUtils.h"
 #include "util/ReadableFile.h"
 #include "util/StringUtils.h"

@@ -5,9 +5,9 @@
 #include <span>
 #include <system_error>
 
-#include "app/state/ScanState.h"
 #include "export/CsvColumns.h"
 #include "export/CsvWriter.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 namespace {

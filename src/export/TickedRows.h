@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

@@ -1,10 +1,10 @@
 #include "services/CalendarsService.h"
 
-#include "recovery/carvers/AppointmentsSQLiteRecovery.h"
+#include "live/DAOs.h"
+#include "live/DatabaseNames.h"
+#include "live/RowReading.h"
+#include "recovery/AppointmentsSQLiteRecovery.h"
 #include "services/PersonStatement.h"
-#include "services/database/DAOs.h"
-#include "services/database/DatabaseNames.h"
-#include "services/database/RowReading.h"
 #include "util/DateUtils.h"
 
 namespace salvor {

@@ -1,8 +1,8 @@
 #include "services/CallHistoryService.h"
 
-#include "recovery/carvers/CallCarver.h"
-#include "services/database/DatabaseNames.h"
-#include "services/database/RowReading.h"
+#include "live/DatabaseNames.h"
+#include "live/RowReading.h"
+#include "recovery/CallCarver.h"
 
 namespace salvor {
 namespace {

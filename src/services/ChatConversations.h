@@ -8,7 +8,7 @@
 #include "records/List.h"
 #include "records/Message.h"
 #include "services/ContactLookup.h"
-#include "services/database/FMDBUtils.h"
+#include "sql/FMDBUtils.h"
 
 namespace salvor {
 

@@ -4,9 +4,9 @@
 #include <exception>
 #include <system_error>
 
-#include "app/state/ListLock.h"
 #include "backup/cameraroll/AssetFiles.h"
 #include "backup/cameraroll/PhotoLibrary.h"
+#include "scan/ListLock.h"
 
 namespace salvor {
 namespace {

@@ -1,7 +1,7 @@
 #include "services/MessageServices.h"
 
-#include "services/database/SqlFormat.h"
 #include "services/messageServicesIOS7_8.h"
+#include "sql/SqlFormat.h"
 #include "util/iPhoneNumberUtils.h"
 
 namespace salvor {

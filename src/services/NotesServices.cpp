@@ -2,8 +2,8 @@
 
 #include <unordered_set>
 
-#include "services/database/DatabaseNames.h"
-#include "services/database/RowReading.h"
+#include "live/DatabaseNames.h"
+#include "live/RowReading.h"
 
 namespace salvor {
 namespace {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <unordered_map>
 
-#include "recovery/carvers/NoteBodiesSQLiteRecovery.h"
-#include "recovery/carvers/NotesSQLiteRecovery.h"
+#include "recovery/NoteBodiesSQLiteRecovery.h"
+#include "recovery/NotesSQLiteRecovery.h"
 #include "services/abstractServices.h"
 
 namespace salvor {

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <string_view>
 
-#include "services/database/DatabaseNames.h"
+#include "live/DatabaseNames.h"
 #include "util/StoredName.h"
 
 namespace salvor {

@@ -5,8 +5,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "carving/WhatsAppMessagesSQLiteRecovery.h"
 #include "records/WhatsAppContact.h"
+#include "recovery/WhatsAppMessagesSQLiteRecovery.h"
 #include "services/abstractServices.h"
 
 namespace salvor {

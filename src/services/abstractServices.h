@@ -6,10 +6,10 @@
 #include <stop_token>
 #include <string>
 
-#include "app/state/ScanState.h"
 #include "records/List.h"
 #include "records/baseRecoveryObject.h"
-#include "services/database/FMDBUtils.h"
+#include "scan/ScanState.h"
+#include "sql/FMDBUtils.h"
 
 namespace salvor {
 

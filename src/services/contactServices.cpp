@@ -3,12 +3,12 @@
 #include <array>
 #include <system_error>
 
-#include "recovery/carvers/ContactSearchsSQLiteRecovery.h"
-#include "recovery/carvers/ContactsSQLiteRecovery.h"
+#include "live/ContactDetails.h"
+#include "live/DatabaseNames.h"
+#include "live/RowReading.h"
+#include "recovery/ContactSearchsSQLiteRecovery.h"
+#include "recovery/ContactsSQLiteRecovery.h"
 #include "services/PersonStatement.h"
-#include "services/database/ContactDetails.h"
-#include "services/database/DatabaseNames.h"
-#include "services/database/RowReading.h"
 
 namespace salvor {
 namespace {

@@ -1,6 +1,6 @@
 #include "services/messageServicesIOS4.h"
 
-#include "carving/MessagesIOS4SQLiteRecovery.h"
+#include "recovery/messages/MessagesIOS4SQLiteRecovery.h"
 
 namespace salvor {
 

@@ -1,6 +1,6 @@
 #include "services/messageServicesIOS5_6.h"
 
-#include "carving/MessagesIOS5_6SQLiteRecovery.h"
+#include "recovery/messages/MessagesIOS5_6SQLiteRecovery.h"
 
 namespace salvor {
 

@@ -2,12 +2,12 @@
 
 #include <fmt/format.h>
 
-#include "carving/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
-#include "carving/MessageChatHandleJoinSQLiteRecovery.h"
-#include "carving/MessageChatMessageJoinSQLiteRecovery.h"
-#include "carving/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
-#include "carving/MessageHandleSQLiteRecovery.h"
-#include "carving/MessagesSQLiteRecovery.h"
+#include "recovery/messages/MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery.h"
+#include "recovery/messages/MessageChatHandleJoinSQLiteRecovery.h"
+#include "recovery/messages/MessageChatMessageJoinSQLiteRecovery.h"
+#include "recovery/messages/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
+#include "recovery/messages/MessageHandleSQLiteRecovery.h"
+#include "recovery/messages/MessagesSQLiteRecovery.h"
 #include "services/ChatConversations.h"
 #include "util/StringUtils.h"
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"

@@ -8,7 +8,7 @@
 #include <optional>
 #include <set>
 
-#include "export/ScanReport.h"
+#include "report/ScanReport.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/BoundedRun.h"
 #include "tests/support/Damage.h"

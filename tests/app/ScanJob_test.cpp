@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <thread>
 
-#include "export/ScanReport.h"
+#include "report/ScanReport.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"

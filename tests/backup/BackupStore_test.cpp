@@ -4,7 +4,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "backup/WorkFolder.h"
+#include "backup/extraction/WorkFolder.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/PropertyList.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "CarvingFixture.h"
+#include "tests/carving/CarvingFixture.h"
 
 namespace salvor::testing {
 namespace {

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CarvingFixture.h"
 #include "carving/AbstractSQLiteRecoveryFullSearch.h"
+#include "tests/carving/CarvingFixture.h"
 
 namespace salvor::testing {
 namespace {

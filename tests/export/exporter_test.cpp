@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/state/ScanState.h"
 #include "export/ExportCommands.h"
+#include "scan/ScanState.h"
 #include "tests/export/TempFolder.h"
 
 namespace salvor {

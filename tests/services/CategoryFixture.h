@@ -1,7 +1,7 @@
 #pragma once
 
+#include "live/DatabaseNames.h"
 #include "services/abstractServices.h"
-#include "services/database/DatabaseNames.h"
 #include "tests/support/ScanFixture.h"
 #include "tests/support/Signatures.h"
 #include "tests/support/Told.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 #include "util/iPhoneNumberUtils.h"
 
 namespace salvor {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/state/ScanState.h"
+#include "scan/ScanState.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/SqliteFile.h"

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "app/state/ScanState.h"
-#include "carving/SqLiteTableSignatures.h"
+#include "carving/signatures/SqLiteTableSignatures.h"
+#include "scan/ScanState.h"
 
 namespace salvor {
 

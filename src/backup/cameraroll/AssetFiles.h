@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "app/state/BackupFiles.h"
 #include "backup/cameraroll/Dcmi.h"
 #include "backup/cameraroll/PhotoLibrary.h"
+#include "scan/BackupFiles.h"
 
 namespace salvor {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "backup/cameraroll/Dcmi.h"
-#include "services/database/FMDBUtils.h"
+#include "sql/FMDBUtils.h"
 
 namespace salvor {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/state/ScanState.h"
 #include "carving/TableCarver.h"
+#include "scan/ScanState.h"
 
 namespace salvor::reference {
 

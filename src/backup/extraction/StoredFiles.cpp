@@ -1,0 +1,86 @@
+#include "backup/extraction/StoredFiles.h"
+
+#include <algorithm>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace salvor {
+namespace {
+
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
+
+int openFolder(int parent, const char* path, int flags) {
+    // O_NOATIME is refused for folders of other owners; the plain open is then the fall-back.
+    const int folder = ::openat(parent, path, flags | O_NOATIME);
+    return folder >= 0 ? folder : ::openat(parent, path, flags);
+}
+
+struct CloseFolder {
+    void operator()(DIR* stream) const { ::closedir(stream); }
+};
+
+unsigned char typeOf(DIR* stream, const dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type;
+    // Some file systems do not tell the type along with the name.
+    struct stat info {};
+    if (::fstatat(::dirfd(stream), entry.d_name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return DT_UNKNOWN;
+    return static_cast<unsigned char>(IFTODT(info.st_mode));
+}
+
+bool isTwoDigits(std::string_view name) {
+    return name.size() == 2 && name.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+}  // namespace
+
+StoredFiles::StoredFiles(const std::filesystem::path& backup)
+    : folder_(openFolder(AT_FDCWD, backup.c_str(), kFolderFlags)) {
+    if (folder_ < 0) return;
+    std::vector<std::string> subFolders;
+    list("", &subFolders);
+    for (const auto& subFolder : subFolders) list(subFolder, nullptr);
+    std::sort(starts_.begin(), starts_.end(), [this](std::size_t a, std::size_t b) {
+        return std::strcmp(names_.data() + a, names_.data() + b) < 0;
+    });
+}
+
+StoredFiles::~StoredFiles() {
+    if (folder_ >= 0) ::close(folder_);
+}
+
+std::optional<ReadableFile> StoredFiles::open(std::size_t index) const {
+    return ReadableFile::openIn(folder_, name(index));
+}
+
+void StoredFiles::list(const std::string& subFolder, std::vector<std::string>* subFolders) {
+    const char* path = subFolder.empty() ? "." : subFolder.c_str();
+    const int folder = openFolder(folder_, path, kFolderFlags | O_NOFOLLOW);
+    if (folder < 0) return;
+    const std::unique_ptr<DIR, CloseFolder> stream(::fdopendir(folder));
+    if (stream == nullptr) {
+        ::close(folder);
+        return;
+    }
+    while (const dirent* entry = ::readdir(stream.get())) {
+        const unsigned char type = typeOf(stream.get(), *entry);
+        if (type == DT_REG) {
+            add(subFolder, entry->d_name);
+        } else if (type == DT_DIR && subFolders != nullptr && isTwoDigits(entry->d_name)) {
+            subFolders->emplace_back(entry->d_name);
+        }
+    }
+}
+
+void StoredFiles::add(const std::string& subFolder, const char* name) {
+    starts_.push_back(names_.size());
+    if (!subFolder.empty()) names_.append(subFolder).append("/");
+    names_.append(name, std::strlen(name) + 1);
+}
+
+}  // namespace salvor

@@ -1,0 +1,122 @@
+#include <array>
+
+#include "live/ContactDetails.h"
+#include "live/DAOs.h"
+#include "live/RowDates.h"
+#include "live/RowReading.h"
+#include "sql/SqlFormat.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kPersons = "SELECT * FROM ABPerson";
+constexpr auto kValuesOfRecord = "SELECT * FROM ABMultiValue WHERE Record_Id = ?";
+constexpr auto kPhoneValues = "SELECT * FROM ABMultiValue WHERE property = 3";
+constexpr auto kContactRowIds = "SELECT ROWID,First FROM ABPerson";
+// No such column: the statement never prepares, as it always did.
+constexpr auto kContactExists = "SELECT * FROM ABPerson WHERE ROW_ID = ?";
+constexpr auto kNameForAddress =
+    "SELECT First as Name FROM ABMultiValue  INNER JOIN ABPerson ON ABMultiValue.record_id = "
+    "ABPerson.ROWID WHERE REPLACE(REPLACE(REPLACE(REPLACE(REPLACE(value ,')' "
+    ",''),'+',''),'-',''),' ',''),'(','') \t  Like '%%%@'";
+
+struct TextColumn {
+    const char* column;
+    Text Contact::*member;
+};
+
+constexpr std::array<TextColumn, 23> kTextColumns = {
+    {{"First", &Contact::FirstName},
+     {"First", &Contact::OriginalFirstName},
+     {"Last", &Contact::LastName},
+     {"Last", &Contact::OriginalLastName},
+     {"Middle", &Contact::MiddleName},
+     {"FirstPhonetic", &Contact::FirstPhonetic},
+     {"MiddlePhonetic", &Contact::MiddlePhonetic},
+     {"LastPhonetic", &Contact::LastPhonetic},
+     {"Organization", &Contact::Organization},
+     {"Department", &Contact::Department},
+     {"Note", &Contact::Note},
+     {"Birthday", &Contact::Birthday},
+     {"JobTitle", &Contact::JobTitle},
+     {"Nickname", &Contact::Nickname},
+     {"Nickname", &Contact::NickName},
+     {"Prefix", &Contact::Prefix},
+     {"Suffix", &Contact::Suffix},
+     {"DisplayName", &Contact::DisplayName},
+     {"ExternalIdentifier", &Contact::ExternalIdentifier},
+     {"ExternalModificationTag", &Contact::ExternalModificationTag},
+     {"ExternalUUID", &Contact::ExternalUUID},
+     {"ImageURI", &Contact::ImageUri},
+     {"guid", &Contact::Guid}}};
+
+void fillPerson(const ResultSet& row, Contact& contact) {
+    contact.RowId = row.longLongIntForColumn("ROWID");
+    for (const auto& [column, member] : kTextColumns) {
+        contact.*member = row.stringForColumn(column);
+    }
+    contact.CreationDate = textOfReferenceColumn(row, "CreationDate");
+    contact.ModificationDate = textOfReferenceColumn(row, "ModificationDate");
+    contact.CreatedDate = contact.CreationDate;
+    contact.ModifiedDate = contact.ModificationDate;
+    contact.OriginalCreationDate = row.doubleForColumn("CreationDate");
+    contact.OriginalModificationDate = row.doubleForColumn("ModificationDate");
+}
+
+std::vector<ContactValue> cleaned(std::vector<ContactValue> values) {
+    for (auto& value : values) {
+        const bool isPhone = value.property == static_cast<std::int64_t>(ContactProperty::Phone);
+        if (isPhone && value.value) {
+            value.value = DAOs::removeSpecialCharsFromString(*value.value);
+        }
+    }
+    return values;
+}
+
+}  // namespace
+
+List<Contact> DAOs::GetContacts() {
+    const auto database = openCategory(state_.ADDRESSBOOK_DATABASE);
+    auto list = readRows<Contact>(database->executeQuery(kPersons), fillPerson);
+    numberRows(list);
+    fillContactDetails(*database, list);
+    append(state_.AllContactContent, list);
+    state_.ContactCount = static_cast<std::int32_t>(list.size());
+    return list;
+}
+
+std::vector<ContactValue> DAOs::GetContactProperty(std::int64_t recordId) {
+    return cleaned(readContactValues(
+        open(state_.ADDRESSBOOK_DATABASE)->executeQuery(kValuesOfRecord, {recordId})));
+}
+
+std::vector<ContactValue> DAOs::GetContactPhoneNum(std::int64_t recordId) {
+    auto values =
+        cleaned(readContactValues(open(state_.ADDRESSBOOK_DATABASE)->executeQuery(kPhoneValues)));
+    // The statement reads the numbers of all persons.
+    std::erase_if(values,
+                  [recordId](const ContactValue& value) { return value.recordId != recordId; });
+    return values;
+}
+
+std::map<std::int64_t, Text> DAOs::GetAllContactRowID() {
+    return textsByRowId(state_.ADDRESSBOOK_DATABASE, kContactRowIds, "First");
+}
+
+bool DAOs::isDeletedContacted(std::int64_t rowId) {
+    return hasRow(state_.ADDRESSBOOK_DATABASE, kContactExists, {rowId});
+}
+
+Text DAOs::GetNameForAddress(const Text& number) {
+    auto rows =
+        open(state_.ADDRESSBOOK_DATABASE)->executeQuery(formatSql(kNameForAddress, {number}));
+    return rows.next() ? rows.stringForColumn("Name") : std::nullopt;
+}
+
+std::string DAOs::removeSpecialCharsFromString(const std::string& text) {
+    std::string kept = text;
+    std::erase_if(kept, [](char c) { return c == '(' || c == ')' || c == '-' || c == ' '; });
+    return kept;
+}
+
+}  // namespace salvor

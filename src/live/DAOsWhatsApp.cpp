@@ -1,0 +1,96 @@
+#include <string_view>
+#include <unordered_map>
+
+#include "live/DAOs.h"
+#include "live/RowReading.h"
+#include "sql/SqlFormat.h"
+#include "util/DateUtils.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kMessages = "SELECT * FROM ZWAMESSAGE ORDER BY ZMESSAGEDATE ASC";
+constexpr auto kMessagesOf =
+    "SELECT ZMESSAGEDATE,ZFROMJID,ZTOJID,ZTEXT FROM ZWAMESSAGE WHERE ZTEXT <>'' AND (ZFROMJID = ? "
+    "OR ZPUSHNAME = ?)";
+constexpr auto kContactName =
+    "SELECT ZPARTNERNAME as CONTACTNAME FROM ZWACHATSESSION WHERE ZCONTACTJID = ?";
+constexpr auto kRowIds = "SELECT Z_PK as ROWID  FROM ZWAMESSAGE";
+
+constexpr std::string_view kUserServer = "@s.whatsapp.net";
+
+/// A bare telephone number as the address of a user.
+std::string userJid(const std::string& address) {
+    return address.find('@') == std::string::npos ? address + std::string(kUserServer) : address;
+}
+
+/// "+" and the number of a user's address; absent for groups and broadcasts.
+Text shownNumber(const std::string& jid) {
+    if (!jid.ends_with(kUserServer)) return std::nullopt;
+    return formatSql("+%@", {Text(jid.substr(0, jid.size() - kUserServer.size()))});
+}
+
+void fillMessage(const ResultSet& row, WhatsApp& message) {
+    message.MessageDate =
+        row.columnIsNull("ZMESSAGEDATE")
+            ? " "
+            : DateUtils::doubleIOSDateTimeToString(row.doubleForColumn("ZMESSAGEDATE"));
+    message.FromMsgID = row.stringForColumn("ZFROMJID");
+    message.ToMsgID = row.stringForColumn("ZTOJID");
+    message.zText = row.stringForColumn("ZTEXT");
+}
+
+std::string contactName(FMDBUtils& database, const std::string& jid) {
+    auto rows = database.executeQuery(kContactName, {jid});
+    return rows.next() ? rows.stringForColumn("CONTACTNAME").value_or("") : "";
+}
+
+/// Names the partner of each message: the sender, or the recipient where no sender is given.
+void nameMessages(FMDBUtils& database, const List<WhatsApp>& messages) {
+    std::unordered_map<std::string, std::string> names;
+    for (const auto& message : messages) {
+        const auto& address = message->FromMsgID ? message->FromMsgID : message->ToMsgID;
+        message->ContactName = "";
+        if (!address || address->empty()) continue;
+        const auto jid = userJid(*address);
+        const auto [entry, isNew] = names.try_emplace(jid);
+        if (isNew) entry->second = contactName(database, jid);
+        message->ContactName = entry->second;
+        message->ishavingName = !entry->second.empty();
+        message->PhoneNo = shownNumber(jid);
+    }
+}
+
+}  // namespace
+
+List<WhatsApp> DAOs::GetWhatsAppLog() {
+    const auto database = openCategory(state_.WHATSAPP_DATABASE);
+    auto list = readRows<WhatsApp>(database->executeQuery(kMessages),
+                                   [](const ResultSet& row, WhatsApp& message) {
+                                       fillMessage(row, message);
+                                       message.isSent = row.boolForColumn("ZISFROMME");
+                                   });
+    nameMessages(*database, list);
+    append(state_.AllWhatsAppContent, list);
+    state_.WhatsAppCount = static_cast<std::int32_t>(list.size());
+    return list;
+}
+
+List<WhatsApp> DAOs::GetWhatsApp(const Text& contactJid) {
+    if (!contactJid) return {};
+    const auto database = open(state_.WHATSAPP_DATABASE);
+    auto list = readRows<WhatsApp>(database->executeQuery(kMessagesOf, {*contactJid, *contactJid}),
+                                   fillMessage);
+    nameMessages(*database, list);
+    return list;
+}
+
+Text DAOs::GetWhatsAppContactName(const Text& jid) {
+    return jid ? contactName(*open(state_.WHATSAPP_DATABASE), *jid) : "";
+}
+
+std::vector<std::int64_t> DAOs::GetAllWhatsAppRowID() {
+    return rowIds(state_.WHATSAPP_DATABASE, kRowIds);
+}
+
+}  // namespace salvor

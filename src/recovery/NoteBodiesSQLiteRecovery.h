@@ -1,0 +1,37 @@
+#pragma once
+
+#include "records/NoteBody.h"
+#include "recovery/CategoryCarver.h"
+
+namespace salvor {
+
+/// Carves the texts of deleted notes (ZNOTEBODY) into `RecoveredFiltered`, where the notes service
+/// looks them up by owner.
+class NoteBodiesSQLiteRecovery : public CategoryCarver<NoteBody> {
+  public:
+    explicit NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
+
+    /// Compares `RecoveredData` with the live bodies. A run adds nothing to that list.
+    void filterMessages();
+
+  protected:
+    NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled, Attributes attributes);
+
+    std::string_view liveRowsStatement() const override { return "SELECT * FROM ZNOTEBODY"; }
+    void recordCarved(const std::shared_ptr<NoteBody>& body) override;
+    void afterRecovery() override { filterMessages(); }
+};
+
+/// The variant for the iOS 9 note store, whose texts are gzip-compressed. The scan makes one and
+/// replaces it before it runs.
+class NoteBodiesIOS9SQLiteRecovery : public NoteBodiesSQLiteRecovery {
+  public:
+    explicit NoteBodiesIOS9SQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
+
+    /// The variant's own pass, over ZICNOTEDATA.
+    void DoRecovery(const std::filesystem::path& path);
+    /// gzip magic, deflate method, no flags, in data of at least 8 bytes.
+    static bool IsGzipHeaderValue(Bytes data);
+};
+
+}  // namespace salvor

@@ -1,0 +1,69 @@
+#include "recovery/NotesSQLiteRecovery.h"
+
+#include <fmt/format.h>
+
+#include "util/DateUtils.h"
+
+namespace salvor {
+namespace {
+
+void storeCreation(Note& note, const OptionalColumnValue& value) {
+    note.OriginalCreationDate = columnDouble(value);
+    note.CreatedDate = DateUtils::doubleIOSDateTimeToString(note.OriginalCreationDate);
+}
+
+void storeModification(Note& note, const OptionalColumnValue& value) {
+    note.OriginalModificationDate = columnDouble(value);
+    note.ModificationDate = DateUtils::doubleIOSDateTimeToString(note.OriginalModificationDate);
+}
+
+// A title that comes before any summary is both.
+void storeTitle(Note& note, const OptionalColumnValue& value) {
+    note.Title = columnText(value);
+    if (!note.Summary) note.Summary = note.Title;
+}
+
+constexpr ColumnAttribute<Note> kAttributes[] = {
+    {"ZBODY", storeInteger<&Note::noteBodyId>},
+    {"ZCREATIONDATE", storeCreation},
+    {"ZMODIFICATIONDATE", storeModification},
+    {"ZSUMMARY", storeText<&Note::Summary>},
+    {"ZTITLE", storeTitle},
+};
+
+std::string liveNoteStatement(const Note& note) {
+    const std::string summary = note.Summary ? fmt::format(" ZSUMMARY={}", *note.Summary)
+                                             : " (ZSUMMARY IS NULL OR ZSUMMARY='')";
+    const std::string title =
+        note.Title ? fmt::format(" AND ZTITLE=={}", *note.Title) : " AND ZTITLE IS NULL";
+    return "SELECT ZSUMMARY, ZTITLE FROM ZNOTE where" + summary + title;
+}
+
+}  // namespace
+
+NotesSQLiteRecovery::NotesSQLiteRecovery(ScanState& state, std::stop_token cancelled)
+    : CategoryCarver(state, std::move(cancelled), {"HomeDomain", "notes.sqlite", "ZNOTE"},
+                     kAttributes) {}
+
+void NotesSQLiteRecovery::recordCarved(const std::shared_ptr<Note>& note) {
+    incrementRecoveryCount();
+    state_.AllDeletedNotes.push_back(note);
+    state_.DeletedNotes.push_back(note);
+    RecoveredData.push_back(note);
+    ++state_.progress.recordsFound;
+}
+
+void NotesSQLiteRecovery::filterMessages() {
+    keepRecordsWithoutLiveRow([](const Note& note) { return liveNoteStatement(note); });
+}
+
+std::int32_t NotesSQLiteRecovery::setRecoveryCount(std::int32_t count) {
+    state_.DeletedNoteCount = count;
+    return count;
+}
+
+std::int32_t NotesSQLiteRecovery::incrementRecoveryCount() {
+    return ++state_.DeletedNoteCount;
+}
+
+}  // namespace salvor

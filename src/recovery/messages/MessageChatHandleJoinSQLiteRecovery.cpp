@@ -1,0 +1,27 @@
+#include "recovery/messages/MessageChatHandleJoinSQLiteRecovery.h"
+
+namespace salvor {
+namespace {
+
+void storeHandleId(ChatHandleJoin& join, const OptionalColumnValue& value) {
+    join.HandleId.reset();
+    if (value) join.HandleId = std::to_string(columnInteger(value));
+}
+
+constexpr ColumnAttribute<ChatHandleJoin> kAttributes[] = {
+    {"chatId", storeInteger<&ChatHandleJoin::ChatId>},
+    {"handleId", storeHandleId},
+};
+
+}  // namespace
+
+MessageChatHandleJoinSQLiteRecovery::MessageChatHandleJoinSQLiteRecovery(ScanState& state,
+                                                                         std::stop_token cancelled)
+    : MessageTableCarver(state, std::move(cancelled), "ChatHandleJoin", kAttributes) {}
+
+void MessageChatHandleJoinSQLiteRecovery::recordCarved(
+    const std::shared_ptr<ChatHandleJoin>& join) {
+    if (join->ChatId > 0) RecoveredFiltered.push_back(join);
+}
+
+}  // namespace salvor

@@ -1,0 +1,24 @@
+#include "recovery/messages/MessageGuidAndRowIdConnectionSQLiteRecovery.h"
+
+namespace salvor {
+namespace {
+
+constexpr ColumnAttribute<MessageGuidRowId> kAttributes[] = {
+    {"RowId", storeInteger<&MessageGuidRowId::RowId>},
+    {"Guid", storeText<&MessageGuidRowId::Guid>},
+};
+
+}  // namespace
+
+MessageGuidAndRowIdConnectionSQLiteRecovery::MessageGuidAndRowIdConnectionSQLiteRecovery(
+    ScanState& state, std::stop_token cancelled)
+    : MessageTableCarver(state, std::move(cancelled), "MessageGuidAndRowIdConnection",
+                         kAttributes) {}
+
+void MessageGuidAndRowIdConnectionSQLiteRecovery::recordCarved(
+    const std::shared_ptr<MessageGuidRowId>& link) {
+    if (_maxMessageRowId > 0 && link->RowId > _maxMessageRowId) return;
+    RecoveredFiltered.push_back(link);
+}
+
+}  // namespace salvor

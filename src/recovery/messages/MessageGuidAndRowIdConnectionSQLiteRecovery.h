@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <stop_token>
+
+#include "records/ChatRecords.h"
+#include "recovery/messages/MessageTableCarver.h"
+
+namespace salvor {
+
+/// Carves which row id a message GUID had, of live messages too. A row id above the largest one
+/// that the database ever handed out is noise and dropped.
+class MessageGuidAndRowIdConnectionSQLiteRecovery
+    : public MessageTableCarver<AbstractSQLiteRecoveryFullSearch, MessageGuidRowId> {
+  public:
+    explicit MessageGuidAndRowIdConnectionSQLiteRecovery(ScanState& state,
+                                                         std::stop_token cancelled = {});
+
+    /// The largest message row id ever handed out; -1 when that cannot be told.
+    std::int32_t getMaxMessageRowId() { return getMaxRowIdforTable("message"); }
+
+  protected:
+    void beforeRecovery() override { _maxMessageRowId = getMaxMessageRowId(); }
+    void recordCarved(const std::shared_ptr<MessageGuidRowId>& link) override;
+};
+
+}  // namespace salvor

@@ -1,0 +1,59 @@
+#include "recovery/messages/MessagesSQLiteRecovery.h"
+
+#include "recovery/messages/MessageDates.h"
+
+namespace salvor {
+namespace {
+
+constexpr ColumnAttribute<Message> kAttributes[] = {
+    {"guid", storeText<&Message::Guid>},
+    {"text", storeText<&Message::Text>},
+    {"handle_id", storeInteger<&Message::HandleId>},
+    {"service", storeText<&Message::Service>},
+    {"account", storeText<&Message::Account>},
+    {"account_guid", storeText<&Message::AccountGuid>},
+    {"date", storeMessageDate},
+    {"date_read", storeMessageDateRead},
+    {"date_delivered", storeMessageDateDelivered},
+    {"is_from_me", storeBool<&Message::IsFromMe>},
+};
+
+}  // namespace
+
+MessagesSQLiteRecovery::MessagesSQLiteRecovery(ScanState& state, std::stop_token cancelled)
+    : MessageTableCarver(state, std::move(cancelled), "MESSAGE", kAttributes) {}
+
+void MessagesSQLiteRecovery::recordCarved(const std::shared_ptr<Message>& message) {
+    const auto row = message->generateSMSObject(state_);
+    if (alreadyInDB(*row)) return;
+    incrementRecoveryCount();
+    RecoveredFiltered.push_back(message);
+    state_.AllDeletedSMS.push_back(row);
+    state_.DeletedSMS.push_back(row);
+    ++state_.progress.recordsFound;
+    state_.updateUIfoundRecoveredData();
+}
+
+bool MessagesSQLiteRecovery::alreadyInDB(const SMS& row) {
+    indexNewRows(state_.AllSMSContent, liveIndexed_);
+    indexNewRows(state_.AllDeletedSMS, deletedIndexed_);
+    return row.GUID && guids_.contains(*row.GUID);
+}
+
+void MessagesSQLiteRecovery::indexNewRows(const List<SMS>& rows, std::size_t& indexed) {
+    const std::size_t added = rows.size() - indexed;
+    if (added > 1) guids_.reserve(guids_.size() + added);
+    for (; indexed < rows.size(); ++indexed)
+        if (rows[indexed]->GUID) guids_.insert(*rows[indexed]->GUID);
+}
+
+std::int32_t MessagesSQLiteRecovery::setRecoveryCount(std::int32_t count) {
+    state_.DeletedSMSCount = count;
+    return count;
+}
+
+std::int32_t MessagesSQLiteRecovery::incrementRecoveryCount() {
+    return ++state_.DeletedSMSCount;
+}
+
+}  // namespace salvor

@@ -1,0 +1,71 @@
+#include "scan/ScanState.h"
+
+namespace salvor {
+
+ScanState::ScanState() = default;
+ScanState::~ScanState() = default;
+
+void ScanState::installDatabase(std::shared_ptr<FMDBUtils> dbUtils,
+                                std::shared_ptr<DatabaseLookups> daos) {
+    const std::lock_guard lock(databaseMutex_);
+    dbUtils_.swap(dbUtils);
+    daos_.swap(daos);
+}
+
+std::shared_ptr<FMDBUtils> ScanState::dbUtils() const {
+    const std::lock_guard lock(databaseMutex_);
+    return dbUtils_;
+}
+
+std::shared_ptr<DatabaseLookups> ScanState::daos() const {
+    const std::lock_guard lock(databaseMutex_);
+    return daos_;
+}
+
+void ScanState::updateStatus(int code, const std::string& text) {
+    {
+        const std::lock_guard lock(statusMutex_);
+        statusHistory_.emplace_back(code, text);
+    }
+    if (observer != nullptr) observer->onStatus(code, text);
+}
+
+void ScanState::updateUIfoundRecoveredData() {
+    if (observer != nullptr) observer->onRecoveredData();
+}
+
+void ScanState::UpdateMainView(int view) {
+    if (observer != nullptr) observer->onMainView(view);
+}
+
+void ScanState::refreshTabButtons() {
+    if (observer != nullptr) observer->onTabButtons();
+}
+
+void ScanState::selectTab(int dataType) {
+    const bool ownTab = dataType >= 1 && dataType <= 8;
+    if (observer != nullptr) observer->onTabSelected(ownTab ? dataType : 2);
+}
+
+void ScanState::showScreen(int screen) {
+    if (observer != nullptr) observer->onScreen(screen);
+}
+
+void ScanState::warn(const std::string& text) {
+    if (observer != nullptr) observer->onWarning(text);
+}
+
+void ScanState::tellError(const std::string& text) {
+    if (observer != nullptr) observer->onError(text);
+}
+
+std::vector<std::pair<int, std::string>> ScanState::statusHistory() const {
+    const std::lock_guard lock(statusMutex_);
+    return statusHistory_;
+}
+
+std::shared_ptr<DatabaseLookups> ScanState::openCalendarLookups() {
+    return calendarLookupsFactory != nullptr ? calendarLookupsFactory(*this) : daos();
+}
+
+}  // namespace salvor

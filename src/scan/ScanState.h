@@ -1,0 +1,152 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "records/Appointment.h"
+#include "records/CallHistory.h"
+#include "records/ChatRecords.h"
+#include "records/ConversationContact.h"
+#include "records/DeviceInfo.h"
+#include "records/List.h"
+#include "records/ListRows.h"
+#include "records/Message.h"
+#include "records/Note.h"
+#include "records/RecordContext.h"
+#include "records/SMS.h"
+#include "records/WhatsAppMessage.h"
+#include "scan/BackupFiles.h"
+#include "scan/ScanObserver.h"
+#include "sql/SourcePolicy.h"
+
+namespace salvor {
+
+class FMDBUtils;
+class SqLiteTableSignatures;
+
+/// How far the carving of a scan has come, in bytes of database files. Written by the carvers,
+/// read by whoever draws the progress.
+struct ScanProgress {
+    std::atomic<std::uint64_t> bytesTotal{0};
+    std::atomic<std::uint64_t> bytesDone{0};
+    std::atomic<std::uint64_t> recordsFound{0};  ///< deleted records that reached a list
+    std::atomic<std::uint32_t> pictureSteps{0};  ///< eighths of the stored files looked at
+};
+
+/// The hub of one scan: source, database names, result lists, counters, flags. Boxes are handed a
+/// `ScanState&`, so two scans may run in one process. A list belongs to the worker that fills it
+/// until that worker's finished flag is set; counters and flags are atomic.
+class ScanState : public RecordContext {
+  public:
+    ScanState();
+    ~ScanState() override;
+    ScanState(const ScanState&) = delete;
+    ScanState& operator=(const ScanState&) = delete;
+
+    // Source
+    std::string BACKUP_DIRECTORY;
+    DeviceInfo deviceInfo;
+    std::shared_ptr<DeviceInfo> _deviceInfoBackup;  ///< name and identifier of the last backup
+    std::int32_t RecoverType = 0;                   ///< 1 backup, 0 device
+    SourcePolicy sourcePolicy = SourcePolicy::Protected;
+    /// Resolver over `BACKUP_DIRECTORY`.
+    BackupFiles backupFiles() const { return BackupFiles(BACKUP_DIRECTORY); }
+
+    // Stored names of the category databases
+    std::string SMS_DATABASE, ADDRESSBOOK_DATABASE, CALENDAR_DATABASE, NOTES_DATABASE,
+        CALLHISTORY_DATABASE, MAPHISTORY_DATABASE, DYNAMICDIT_DATABASE, ACCOUNT_DATABASE,
+        KEYCHAIN_DATABASE, INTERNET_HISTROY_DATABASE, APPLICATIONS_DATABASE, WHATSAPP_DATABASE,
+        CONSOLIDATE_DATABASE;
+
+    // Live lists
+    List<SMS> SMSContent, AllSMSContent, iMessageContent;
+    List<Contact> ContactContent, AllContactContent;
+    List<Note> NotesContent, AllNotesContent;
+    List<Calendar> CalendarContent, AllCalendarContent;
+    List<CallLog> CallLogContent, AllCallLogContent, faceTimeContent;
+    List<InternetHistory> InternetContent, AllInternetContent;
+    List<WhatsApp> WhatsAppContent, AllWhatsAppContent;
+    List<MapHistory> MapContent;
+    List<UserDict> UserDictContent;
+    List<Application> ApplicationContent;
+    List<Account> AccountContent;
+    List<Photo> Photos;
+    List<Video> Videos;
+    List<Chat> AllChatsContent;
+    List<ChatMessageJoin> AllChatMessageJoinContent;
+
+    // Deleted lists
+    List<SMS> DeletedSMS, AllDeletedSMS, DeletediMessage;
+    List<CallLog> DeletedFaceTime, DeletedCallLog, AllDeletedCallLog;
+    List<Contact> DeletedContact, AllDeletedContact;
+    List<Note> DeletedNotes, AllDeletedNotes;
+    List<Calendar> DeletedCalendar, AllDeletedCalendar;
+    List<WhatsApp> DeletedWhatsApp, AllDeletedWhatsApp;
+    List<InternetHistory> DeletedInternet, AllDeletedInternet;
+    List<Photo> DeletedPhotos;
+    List<Video> DeletedVideos;
+
+    /// The conversations of the message view, left by the message service.
+    List<ConversationContact> Conversations;
+
+    // Counters
+    using Counter = std::atomic<std::int32_t>;
+    Counter SMSCount{0}, ContactCount{0}, CallLogCount{0}, CalendarCount{0}, NoteCount{0},
+        InternetCount{0}, iMessageCount{0}, FaceTimeCount{0}, WhatsAppCount{0}, PhotosCount{0},
+        VideosCount{0};
+    Counter DeletedSMSCount{0}, DeletediMessageCount{0}, DeletedFaceTimeCount{0},
+        DeletedContactCount{0}, DeletedCallLogCount{0}, DeletedCalendarCount{0},
+        DeletedNoteCount{0}, DeletedWhatsAppCount{0}, DeletedPhotosCount{0}, DeletedVideosCount{0},
+        DeletedInternetCount{0};
+    std::atomic<std::int64_t> unKnownCount{0};  ///< numbers unknown senders
+
+    // Flags
+    std::atomic<bool> IsCancelFlag{false}, isDoingRecovery{false}, isDoingCallList{false},
+        signatureLoaded{false}, hasDoneScan{false}, photosLocked{false}, dcimLocked{false};
+
+    ScanProgress progress;
+    std::shared_ptr<SqLiteTableSignatures> recoverySignatures;
+    ScanObserver* observer = nullptr;  ///< not owned; outlives the scan
+    /// Opens the calendar database for `openCalendarLookups`; set by the box that knows SQL.
+    std::shared_ptr<DatabaseLookups> (*calendarLookupsFactory)(ScanState&) = nullptr;
+
+    // The shared database handle and data-access object: swapped as a pair under a lock. An
+    // operation takes its handle once and keeps using that one.
+    void installDatabase(std::shared_ptr<FMDBUtils> dbUtils, std::shared_ptr<DatabaseLookups> daos);
+    std::shared_ptr<FMDBUtils> dbUtils() const;
+    std::shared_ptr<DatabaseLookups> daos() const;
+
+    // Operations that reach the observer
+    void updateStatus(int code, const std::string& text);
+    void updateUIfoundRecoveredData();
+    void UpdateMainView(int view);
+    void refreshTabButtons();
+    void selectTab(int dataType);
+    void showScreen(int screen);
+    void warn(const std::string& text);
+    void tellError(const std::string& text);
+
+    /// Every status that `updateStatus` was given, in order.
+    std::vector<std::pair<int, std::string>> statusHistory() const;
+
+    // RecordContext
+    std::shared_ptr<DatabaseLookups> lookups() const override { return daos(); }
+    std::shared_ptr<DatabaseLookups> openCalendarLookups() override;
+    std::int64_t nextUnknownNumber() override { return ++unKnownCount; }
+    const List<Contact>& liveContacts() const override { return ContactContent; }
+    const List<Contact>& deletedContacts() const override { return DeletedContact; }
+    std::size_t deletedCallLogCount() const override { return DeletedCallLog.size(); }
+
+  private:
+    mutable std::mutex databaseMutex_;
+    std::shared_ptr<FMDBUtils> dbUtils_;
+    std::shared_ptr<DatabaseLookups> daos_;
+    mutable std::mutex statusMutex_;
+    std::vector<std::pair<int, std::string>> statusHistory_;
+};
+
+}  // namespace salvor

@@ -1,0 +1,163 @@
+#include "backup/extraction/CategoryExtraction.h"
+
+#include <gmock/gmock.h>
+
+#include "backup/ParseMbdb.h"
+#include "backup/extraction/CategoryDatabases.h"
+#include "backup/extraction/LiveCategories.h"
+#include "tests/support/TempFolder.h"
+#include "tools/sample/Digest.h"
+#include "tools/sample/SqliteFile.h"
+
+namespace salvor {
+namespace {
+
+constexpr auto kFirstWhatsApp = "1b6b187a1b60b9ae8b720c79e2c67f472bab09c0";
+constexpr auto kSecondWhatsApp = "7c7fba66680ef796b916b067077cc246adacf01d";
+constexpr auto kSuspendState = "daa5ae5308250ad766b12e280198bc3a432b671e";
+
+class Extraction : public testing::Test {
+  protected:
+    Extraction() {
+        std::filesystem::create_directories(backup);
+        state.BACKUP_DIRECTORY = backup.string();
+        state.deviceInfo.iOSMajorVersion = 7;
+    }
+    /// A message database with `count` messages of one handle.
+    void writeMessages(int count) const {
+        SqliteFile database(backup / ParseMbdb::storedName("HomeDomain", "Library/SMS/sms.db"), {});
+        database.execute("CREATE TABLE handle (id TEXT)");
+        database.execute(
+            "CREATE TABLE message (attributedBody BLOB, text TEXT, date INTEGER, error INTEGER, "
+            "is_from_me INTEGER, handle_id INTEGER, guid TEXT)");
+        for (int i = 0; i < count; ++i) {
+            database.execute("INSERT INTO message (text, date) VALUES ('hello', 1)");
+        }
+    }
+    ExtractionResult extract(std::int32_t dataType) {
+        WorkFolder work(folder / "work");
+        CategoryExtraction extraction(state, work);
+        extraction.prepare(dataType);
+        return extraction.read(dataType);
+    }
+    std::vector<std::string> statuses() const {
+        std::vector<std::string> texts;
+        for (const auto& [code, text] : state.statusHistory())
+            texts.push_back(std::to_string(code) + " " + text);
+        return texts;
+    }
+
+    TempFolder folder;
+    std::filesystem::path backup = folder / "backup";
+    ScanState state;
+};
+
+constexpr auto kOldCalls = "2b2b0084a1bc3a5ac8c27afdf14afb42c61a19ca";
+constexpr auto kNewCalls = "5a4935c78a5255723f707230a451d79c540d2741";
+constexpr auto kOldWords = "0df474a536db7908bb69cc9b430b94a871ae7752";
+constexpr auto kNewWords = "0b68edc697a550c9b977b77cd012fa9a0557dfcb";
+constexpr auto kOldSafari = "1d6740792a2b845f4c1e6220c43906d7f0afe8ab";
+constexpr auto kNewSafari = "ed50eadf14505ef0b433e0c4a380526ad6656d3a";
+
+TEST_F(Extraction, NamesItsDatabasesByTheVersion) {
+    const struct {
+        std::int32_t major;
+        const char *calls, *words, *safari;
+    } cases[] = {{0, kOldCalls, kOldWords, kOldSafari}, {4, kOldCalls, kOldWords, kOldSafari},
+                 {5, kOldCalls, kNewWords, kOldSafari}, {6, kOldCalls, kNewWords, kOldSafari},
+                 {7, kOldCalls, kNewWords, kNewSafari}, {8, kNewCalls, kNewWords, kNewSafari}};
+    for (const auto& [major, calls, words, safari] : cases) {
+        // Without the WhatsApp file its name and Safari's change, on every version.
+        for (const bool whatsApp : {true, false}) {
+            writeWholeFile(backup / kFirstWhatsApp, whatsApp ? "x" : "");
+            state.deviceInfo.iOSMajorVersion = major;
+            setupDataBase(state);
+            EXPECT_EQ(state.CALLHISTORY_DATABASE, calls) << major;
+            EXPECT_EQ(state.DYNAMICDIT_DATABASE, words) << major;
+            EXPECT_EQ(state.INTERNET_HISTROY_DATABASE, whatsApp ? safari : kSuspendState) << major;
+            EXPECT_EQ(state.WHATSAPP_DATABASE, whatsApp ? kFirstWhatsApp : kSecondWhatsApp);
+        }
+    }
+    // Of the names above that no sample backup holds, and of one that nothing reads.
+    const auto name = ParseMbdb::storedName;
+    EXPECT_EQ(state.KEYCHAIN_DATABASE, name("KeychainDomain", "keychain-backup.plist"));
+    EXPECT_EQ(kSecondWhatsApp,
+              name("AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "ChatStorage.sqlite"));
+    EXPECT_EQ(kSuspendState,
+              name("AppDomain-com.apple.mobilesafari", "Library/Safari/SuspendState.plist"));
+}
+
+// Deliberate: its size counts as a number of 32 bits.
+TEST_F(Extraction, AWhatsAppFileOf4GiBCountsAsEmpty) {
+    writeWholeFile(backup / kFirstWhatsApp, "x");
+    std::filesystem::resize_file(backup / kFirstWhatsApp, std::uintmax_t{1} << 32);
+    setupDataBase(state);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kSecondWhatsApp);
+    std::filesystem::resize_file(backup / kFirstWhatsApp, (std::uintmax_t{1} << 32) + 1);
+    setupDataBase(state);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, kFirstWhatsApp);
+}
+
+// Deliberate: most categories show the number of messages, which a scan of them alone does not
+// read but finds where an earlier one left it.
+TEST_F(Extraction, ReadsTheWantedCategoriesAndShowsTheMessageCountForMost) {
+    writeMessages(3);
+    const std::pair<std::int32_t, std::vector<std::string>> cases[] = {
+        {3, {"0 Contacts", "3 0 Contacts Retreived"}},
+        {1, {"0 SMS", "3 3 SMS Retreived"}},
+        {3, {"0 Contacts", "3 3 Contacts Retreived"}},
+        {4, {"0 Call History", "3 0 CallHistory Retreived"}},
+        {5, {"0 WhatsApp", "3 0 WhatsApp Retreived"}},
+        {6, {"0 Notes", "3 3 Notes Retreived"}},
+        {7, {}},
+        {8, {"0 Calendar", "3 3 Calendar Retreived"}},
+        {9, {}},
+        {2, {"0 Photos & Videos... "}},
+        {0,
+         {"0 Photos & Videos... ", "0 SMS", "3 3 SMS Retreived", "0 Contacts",
+          "3 3 Contacts Retreived", "0 Call History", "3 0 CallHistory Retreived", "0 WhatsApp",
+          "3 0 WhatsApp Retreived", "0 Notes", "3 3 Notes Retreived", "0 Calendar",
+          "3 3 Calendar Retreived"}},
+    };
+    std::vector<std::string> expected;
+    for (const auto& [code, texts] : cases) {
+        EXPECT_EQ(extract(code), ExtractionResult::Complete);
+        expected.insert(expected.end(), texts.begin(), texts.end());
+        EXPECT_EQ(statuses(), expected) << code;
+        EXPECT_EQ(std::filesystem::exists(folder / "work/Temp/Photos"), code == 2 || code == 0);
+    }
+    EXPECT_EQ(state.SMSContent.size(), 3u);
+    EXPECT_EQ(state.SMSCount, 3);
+}
+
+TEST_F(Extraction, TheRecoveryBeginsWithFiveEmptyLists) {
+    const auto lists = std::tie(state.DeletedSMS, state.DeletedContact, state.DeletedCallLog,
+                                state.DeletedCalendar, state.DeletedWhatsApp, state.DeletedNotes);
+    std::apply([](auto&... list) { (list.resize(1), ...); }, lists);
+    clearDeletedLists(state);
+    EXPECT_THAT(std::apply([](auto&... list) { return std::vector{list.size()...}; }, lists),
+                testing::ElementsAre(0, 0, 0, 0, 0, 1));
+}
+
+TEST_F(Extraction, ReplacesWhatAnEarlierScanLeft) {
+    writeMessages(2);
+    extract(1);
+    state.DeletedSMS.resize(5);
+    state.DeletedSMSCount = 5;
+    state.unKnownCount = 9;
+    extract(1);
+    EXPECT_EQ(state.SMSContent.size(), 2u);
+    EXPECT_EQ(state.AllSMSContent.size(), 2u);
+    EXPECT_TRUE(state.DeletedSMS.empty());
+    EXPECT_EQ(state.DeletedSMSCount, 0);
+    EXPECT_EQ(state.unKnownCount, 0);
+}
+
+TEST_F(Extraction, NeedsAPlaceForThePictures) {
+    std::filesystem::create_directories(folder / "work/Temp");
+    EXPECT_EQ(extract(2), ExtractionResult::NoWorkFolder);
+    EXPECT_EQ(extract(1), ExtractionResult::Complete);
+}
+
+}  // namespace
+}  // namespace salvor

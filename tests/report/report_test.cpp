@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+#include <limits>
+
+#include "report/RecordJson.h"
+#include "report/ScanReport.h"
+#include "scan/ScanState.h"
+#include "tests/export/TempFolder.h"
+
+namespace salvor {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+class Report : public testing::Test {
+  protected:
+    Json report() const { return Json::parse(ScanReport::text(state_)); }
+
+    /// The keys of an object, one behind the other.
+    static std::string keysOf(const Json& object) {
+        std::string keys;
+        for (const auto& [key, value] : object.items()) keys += key + " ";
+        return keys;
+    }
+
+    ScanState state_;
+};
+
+TEST_F(Report, HasEverySectionInOrder) {
+    const Json json = report();
+    EXPECT_EQ(keysOf(json), "device source counts live deleted conversations status ");
+    EXPECT_EQ(keysOf(json["live"]),
+              "SMSContent ContactContent CallLogContent WhatsAppContent NotesContent "
+              "CalendarContent InternetContent Photos Videos MapContent AccountContent "
+              "ApplicationContent UserDictContent ");
+    EXPECT_EQ(keysOf(json["deleted"]),
+              "DeletedSMS DeletedContact DeletedCallLog DeletedWhatsApp DeletedNotes "
+              "DeletedCalendar DeletedPhotos DeletedVideos DeletedInternet ");
+    EXPECT_EQ(json["counts"].size(), 22U);
+    EXPECT_EQ(json["source"]["databases"].size(), 13U);
+    EXPECT_EQ(json["live"]["SMSContent"], Json::array());
+}
+
+TEST_F(Report, TellsDeviceSourceCountsAndStatus) {
+    state_.deviceInfo.DeviceName = "";
+    state_.deviceInfo.iOSMajorVersion = 7;
+    state_.BACKUP_DIRECTORY = "/b";
+    state_.SMS_DATABASE = "3d0d";
+    state_.DeletedSMSCount = 3;
+    state_.updateStatus(0, "SMS");
+    state_.updateStatus(3, "12 \"SMS\"\n");
+    const Json json = report();
+    EXPECT_EQ(json["device"]["DeviceName"], "");
+    EXPECT_TRUE(json["device"]["SerialNumber"].is_null());
+    EXPECT_EQ(json["device"]["iOSMajorVersion"], 7);
+    EXPECT_EQ(json["device"]["isEncrypted"], false);
+    EXPECT_EQ(json["source"]["backup"], "/b");
+    EXPECT_EQ(json["source"]["databases"]["SMS_DATABASE"], "3d0d");
+    EXPECT_EQ(json["counts"]["DeletedSMSCount"], 3);
+    EXPECT_EQ(json["status"], Json::parse(R"([[0, "SMS"], [3, "12 \"SMS\"\n"]])"));
+}
+
+TEST_F(Report, CarvedRowsTellTheirOrigin) {
+    add(state_.SMSContent).Message = "live";
+    auto& deleted = add(state_.DeletedSMS);
+    deleted.isRecovered = true;
+    deleted.Origin = RecordOrigin{"3d0d", 123456, 31, CarvedSpace::FreeList};
+    const Json json = report();
+    EXPECT_FALSE(json["live"]["SMSContent"][0].contains("origin"));
+    EXPECT_TRUE(json["live"]["SMSContent"][0]["GUID"].is_null());
+    EXPECT_EQ(json["deleted"]["DeletedSMS"][0]["isRecovered"], true);
+    EXPECT_EQ(json["deleted"]["DeletedSMS"][0]["origin"],
+              Json::parse(R"({"database": "3d0d", "offset": 123456, "page": 31,
+                              "space": "free-list"})"));
+}
+
+TEST_F(Report, BackReferencesAreWrittenAsKeys) {
+    auto& conversation = add(state_.Conversations);
+    conversation.ChatId = 5;
+    conversation.Names = {"Ann"};
+    ContactPhoneNumber phone;
+    phone.PhoneNumber = "+2";
+    phone.GooglePhoneNumber = "+3";
+    conversation.PhoneNumbers = {std::string("+1"), phone, ContactPhoneNumber{}};
+    auto& message = add(conversation.Messages);
+    message.ConversationContact = state_.Conversations[0];
+    message.MessageAttachment = std::make_shared<MessageAttachment>();
+    message.MessageAttachment->Filename = "f.jpg";
+    add(conversation.Messages);
+    const Json json = report()["conversations"][0];
+    EXPECT_EQ(json["ChatId"], 5);
+    EXPECT_EQ(json["PhoneNumbers"], Json::parse(R"(["+1", "+2", null])"));
+    EXPECT_EQ(json["Messages"][0]["ConversationContact"], 5);
+    EXPECT_EQ(json["Messages"][0]["MessageAttachment"]["Filename"], "f.jpg");
+    EXPECT_TRUE(json["Messages"][1]["ConversationContact"].is_null());
+    EXPECT_TRUE(json["Messages"][1]["MessageAttachment"].is_null());
+
+    CallHistory call;
+    EXPECT_TRUE(json::fromRecord(call)["contact"].is_null());
+    call.contact = std::make_shared<Contact>();
+    call.contact->FullName = "Ann";
+    EXPECT_EQ(json::fromRecord(call)["contact"], "Ann");
+}
+
+TEST_F(Report, WritesPicturesAndWhatJsonCannotHold) {
+    add(state_.Photos).Name = "a";
+    add(state_.Videos).Location = "b";
+    add(state_.SMSContent).Message = "bad \xFF byte";
+    add(state_.NotesContent).OriginalCreationDate = std::numeric_limits<double>::quiet_NaN();
+    const Json json = report()["live"];
+    EXPECT_EQ(json["Photos"][0], Json::parse(R"({"Name": "a", "Location": null, "isChecked": 1})"));
+    EXPECT_EQ(json["Videos"][0], Json::parse(R"({"Name": null, "Location": "b", "isChecked": 1})"));
+    EXPECT_EQ(json["SMSContent"][0]["Message"], "bad \uFFFD byte");
+    EXPECT_TRUE(json["NotesContent"][0]["OriginalCreationDate"].is_null());
+}
+
+}  // namespace
+}  // namespace salvor
