@@ -6,6 +6,7 @@ target_compile_options(salvor_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 warns of overlapping copies inside std::string where there are none.
     target_compile_options(salvor_options INTERFACE -Wno-restrict)
+    target_compile_options(salvor_options INTERFACE -fpch-preprocess -Winvalid-pch)
 endif()
 if(SALVOR_WERROR)
     target_compile_options(salvor_options INTERFACE -Werror)
