@@ -5,12 +5,12 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "app/Categories.h"
 #include "backup/BackupStore.h"
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/Log.h"
 #include "cli/TickedFile.h"
+#include "scan/Categories.h"
 #include "util/PathRules.h"
 
 namespace salvor::cli {
@@ -21,9 +21,7 @@ const CommandTable kScanTable{
     "scan",
     "Lists what a backup holds, deleted records included, and exports it.",
     {{"BACKUP", kBackupHelp}},
-    {{"--category", "C",
-      "all (default), messages, photos, contacts, calls, whatsapp, notes, internet, calendar, or a "
-      "code 0 to 8"},
+    {{"--category", "C", categoryWords().c_str()},
      {"--export", "DIR", "write a CSV file per category into a new folder in DIR"},
      {"--suffix", "S", "suffix of the exported files (default .csv)"},
      {"--json", "FILE", "write everything as one JSON object; - is standard output"},

@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
-#include "app/Categories.h"
 #include "cli/DisplayText.h"
 #include "cli/TextTable.h"
 #include "export/ExportCommands.h"
 #include "report/ScanReport.h"
+#include "scan/Categories.h"
 #include "util/FileUtils.h"
 
 namespace salvor::cli {

@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include "app/Categories.h"
 #include "cli/DeviceText.h"
 #include "cli/DisplayText.h"
 #include "cli/Failure.h"
 #include "cli/Interrupts.h"
 #include "cli/Log.h"
 #include "cli/ScanOutput.h"
+#include "scan/Categories.h"
 
 namespace salvor::cli {
 namespace {

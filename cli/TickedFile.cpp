@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "app/Categories.h"
 #include "cli/Failure.h"
+#include "scan/Categories.h"
 
 namespace salvor::cli {
 namespace {

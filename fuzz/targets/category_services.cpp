@@ -18,24 +18,24 @@ using namespace salvor;
 namespace {
 
 /// A file of the backup, the service that reads it and the version of the device.
-struct Category {
+struct Case {
     ServiceIndex service;
     const char* storedName;
     std::int32_t ios;
 };
 
-constexpr std::array kCategories = {
-    Category{ServiceIndex::Messages, MessagesSqliteDbName, 7},
-    Category{ServiceIndex::Messages, MessagesSqliteDbName, 4},
-    Category{ServiceIndex::Contacts, ContactsIOS641SqliteDbName, 7},
-    Category{ServiceIndex::CallHistory, CallHistoryIOS7641SqliteDbName, 7},
-    Category{ServiceIndex::CallHistory, CallHistoryIOS8SqliteDbName, 8},
-    Category{ServiceIndex::Calendars, CalendarsSqliteDbName, 7},
-    Category{ServiceIndex::Notes, NotesIOS641SqliteDbName, 7},
-    Category{ServiceIndex::Notes, NotesIOS9SqliteDbName, 9},
-    Category{ServiceIndex::WhatsApp, WhatsAppSqliteDbName, 7},
-    Category{ServiceIndex::CameraRoll, DcimService::PhotosSqliteDbName, 7},
-    Category{ServiceIndex::InternetHistory, "e74113c185fd8297e140cfcf9c99436c5cc06b57", 8},
+constexpr std::array kCases = {
+    Case{ServiceIndex::Messages, MessagesSqliteDbName, 7},
+    Case{ServiceIndex::Messages, MessagesSqliteDbName, 4},
+    Case{ServiceIndex::Contacts, ContactsIOS641SqliteDbName, 7},
+    Case{ServiceIndex::CallHistory, CallHistoryIOS7641SqliteDbName, 7},
+    Case{ServiceIndex::CallHistory, CallHistoryIOS8SqliteDbName, 8},
+    Case{ServiceIndex::Calendars, CalendarsSqliteDbName, 7},
+    Case{ServiceIndex::Notes, NotesIOS641SqliteDbName, 7},
+    Case{ServiceIndex::Notes, NotesIOS9SqliteDbName, 9},
+    Case{ServiceIndex::WhatsApp, WhatsAppSqliteDbName, 7},
+    Case{ServiceIndex::CameraRoll, DcimService::PhotosSqliteDbName, 7},
+    Case{ServiceIndex::InternetHistory, "e74113c185fd8297e140cfcf9c99436c5cc06b57", 8},
 };
 
 }  // namespace
@@ -43,7 +43,7 @@ constexpr std::array kCategories = {
 SALVOR_FUZZ_TARGET(category_services) {
     constexpr std::size_t kChoice = 73;
     if (input.size() <= kChoice) return;
-    const Category& chosen = kCategories.at(input[kChoice] % kCategories.size());
+    const Case& chosen = kCases.at(input[kChoice] % kCases.size());
     const fuzz::InputFile file(input, chosen.storedName);
     ScanState state;
     state.RecoverType = 1;
@@ -52,7 +52,7 @@ SALVOR_FUZZ_TARGET(category_services) {
     state.deviceInfo.iOSMajorVersion = chosen.ios;
     state.deviceInfo.BackupLocation = state.BACKUP_DIRECTORY;
     setupDataBase(state);
-    for (const auto& category : liveCategories()) category.read(state, {});
+    for (const auto& category : categories()) readLiveRows(category, state, {});
     const auto service = builtServices().at(chosen.service)(state, state.deviceInfo);
     service->RecoverFromIOSBackup(state.deviceInfo);
     fuzz::expect(nlohmann::json::accept(ScanReport::text(state)), "the report is JSON");

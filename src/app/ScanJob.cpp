@@ -7,7 +7,7 @@
 #include "app/SalvorAppDelegate.h"
 #include "backup/BackupPaths.h"
 #include "backup/BackupStore.h"
-#include "backup/extraction/LiveCategories.h"
+#include "scan/Categories.h"
 
 namespace salvor {
 namespace {
@@ -60,7 +60,7 @@ ScanOutcome refused(ScanResult result, std::string message) {
 
 // What is wrong with the request before anything is touched; `Done` when nothing is.
 ScanOutcome examine(const ScanRequest& request, const std::filesystem::path& backup) {
-    if (request.category < kEverything || request.category > kCalendar) {
+    if (request.category != kEverything && !categoryOf(request.category)) {
         return refused(ScanResult::InvalidRequest,
                        "no category has the code " + std::to_string(request.category));
     }

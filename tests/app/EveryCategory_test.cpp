@@ -55,7 +55,7 @@ std::string keyOfVisit(const TruthRow& row) {
 }
 
 /// One list pair of a scan and what of the truth belongs to it.
-struct Category {
+struct Case {
     const char* name;
     std::string table;
     std::string (*keyOfTruth)(const TruthRow&);
@@ -74,12 +74,12 @@ bool belongsTo(const std::string& table, int ios) {
     return table != "Event" || ios < 5;
 }
 
-Category of(const char* name, const char* table, std::string (*keyOfTruth)(const TruthRow&),
-            KeysOf live, KeysOf deleted = {}, std::map<int, std::size_t> floors = {}) {
+Case of(const char* name, const char* table, std::string (*keyOfTruth)(const TruthRow&),
+        KeysOf live, KeysOf deleted = {}, std::map<int, std::size_t> floors = {}) {
     return {name, table, keyOfTruth, std::move(live), std::move(deleted), std::move(floors)};
 }
 
-const std::vector<Category>& categories() {
+const std::vector<Case>& cases() {
     using S = ScanState;
     using Visit = InternetHistory;
     using App = Application;
@@ -87,7 +87,7 @@ const std::vector<Category>& categories() {
     static const auto deletedCalls = rowsOf(&S::DeletedCallLog, &CallLog::Address);
     static const auto events = rowsOf(&S::CalendarContent, &Calendar::Summary);
     static const auto deletedEvents = rowsOf(&S::DeletedCalendar, &Calendar::Summary);
-    static const std::vector<Category> all{
+    static const std::vector<Case> all{
         of("messages", "message", keyOfRow, rowsOf(&S::SMSContent, &SMS::RowID)),
         of("contacts", "ABPerson", keyOfEntry,
            rowsOf(&S::ContactContent, &Contact::FirstName, &Contact::ContactNo1),
@@ -139,7 +139,7 @@ class EveryCategory : public testing::TestWithParam<int> {
         return SampleTruth::of(sample.truth.live, table);
     }
 
-    void checkLive(const Category& category) {
+    void checkLive(const Case& category) {
         Keys expected;
         auto rows = live(category.table);
         if (category.table == "ZNOTE") {
@@ -155,7 +155,7 @@ class EveryCategory : public testing::TestWithParam<int> {
         EXPECT_EQ(category.live(job.state()), expected) << category.name;
     }
 
-    void checkDeleted(const Category& category) {
+    void checkDeleted(const Case& category) {
         // What names and numbers people had is found in the table of the full-text search.
         const bool contacts = category.table == "ABPerson";
         const auto rows = SampleTruth::of(
@@ -226,7 +226,7 @@ class EveryCategory : public testing::TestWithParam<int> {
 TEST_P(EveryCategory, ShowsItsLiveRowsAndWhatIsLeftOfTheDeletedOnes) {
     scan({}, GetParam());
     EXPECT_EQ(job.state().deviceInfo.iOSMajorVersion, GetParam());
-    for (const Category& category : categories()) {
+    for (const Case& category : cases()) {
         if (!belongsTo(category.table, GetParam())) continue;
         checkLive(category);
         checkDeleted(category);

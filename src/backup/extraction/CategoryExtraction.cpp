@@ -11,12 +11,12 @@ namespace salvor {
 namespace {
 
 void clearCounters(ScanState& state) {
-    for (auto* counter :
-         {&state.DeletedSMSCount, &state.DeletedContactCount, &state.DeletedCallLogCount,
-          &state.DeletedNoteCount, &state.DeletedCalendarCount, &state.DeletedWhatsAppCount,
-          &state.DeletediMessageCount, &state.DeletedFaceTimeCount, &state.PhotosCount,
-          &state.VideosCount}) {
-        *counter = 0;
+    using Zeroed = RowKind::Zeroed;
+    for (const CategoryFacts& category : categories()) {
+        for (const RowKind& kind : category.kinds) {
+            if (kind.zeroed == Zeroed::DeletedCount) state.*kind.deletedCount.field = 0;
+            if (kind.zeroed == Zeroed::LiveCount) state.*kind.liveCount.field = 0;
+        }
     }
     // Two scans of one backup name unknown senders alike.
     state.unKnownCount = 0;
@@ -25,12 +25,18 @@ void clearCounters(ScanState& state) {
     state.progress.recordsFound = 0;
 }
 
-void readCategory(const LiveCategory& category, ScanState& state,
+bool asksFor(std::int32_t dataType, Category category) {
+    return dataType == kEverything || dataType == codeOf(category);
+}
+
+void readCategory(const CategoryFacts& category, ScanState& state,
                   const std::stop_token& cancelled) {
-    state.updateStatus(0, category.name);
-    category.clear(state);
-    category.read(state, cancelled);
-    state.updateStatus(3, std::to_string(category.shownCount(state)) + " " + category.countText);
+    state.updateStatus(0, category.reading.status);
+    clearLists(category, state);
+    readLiveRows(category, state, cancelled);
+    const auto shown = withList(state, factsOf(category.reading.counted).kinds.front().live,
+                                [](const auto& rows) { return rows.size(); });
+    state.updateStatus(3, std::to_string(shown) + " " + category.reading.countText);
 }
 
 }  // namespace
@@ -42,7 +48,7 @@ CategoryExtraction::CategoryExtraction(ScanState& state, WorkFolder& workFolder,
 void CategoryExtraction::prepare(std::int32_t dataType) {
     clearCounters(state_);
     state_.hasDoneScan = false;
-    if (dataType == kEverything || dataType == kInternetHistory) {
+    if (asksFor(dataType, Category::Internet)) {
         state_.InternetContent.clear();
         state_.InternetCount = 0;
     }
@@ -52,16 +58,16 @@ void CategoryExtraction::prepare(std::int32_t dataType) {
 
 ExtractionResult CategoryExtraction::read(std::int32_t dataType) {
     if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
-    if (dataType == kEverything || dataType == kPhotosAndVideos) {
+    if (asksFor(dataType, Category::Photos)) {
         failure_ = sweepPictures(state_, workFolder_, cancelled_);
         if (!failure_.empty()) return ExtractionResult::NoWorkFolder;
         if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
     }
-    for (const LiveCategory& category : liveCategories()) {
+    for (const CategoryFacts* category : categoriesBy(&Places::reading)) {
         if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
-        if (dataType != kEverything && dataType != category.code) continue;
-        readCategory(category, state_, cancelled_);
-        if (dataType == category.code) state_.refreshTabButtons();
+        if (!asksFor(dataType, category->category)) continue;
+        readCategory(*category, state_, cancelled_);
+        if (dataType != kEverything) state_.refreshTabButtons();
     }
     if (dataType == kEverything && !state_.IsCancelFlag) readDeviceLists(state_, cancelled_);
     return state_.IsCancelFlag ? ExtractionResult::Cancelled : ExtractionResult::Complete;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "backup/extraction/StoredFiles.h"
+#include "scan/Categories.h"
 #include "scan/ListLock.h"
 #include "util/ReadableFile.h"
 
@@ -38,7 +39,7 @@ class Sweep {
         : state_(state), workFolder_(workFolder), cancelled_(cancelled) {}
 
     void run() {
-        state_.updateStatus(0, "Photos & Videos... ");
+        state_.updateStatus(0, factsOf(Category::Photos).reading.status);
         const StoredFiles files(state_.BACKUP_DIRECTORY);
         const std::size_t step = files.size() / kProgressSteps;
         state_.progress.pictureSteps = 0;
@@ -139,10 +140,7 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
     if (auto failure = workFolder.recreate(state.BACKUP_DIRECTORY); !failure.empty()) {
         return failure;
     }
-    state.Photos.clear();
-    state.Videos.clear();
-    state.DeletedPhotos.clear();
-    state.DeletedVideos.clear();
+    clearLists(factsOf(Category::Photos), state);
     state.DeletedPhotosCount = 0;
     state.DeletedVideosCount = 0;
     // Names are numbered from 1; at the end the counters are the number of copies.
