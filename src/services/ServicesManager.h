@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <stop_token>
 #include <vector>
@@ -11,6 +12,9 @@ namespace salvor {
 /// Creates the service of every category for one scan and runs them on the calling thread.
 /// Different services may be run by different threads at once; each runs once per scan.
 class ServicesManager {
+    using Service = std::unique_ptr<abstractServices>;
+    std::array<Service, kCategoryCount> services_;  // first, for the names below refer to it
+
   public:
     ServicesManager(ScanState& state, const DeviceInfo& device,
                     const ServiceMakers& makers = builtServices());
@@ -27,9 +31,17 @@ class ServicesManager {
     /// Runs the service with this `ServiceIndex`; any other number does nothing.
     void StartRecoveryofService(int index, const std::stop_token& cancelled = {});
 
-    // Null for a category that is not built.
-    std::unique_ptr<abstractServices> whatsAppServ, callHistoryServ, calendarServ, noteServ,
-        messageServ, contactServ, dcmiServ, internetHistoryServ;
+    /// Null for a category that is not built.
+    Service& service(Category category) { return services_.at(indexOf(category)); }
+    // Those that have a name.
+    Service& whatsAppServ = service(Category::WhatsApp);
+    Service& callHistoryServ = service(Category::Calls);
+    Service& calendarServ = service(Category::Calendar);
+    Service& noteServ = service(Category::Notes);
+    Service& messageServ = service(Category::Messages);
+    Service& contactServ = service(Category::Contacts);
+    Service& dcmiServ = service(Category::Photos);
+    Service& internetHistoryServ = service(Category::Internet);
     /// Messages, contacts, notes, calendars, call history, WhatsApp: neither camera roll nor
     /// internet history.
     std::vector<abstractServices*> recoveryModules;

@@ -1,24 +1,22 @@
 #include "app/recovery/RecoveryWindowController.h"
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
+#include <pthread.h>
 
 namespace salvor {
 
 using Controller = RecoveryWindowController;
 
-// The moments of the presets differ deliberately: notes presets before its thread starts, messages
-// before its thread is made, all others after the start.
-const std::array<Controller::Worker, Controller::kWorkers> Controller::kWorkersInOrder{{
-    {2, &Controller::dcmiStart, &Controller::dcmiFinished, Preset::AfterStart},
-    {3, &Controller::contactsStart, &Controller::contactsFinished, Preset::AfterStart},
-    {6, &Controller::notesStart, &Controller::notesFinished, Preset::BeforeStart},
-    {4, &Controller::callHistoryStart, &Controller::callHistoryFinished, Preset::AfterStart},
-    {5, &Controller::whatsAppStart, &Controller::whatsAppFinished, Preset::AfterStart},
-    {8, &Controller::calendarStart, &Controller::calendarFinished, Preset::AfterStart},
-    {1, &Controller::messagesStart, &Controller::messagesFinished, Preset::BeforeCreation},
-    {7, &Controller::internetHistoryStart, &Controller::internetFinished, Preset::AfterStart},
-}};
+namespace {
+
+/// For debuggers and profilers, which show no more than 15 characters.
+void nameThread(const char* name) {
+    ::pthread_setname_np(::pthread_self(), std::string(name, ::strnlen(name, 15)).c_str());
+}
+
+}  // namespace
 
 void Controller::RecoverDeletedData(int dataType, ScanState& state, ServiceRunner& services,
                                     std::stop_token cancelled) {
@@ -47,53 +45,53 @@ void Controller::RecoverDeletedData(int dataType, ScanState& state, ServiceRunne
 void Controller::RecoverDeletedDataSignatures() {
     services_->setDevice(state_->deviceInfo);
     // Waits wake at once, so no worker may see the flags of an earlier scan.
-    if (DataType_ == 0) {
-        for (const Worker& worker : kWorkersInOrder) (this->*worker.finished).clear();
+    if (DataType_ == kEverything) {
+        for (FinishedFlag& flag : finished_) flag.clear();
     }
-    for (std::size_t i = 0; i < kWorkersInOrder.size(); ++i) {
-        if (DataType_ == 0 || DataType_ == kWorkersInOrder[i].dataType) startWorker(i);
+    for (const CategoryFacts* facts : categoriesBy(&Places::worker)) {
+        if (DataType_ == kEverything || DataType_ == codeOf(facts->category)) startWorker(*facts);
     }
 }
 
-void Controller::startWorker(std::size_t index) {
-    const Worker& worker = kWorkersInOrder[index];
-    const bool alone = DataType_ != 0;
+void Controller::startWorker(const CategoryFacts& facts) {
+    const FlagPreset preset = facts.worker.preset;
+    const bool alone = DataType_ != kEverything;
     // A worker alone has its own flag cleared here rather than with the presets: a quick one may
     // be done before presets that follow its start.
-    if (alone) (this->*worker.finished).clear();
-    if (alone && worker.preset == Preset::BeforeCreation) presetFlags(worker);
-    const auto body = [this, &worker](std::stop_token cancelled) {
-        (this->*worker.body)(std::move(cancelled));
+    if (alone) finished(facts.category).clear();
+    if (alone && preset == FlagPreset::BeforeCreation) presetFlags(facts.category);
+    const auto body = [this, &facts](std::stop_token cancelled) {
+        work(facts, std::move(cancelled));
     };
-    if (alone && worker.preset == Preset::BeforeStart) presetFlags(worker);
+    if (alone && preset == FlagPreset::BeforeStart) presetFlags(facts.category);
     {
         const std::lock_guard lock(threadsMutex_);
-        threads_[index] = std::jthread(body);
-        if (cancelRequested_) threads_[index].request_stop();
+        auto& thread = threads_.at(indexOf(facts.category));
+        thread = std::jthread(body);
+        if (cancelRequested_) thread.request_stop();
     }
-    if (alone && worker.preset == Preset::AfterStart) presetFlags(worker);
+    if (alone && preset == FlagPreset::AfterStart) presetFlags(facts.category);
 }
 
-void Controller::presetFlags(const Worker& worker) {
-    for (const Worker& other : kWorkersInOrder) {
-        if (&other != &worker) (this->*other.finished).set();
+void Controller::presetFlags(Category running) {
+    for (const CategoryFacts& facts : categories()) {
+        if (facts.category != running) finished(facts.category).set();
     }
     // Deliberate: notes alone sets the call-history flag twice.
-    if (worker.finished == &Controller::notesFinished) callHistoryFinished.set();
+    if (running == Category::Notes) callHistoryFinished.set();
 }
 
 void Controller::checkForRecovery() const {
-    static constexpr std::array kOrder{
-        &Controller::whatsAppFinished, &Controller::callHistoryFinished,
-        &Controller::notesFinished,    &Controller::contactsFinished,
-        &Controller::calendarFinished, &Controller::messagesFinished,
-        &Controller::dcmiFinished,     &Controller::internetFinished};
-    const auto allSet = [this] {
-        return std::all_of(kOrder.begin(), kOrder.end(),
-                           [this](auto flag) { return (this->*flag).isSet(); });
+    const auto order = categoriesBy(&Places::wait);
+    const auto flagOf = [this](const CategoryFacts* facts) -> const FinishedFlag& {
+        return finished_.at(indexOf(facts->category));
+    };
+    const auto allSet = [&] {
+        return std::all_of(order.begin(), order.end(),
+                           [&](const auto* facts) { return flagOf(facts).isSet(); });
     };
     while (!allSet()) {
-        for (const auto flag : kOrder) (this->*flag).wait();
+        for (const auto* facts : order) flagOf(facts).wait();
     }
 }
 
@@ -109,8 +107,8 @@ void Controller::cancelScan() {
     for (auto& thread : threads_) thread.request_stop();
 }
 
-void Controller::runService(ServiceIndex index, std::stop_token cancelled) {
-    const int code = static_cast<int>(index);
+void Controller::runService(const CategoryFacts& facts, std::stop_token cancelled) {
+    const int code = static_cast<int>(facts.service);
     try {
         services_->StartRecoveryofService(code, std::move(cancelled));
     } catch (const std::exception& failure) {
@@ -120,61 +118,18 @@ void Controller::runService(ServiceIndex index, std::stop_token cancelled) {
     }
 }
 
-void Controller::contactsStart(std::stop_token cancelled) {
-    contactsFinished.clear();
-    runService(ServiceIndex::Contacts, std::move(cancelled));
-    contactsFinished.set();
-}
-
-void Controller::notesStart(std::stop_token cancelled) {
-    notesFinished.clear();
-    runService(ServiceIndex::Notes, std::move(cancelled));
-    notesFinished.set();
-}
-
-void Controller::whatsAppStart(std::stop_token cancelled) {
-    whatsAppFinished.clear();
-    runService(ServiceIndex::WhatsApp, std::move(cancelled));
-    whatsAppFinished.set();
-}
-
-void Controller::calendarStart(std::stop_token cancelled) {
-    calendarFinished.clear();
-    runService(ServiceIndex::Calendars, std::move(cancelled));
-    calendarFinished.set();
-}
-
-// Recovered calls are named from the contacts. Deliberate: the own flag is cleared after the wait
-// here and before it in `messagesStart`.
-void Controller::callHistoryStart(std::stop_token cancelled) {
-    contactsFinished.wait();
-    callHistoryFinished.clear();
-    runService(ServiceIndex::CallHistory, std::move(cancelled));
-    callHistoryFinished.set();
-}
-
-void Controller::messagesStart(std::stop_token cancelled) {
-    messagesFinished.clear();
-    contactsFinished.wait();
-    runService(ServiceIndex::Messages, std::move(cancelled));
-    messagesFinished.set();
-}
-
-void Controller::dcmiStart(std::stop_token cancelled) {
-    dcmiFinished.clear();
-    state_->updateStatus(3, "Recovering Photos & Videos...");
-    runService(ServiceIndex::CameraRoll, std::move(cancelled));
-    state_->UpdateMainView(1);
-    dcmiFinished.set();
-}
-
-void Controller::internetHistoryStart(std::stop_token cancelled) {
-    internetFinished.clear();
-    state_->updateStatus(3, "Recovering Internet History");
-    runService(ServiceIndex::InternetHistory, std::move(cancelled));
-    state_->UpdateMainView(1);
-    state_->refreshTabButtons();
-    internetFinished.set();
+void Controller::work(const CategoryFacts& facts, std::stop_token cancelled) {
+    const RecoveryWorker& worker = facts.worker;
+    nameThread(worker.name);
+    FinishedFlag& own = finished(facts.category);
+    if (!worker.clearsFlagAfterWait) own.clear();
+    if (worker.waitsFor) finished(*worker.waitsFor).wait();
+    if (worker.clearsFlagAfterWait) own.clear();
+    if (worker.status != nullptr) state_->updateStatus(3, worker.status);
+    runService(facts, std::move(cancelled));
+    if (worker.redrawsView) state_->UpdateMainView(1);
+    if (worker.refreshesTabs) state_->refreshTabButtons();
+    own.set();
 }
 
 }  // namespace salvor

@@ -8,8 +8,7 @@
 
 #include "app/recovery/FinishedFlag.h"
 #include "app/recovery/ServiceRunner.h"
-#include "scan/ScanState.h"
-#include "services/ServiceMakers.h"
+#include "scan/Categories.h"
 
 namespace salvor {
 
@@ -17,6 +16,8 @@ namespace salvor {
 /// service. It carves nothing itself. One controller serves many scans, one at a time; the data
 /// type codes are those of a scan (0 everything, 1 messages, ... 8 calendar).
 class RecoveryWindowController {
+    std::array<FinishedFlag, kCategoryCount> finished_;  // first, for the names below refer to it
+
   public:
     RecoveryWindowController() = default;
     RecoveryWindowController(const RecoveryWindowController&) = delete;
@@ -32,45 +33,33 @@ class RecoveryWindowController {
     /// called from any thread.
     void cancelScan();
 
-    FinishedFlag dcmiFinished, contactsFinished, notesFinished, callHistoryFinished,
-        whatsAppFinished, calendarFinished, messagesFinished, internetFinished;
+    FinishedFlag& finished(Category category) { return finished_.at(indexOf(category)); }
+    // Those that have a name.
+    FinishedFlag& dcmiFinished = finished(Category::Photos);
+    FinishedFlag& contactsFinished = finished(Category::Contacts);
+    FinishedFlag& notesFinished = finished(Category::Notes);
+    FinishedFlag& callHistoryFinished = finished(Category::Calls);
+    FinishedFlag& whatsAppFinished = finished(Category::WhatsApp);
+    FinishedFlag& calendarFinished = finished(Category::Calendar);
+    FinishedFlag& messagesFinished = finished(Category::Messages);
+    FinishedFlag& internetFinished = finished(Category::Internet);
 
   private:
-    using Body = void (RecoveryWindowController::*)(std::stop_token);
-    using Flag = FinishedFlag RecoveryWindowController::*;
-    /// When a scan of one category presets the flags of the others.
-    enum class Preset { BeforeCreation, BeforeStart, AfterStart };
-    struct Worker {
-        std::int32_t dataType;
-        Body body;
-        Flag finished;
-        Preset preset;
-    };
-    static constexpr std::size_t kWorkers = 8;
-    static const std::array<Worker, kWorkers> kWorkersInOrder;
-
     void RecoverDeletedDataSignatures();
     void checkForRecovery() const;
-    void startWorker(std::size_t index);
-    void presetFlags(const Worker& worker);
+    void startWorker(const CategoryFacts& facts);
+    void presetFlags(Category running);
     void joinWorkers();
-
-    void dcmiStart(std::stop_token cancelled);
-    void contactsStart(std::stop_token cancelled);
-    void notesStart(std::stop_token cancelled);
-    void callHistoryStart(std::stop_token cancelled);
-    void whatsAppStart(std::stop_token cancelled);
-    void calendarStart(std::stop_token cancelled);
-    void messagesStart(std::stop_token cancelled);
-    void internetHistoryStart(std::stop_token cancelled);
-    void runService(ServiceIndex index, std::stop_token cancelled);
+    /// What the thread of a category does, its waiting included.
+    void work(const CategoryFacts& facts, std::stop_token cancelled);
+    void runService(const CategoryFacts& facts, std::stop_token cancelled);
 
     std::int32_t DataType_ = 0;
     ScanState* state_ = nullptr;         ///< of the scan that runs
     ServiceRunner* services_ = nullptr;  ///< of the scan that runs
     std::mutex threadsMutex_;            ///< guards the two below
     bool cancelRequested_ = false;
-    std::array<std::jthread, kWorkers> threads_;  ///< in the order of `kWorkersInOrder`
+    std::array<std::jthread, kCategoryCount> threads_;
 };
 
 }  // namespace salvor
