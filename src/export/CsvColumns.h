@@ -1,5 +1,7 @@
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <fmt/format.h>
 #include <string>
@@ -48,12 +50,23 @@ inline void callDuration(CsvWriter& csv, const CallLog& row, std::int32_t /*numb
     csv.writeField(fmt::format("{}(Secs)", row.CallDuration));
 }
 
-inline constexpr Column<SMS> smsColumns[] = {
+/// Its files are copied in place of its rows.
+template <class Row>
+concept Medium = std::same_as<Row, Photo> || std::same_as<Row, Video>;
+
+/// The columns of a record class. One that has neither these nor files cannot be exported, which
+/// the compiler says.
+template <class Row>
+inline constexpr std::nullptr_t columnsOf = nullptr;
+
+template <>
+inline constexpr Column<SMS> columnsOf<SMS>[] = {
     serial<SMS>,           dateOf<SMS, &SMS::LocalTime>, text<SMS, &SMS::Message>,
     text<SMS, &SMS::Type>, text<SMS, &SMS::Address>,
 };
 
-inline constexpr Column<Contact> contactColumns[] = {
+template <>
+inline constexpr Column<Contact> columnsOf<Contact>[] = {
     serial<Contact>,
     dateOf<Contact, &Contact::CreatedDate>,
     text<Contact, &Contact::FirstName>,
@@ -76,7 +89,8 @@ inline constexpr Column<Contact> contactColumns[] = {
     dateOf<Contact, &Contact::ModifiedDate>,
 };
 
-inline constexpr Column<CallLog> callLogColumns[] = {
+template <>
+inline constexpr Column<CallLog> columnsOf<CallLog>[] = {
     serial<CallLog>,
     text<CallLog, &CallLog::ContactName>,
     text<CallLog, &CallLog::LocalTime>,
@@ -85,14 +99,16 @@ inline constexpr Column<CallLog> callLogColumns[] = {
     callDuration,
 };
 
-inline constexpr Column<Note> noteColumns[] = {
+template <>
+inline constexpr Column<Note> columnsOf<Note>[] = {
     serial<Note>,
     dateOf<Note, &Note::CreatedDate>,
     text<Note, &Note::Title>,
     text<Note, &Note::Summary>,
 };
 
-inline constexpr Column<Calendar> calendarColumns[] = {
+template <>
+inline constexpr Column<Calendar> columnsOf<Calendar>[] = {
     serial<Calendar>,
     text<Calendar, &Calendar::Summary>,
     text<Calendar, &Calendar::Description>,
@@ -104,7 +120,8 @@ inline constexpr Column<Calendar> calendarColumns[] = {
     text<Calendar, &Calendar::Priority>,
 };
 
-inline constexpr Column<WhatsApp> whatsAppColumns[] = {
+template <>
+inline constexpr Column<WhatsApp> columnsOf<WhatsApp>[] = {
     serial<WhatsApp>,
     dateOf<WhatsApp, &WhatsApp::MessageDate>,
     text<WhatsApp, &WhatsApp::zText>,
@@ -112,7 +129,8 @@ inline constexpr Column<WhatsApp> whatsAppColumns[] = {
     text<WhatsApp, &WhatsApp::ContactName>,
 };
 
-inline constexpr Column<InternetHistory> internetColumns[] = {
+template <>
+inline constexpr Column<InternetHistory> columnsOf<InternetHistory>[] = {
     ownSerial<InternetHistory>,
     text<InternetHistory, &InternetHistory::Url>,
     dateOf<InternetHistory, &InternetHistory::LastVisitedDate>,
@@ -120,7 +138,8 @@ inline constexpr Column<InternetHistory> internetColumns[] = {
     number<InternetHistory, &InternetHistory::VisitCount>,
 };
 
-inline constexpr Column<MapHistory> mapColumns[] = {
+template <>
+inline constexpr Column<MapHistory> columnsOf<MapHistory>[] = {
     ownSerial<MapHistory>,
     text<MapHistory, &MapHistory::Query>,
     text<MapHistory, &MapHistory::Location>,
@@ -128,7 +147,8 @@ inline constexpr Column<MapHistory> mapColumns[] = {
     text<MapHistory, &MapHistory::Longitude>,
 };
 
-inline constexpr Column<Account> accountColumns[] = {
+template <>
+inline constexpr Column<Account> columnsOf<Account>[] = {
     ownSerial<Account>,
     text<Account, &Account::Username>,
     text<Account, &Account::ClassName>,
@@ -136,14 +156,16 @@ inline constexpr Column<Account> accountColumns[] = {
     text<Account, &Account::PortNumber>,
 };
 
-inline constexpr Column<Application> applicationColumns[] = {
+template <>
+inline constexpr Column<Application> columnsOf<Application>[] = {
     ownSerial<Application>,
     text<Application, &Application::ApplicationName>,
     text<Application, &Application::BundleIdentifer>,
     text<Application, &Application::BundleVersion>,
 };
 
-inline constexpr Column<UserDict> dictionaryColumns[] = {
+template <>
+inline constexpr Column<UserDict> columnsOf<UserDict>[] = {
     ownSerial<UserDict>,
     text<UserDict, &UserDict::UserKey>,
 };

@@ -1,14 +1,17 @@
 #include "export/ExportCommands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fmt/format.h>
+#include <iterator>
 #include <sys/stat.h>
 #include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
+#include "export/CsvColumns.h"
 #include "export/CsvWriter.h"
-#include "scan/ScanState.h"
+#include "scan/Categories.h"
 #include "util/FileUtils.h"
 #include "util/ReadableFile.h"
 #include "util/StringUtils.h"
@@ -20,30 +23,36 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t maxNameBytes = 200;  // leaves room for what follows a device's name
 
-using Operation = Exporter::Result (Exporter::*)(const ScanState&, const fs::path&, bool) const;
-
-/// One tag of the export window. Tags 110 and 113 to 116 export nothing.
-struct Tag {
-    int number;
-    const char* word;
-    Operation operation;
-    bool exportAllOnly;
+/// One file or folder of an export. Deliberate: of the tags 100 to 116, 110 and 113 to 116 export
+/// nothing.
+struct Step {
+    int tag;
+    std::string word;
+    Exporter::Result (Exporter::*operation)(const ScanState&, const fs::path&, bool) const;
+    const RowKind* rows = nullptr;  ///< of a category, which needs no operation
 };
 
-constexpr Tag tags[] = {
-    {100, "SMS", &Exporter::ExportSMS, false},
-    {101, "Addressbook", &Exporter::ExportContact, false},
-    {102, "Call history", &Exporter::ExportCallLog, false},
-    {103, "Notes", &Exporter::ExportNotes, false},
-    {104, "Calendar", &Exporter::ExportCalendar, false},
-    {105, "Apps", &Exporter::ExportApplicationData, true},
-    {106, "User dictionary", &Exporter::KeyboardDictionary, true},
-    {107, "Photos", nullptr, false},
-    {108, "Videos", nullptr, false},
-    {109, "Map", &Exporter::ExportMapHistory, true},
-    {111, "Internet history", &Exporter::ExportInternetData, false},
-    {112, "_info.csv", nullptr, true},
+/// What belongs to no category and is left out where only ticked rows are exported.
+constexpr int kDeviceInfo = 112;
+const Step kDeviceSteps[] = {
+    {105, "Apps", &Exporter::ExportApplicationData},
+    {106, "User dictionary", &Exporter::KeyboardDictionary},
+    {109, "Map", &Exporter::ExportMapHistory},
+    {kDeviceInfo, "_info.csv", nullptr},
 };
+
+std::vector<Step> stepsByTag(bool onlyTicked) {
+    std::vector<Step> steps;
+    if (!onlyTicked) steps.assign(std::begin(kDeviceSteps), std::end(kDeviceSteps));
+    for (const CategoryFacts& category : categories()) {
+        for (const RowKind& kind : category.kinds) {
+            if (kind.listed) steps.push_back({kind.tag, kind.file, nullptr, &kind});
+        }
+    }
+    std::sort(steps.begin(), steps.end(),
+              [](const Step& left, const Step& right) { return left.tag < right.tag; });
+    return steps;
+}
 
 /// The names given away in one folder; a name that is taken gets " (2)", " (3)" and so on.
 class MediaNames {
@@ -71,33 +80,33 @@ class ExportRun {
     ExportSummary run(const fs::path& target, const std::string& suffix, Date now) {
         if (!makeFolder(target, now)) return std::move(summary_);
         const Exporter& exporter = Exporter::defaultExporter(summary_.folder);
-        for (const Tag& tag : tags) {
-            if (!(onlyTicked_ && tag.exportAllOnly)) exportTag(exporter, tag, suffix);
+        for (const Step& step : stepsByTag(onlyTicked_)) {
+            if (step.rows != nullptr) {
+                exportRows(exporter, *step.rows, suffix);
+            } else if (step.tag == kDeviceInfo) {
+                writeDeviceInfo(inFolder(deviceName() + step.word));
+            } else {
+                note((exporter.*step.operation)(state_, inFolder(step.word + suffix), onlyTicked_));
+            }
         }
-        exportWhatsApp(exporter, suffix);
         return std::move(summary_);
     }
 
   private:
-    void exportTag(const Exporter& exporter, const Tag& tag, const std::string& suffix) {
-        if (tag.operation != nullptr) {
-            note((exporter.*tag.operation)(state_, inFolder(tag.word + suffix), onlyTicked_));
-        } else if (tag.number == 107) {
-            copyMedia(tag.word, state_.Photos, state_.DeletedPhotos);
-        } else if (tag.number == 108) {
-            copyMedia(tag.word, state_.Videos, state_.DeletedVideos);
-        } else {
-            writeDeviceInfo(inFolder(deviceName() + tag.word));
-        }
-    }
-
-    void exportWhatsApp(const Exporter& exporter, const std::string& suffix) {
-        if (!onlyTicked_) {
-            note(exporter.ExportWhatsApp(state_, inFolder("WhatsApp" + suffix), false));
-        } else if (exporter.ExportWhatsApp(state_, summary_.folder, true)) {
+    void exportRows(const Exporter& exporter, const RowKind& kind, const std::string& suffix) {
+        if (onlyTicked_ && !kind.tickedExported) {
             // The folder's own path is handed on, so ticked rows yield no file: deliberate.
-            summary_.omitted.emplace_back("WhatsApp");
+            if (exporter.exportRows(kind, state_, summary_.folder, true))
+                summary_.omitted.emplace_back(kind.file);
+            return;
         }
+        withList(state_, kind.live, [&]<class Row>(const List<Row>& live) {
+            if constexpr (columns::Medium<Row>) {
+                copyMedia(kind.file, live, state_.*std::get<ListField<Row>>(kind.deleted.field));
+            } else {
+                note(exporter.exportRows(kind, state_, inFolder(kind.file + suffix), onlyTicked_));
+            }
+        });
     }
 
     fs::path inFolder(const std::string& name) const {

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <span>
 #include <system_error>
 
 #include "export/CsvColumns.h"
 #include "export/CsvWriter.h"
-#include "scan/ScanState.h"
+#include "scan/Categories.h"
 
 namespace salvor {
 namespace {
@@ -37,7 +36,7 @@ void removeUnlessWritten(const ExportedFile& file) {
 }
 
 template <class Row>
-Exporter::Result write(const std::filesystem::path& path, std::span<const Column<Row>> columns,
+Exporter::Result write(const std::filesystem::path& path,
                        std::initializer_list<const List<Row>*> lists, bool onlyTicked) {
     const auto rows = collect(lists, onlyTicked);
     if (rows.empty()) return std::nullopt;
@@ -45,12 +44,16 @@ Exporter::Result write(const std::filesystem::path& path, std::span<const Column
     std::int32_t serialNumber = 0;
     for (const Row* row : rows) {
         ++serialNumber;
-        for (const auto column : columns) column(csv, *row, serialNumber);
+        for (const auto column : columnsOf<Row>) column(csv, *row, serialNumber);
         csv.finishLine();
     }
     ExportedFile file{path, rows.size(), csv.close()};
     if (csv.created()) removeUnlessWritten(file);
     return file;
+}
+
+const RowKind& rowsOf(Category category) {
+    return factsOf(category).kinds.front();
 }
 
 }  // namespace
@@ -67,63 +70,72 @@ Exporter::Path Exporter::ExportFileLocation() const {
     return location_;
 }
 
+Exporter::Result Exporter::exportRows(const RowKind& kind, const ScanState& state, const Path& path,
+                                      bool onlyTicked) const {
+    return withList(state, kind.live, [&]<class Row>(const List<Row>& live) -> Result {
+        if constexpr (Medium<Row>) {
+            return std::nullopt;
+        } else {
+            const auto& deleted = state.*std::get<ListField<Row>>(kind.deleted.field);
+            return kind.deletedExported ? write<Row>(path, {&live, &deleted}, onlyTicked)
+                                        : write<Row>(path, {&live}, onlyTicked);
+        }
+    });
+}
+
 Exporter::Result Exporter::ExportSMS(const ScanState& state, const Path& path,
                                      bool onlyTicked) const {
-    return write<SMS>(path, smsColumns, {&state.SMSContent, &state.DeletedSMS}, onlyTicked);
+    return exportRows(rowsOf(Category::Messages), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportContact(const ScanState& state, const Path& path,
                                          bool onlyTicked) const {
-    return write<Contact>(path, contactColumns, {&state.ContactContent, &state.DeletedContact},
-                          onlyTicked);
+    return exportRows(rowsOf(Category::Contacts), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportCallLog(const ScanState& state, const Path& path,
                                          bool onlyTicked) const {
-    return write<CallLog>(path, callLogColumns, {&state.CallLogContent, &state.DeletedCallLog},
-                          onlyTicked);
+    return exportRows(rowsOf(Category::Calls), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportNotes(const ScanState& state, const Path& path,
                                        bool onlyTicked) const {
-    return write<Note>(path, noteColumns, {&state.NotesContent, &state.DeletedNotes}, onlyTicked);
+    return exportRows(rowsOf(Category::Notes), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportCalendar(const ScanState& state, const Path& path,
                                           bool onlyTicked) const {
-    return write<Calendar>(path, calendarColumns, {&state.CalendarContent, &state.DeletedCalendar},
-                           onlyTicked);
+    return exportRows(rowsOf(Category::Calendar), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportWhatsApp(const ScanState& state, const Path& path,
                                           bool onlyTicked) const {
-    return write<WhatsApp>(path, whatsAppColumns, {&state.WhatsAppContent, &state.DeletedWhatsApp},
-                           onlyTicked);
+    return exportRows(rowsOf(Category::WhatsApp), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportInternetData(const ScanState& state, const Path& path,
                                               bool onlyTicked) const {
-    return write<InternetHistory>(path, internetColumns, {&state.InternetContent}, onlyTicked);
+    return exportRows(rowsOf(Category::Internet), state, path, onlyTicked);
 }
 
 Exporter::Result Exporter::ExportMapHistory(const ScanState& state, const Path& path,
                                             bool /*onlyTicked*/) const {
-    return write<MapHistory>(path, mapColumns, {&state.MapContent}, false);
+    return write<MapHistory>(path, {&state.MapContent}, false);
 }
 
 Exporter::Result Exporter::ExportAccountData(const ScanState& state, const Path& path,
                                              bool /*onlyTicked*/) const {
-    return write<Account>(path, accountColumns, {&state.AccountContent}, false);
+    return write<Account>(path, {&state.AccountContent}, false);
 }
 
 Exporter::Result Exporter::ExportApplicationData(const ScanState& state, const Path& path,
                                                  bool /*onlyTicked*/) const {
-    return write<Application>(path, applicationColumns, {&state.ApplicationContent}, false);
+    return write<Application>(path, {&state.ApplicationContent}, false);
 }
 
 Exporter::Result Exporter::KeyboardDictionary(const ScanState& state, const Path& path,
                                               bool /*onlyTicked*/) const {
-    return write<UserDict>(path, dictionaryColumns, {&state.UserDictContent}, false);
+    return write<UserDict>(path, {&state.UserDictContent}, false);
 }
 
 Exporter::Result Exporter::ExportDeleted(const ScanState& /*state*/, const Path& /*path*/,

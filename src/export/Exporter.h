@@ -11,6 +11,7 @@
 
 namespace salvor {
 
+struct RowKind;
 class ScanState;
 
 /// A file that an export wrote, or tried to.
@@ -36,6 +37,11 @@ class Exporter {
     static Exporter& defaultExporter(const Path& path);
     Path ExportFileLocation() const;
 
+    /// The rows of one kind; nothing for media, whose files are copied.
+    Result exportRows(const RowKind& kind, const ScanState& state, const Path& path,
+                      bool onlyTicked) const;
+
+    // The rows of one category, or of one list that belongs to none.
     Result ExportSMS(const ScanState& state, const Path& path, bool onlyTicked) const;
     Result ExportContact(const ScanState& state, const Path& path, bool onlyTicked) const;
     Result ExportCallLog(const ScanState& state, const Path& path, bool onlyTicked) const;
