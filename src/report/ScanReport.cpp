@@ -3,51 +3,12 @@
 #include <iterator>
 
 #include "report/RecordJson.h"
-#include "scan/ScanState.h"
+#include "scan/Categories.h"
 
 namespace salvor {
 namespace {
 
 using json::Json;
-
-struct DatabaseName {
-    const char* name;
-    std::string ScanState::*member;
-};
-
-#define SALVOR_MEMBER(name) \
-    { #name, &ScanState::name }
-
-constexpr DatabaseName databases[] = {
-    SALVOR_MEMBER(SMS_DATABASE),          SALVOR_MEMBER(ADDRESSBOOK_DATABASE),
-    SALVOR_MEMBER(CALENDAR_DATABASE),     SALVOR_MEMBER(NOTES_DATABASE),
-    SALVOR_MEMBER(CALLHISTORY_DATABASE),  SALVOR_MEMBER(MAPHISTORY_DATABASE),
-    SALVOR_MEMBER(DYNAMICDIT_DATABASE),   SALVOR_MEMBER(ACCOUNT_DATABASE),
-    SALVOR_MEMBER(KEYCHAIN_DATABASE),     SALVOR_MEMBER(INTERNET_HISTROY_DATABASE),
-    SALVOR_MEMBER(APPLICATIONS_DATABASE), SALVOR_MEMBER(WHATSAPP_DATABASE),
-    SALVOR_MEMBER(CONSOLIDATE_DATABASE),
-};
-
-struct CounterName {
-    const char* name;
-    ScanState::Counter ScanState::*member;
-};
-
-constexpr CounterName counters[] = {
-    SALVOR_MEMBER(SMSCount),      SALVOR_MEMBER(DeletedSMSCount),
-    SALVOR_MEMBER(iMessageCount), SALVOR_MEMBER(DeletediMessageCount),
-    SALVOR_MEMBER(PhotosCount),   SALVOR_MEMBER(DeletedPhotosCount),
-    SALVOR_MEMBER(VideosCount),   SALVOR_MEMBER(DeletedVideosCount),
-    SALVOR_MEMBER(ContactCount),  SALVOR_MEMBER(DeletedContactCount),
-    SALVOR_MEMBER(CallLogCount),  SALVOR_MEMBER(DeletedCallLogCount),
-    SALVOR_MEMBER(FaceTimeCount), SALVOR_MEMBER(DeletedFaceTimeCount),
-    SALVOR_MEMBER(WhatsAppCount), SALVOR_MEMBER(DeletedWhatsAppCount),
-    SALVOR_MEMBER(NoteCount),     SALVOR_MEMBER(DeletedNoteCount),
-    SALVOR_MEMBER(InternetCount), SALVOR_MEMBER(DeletedInternetCount),
-    SALVOR_MEMBER(CalendarCount), SALVOR_MEMBER(DeletedCalendarCount),
-};
-
-#undef SALVOR_MEMBER
 
 // No text should hold invalid UTF-8 here; one that does must not cost the whole report.
 std::string dump(const Json& value) {
@@ -101,28 +62,38 @@ void writeSource(Writer& writer, const ScanState& state) {
     writer.open("source", '{');
     writer.value("backup", state.BACKUP_DIRECTORY);
     writer.open("databases", '{');
-    for (const auto& [name, member] : databases) writer.value(name, state.*member);
+    for (const NamedDatabase& database : databaseNames())
+        writer.value(database.name, state.*database.field);
     writer.close('}');
     writer.close('}');
 }
 
 void writeCounts(Writer& writer, const ScanState& state) {
     writer.open("counts", '{');
-    for (const auto& [name, member] : counters) writer.value(name, (state.*member).load());
+    for (const CategoryFacts& category : categories()) {
+        for (const RowKind& kind : category.kinds) {
+            for (const NamedCounter& counter : {kind.liveCount, kind.deletedCount})
+                writer.value(counter.name, (state.*counter.field).load());
+        }
+    }
     writer.close('}');
+}
+
+/// The live or the deleted lists of the categories.
+void writeLists(Writer& writer, const ScanState& state, int Places::*order,
+                NamedList RowKind::*which) {
+    for (const CategoryFacts* category : categoriesBy(order)) {
+        for (const RowKind& kind : category->kinds) {
+            if (!kind.listed) continue;
+            const NamedList& list = kind.*which;
+            withList(state, list, [&](const auto& rows) { writer.list(list.name, rows); });
+        }
+    }
 }
 
 void writeLive(Writer& writer, const ScanState& state) {
     writer.open("live", '{');
-    writer.list("SMSContent", state.SMSContent);
-    writer.list("ContactContent", state.ContactContent);
-    writer.list("CallLogContent", state.CallLogContent);
-    writer.list("WhatsAppContent", state.WhatsAppContent);
-    writer.list("NotesContent", state.NotesContent);
-    writer.list("CalendarContent", state.CalendarContent);
-    writer.list("InternetContent", state.InternetContent);
-    writer.list("Photos", state.Photos);
-    writer.list("Videos", state.Videos);
+    writeLists(writer, state, &Places::liveKey, &RowKind::live);
     writer.list("MapContent", state.MapContent);
     writer.list("AccountContent", state.AccountContent);
     writer.list("ApplicationContent", state.ApplicationContent);
@@ -132,15 +103,7 @@ void writeLive(Writer& writer, const ScanState& state) {
 
 void writeDeleted(Writer& writer, const ScanState& state) {
     writer.open("deleted", '{');
-    writer.list("DeletedSMS", state.DeletedSMS);
-    writer.list("DeletedContact", state.DeletedContact);
-    writer.list("DeletedCallLog", state.DeletedCallLog);
-    writer.list("DeletedWhatsApp", state.DeletedWhatsApp);
-    writer.list("DeletedNotes", state.DeletedNotes);
-    writer.list("DeletedCalendar", state.DeletedCalendar);
-    writer.list("DeletedPhotos", state.DeletedPhotos);
-    writer.list("DeletedVideos", state.DeletedVideos);
-    writer.list("DeletedInternet", state.DeletedInternet);
+    writeLists(writer, state, &Places::deletedKey, &RowKind::deleted);
     writer.close('}');
 }
 

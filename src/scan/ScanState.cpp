@@ -1,5 +1,7 @@
 #include "scan/ScanState.h"
 
+#include "scan/Categories.h"
+
 namespace salvor {
 
 ScanState::ScanState() = default;
@@ -43,8 +45,8 @@ void ScanState::refreshTabButtons() {
 }
 
 void ScanState::selectTab(int dataType) {
-    const bool ownTab = dataType >= 1 && dataType <= 8;
-    if (observer != nullptr) observer->onTabSelected(ownTab ? dataType : 2);
+    const Category tab = categoryOf(dataType).value_or(Category::Photos);
+    if (observer != nullptr) observer->onTabSelected(codeOf(tab));
 }
 
 void ScanState::showScreen(int screen) {
