@@ -9,6 +9,7 @@
 #include <set>
 
 #include "report/ScanReport.h"
+#include "scan/Categories.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/BoundedRun.h"
 #include "tests/support/Damage.h"
@@ -23,45 +24,54 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-/// A file of the backup and the lists that change when it is broken: its own, and those that take
-/// names from it.
+using Names = std::set<std::string>;
+using C = Category;
+
+/// A file of the backup and what changes when it is broken: its own categories or lists, and those
+/// that take names from it.
 struct Victim {
     const char* domain;
     const char* path;
-    std::set<std::string> lists;
+    std::set<Category> categories;
+    Names further = {};
+
+    Names lists() const {
+        Names all = further;
+        for (const Category category : categories) {
+            for (const RowKind& kind : factsOf(category).kinds)
+                all.insert({kind.live.name, kind.deleted.name});
+        }
+        return all;
+    }
 };
 
-using Names = std::set<std::string>;
-const Names kNotes{"NotesContent", "DeletedNotes"};
-const Names kCalls{"CallLogContent", "DeletedCallLog"};
-const Names kMedia{"Photos", "Videos", "DeletedPhotos", "DeletedVideos"};
-const Names kInternet{"InternetContent", "DeletedInternet"};
-
-// What a backup holds, besides pictures, property lists and index. Calls and conversations take
-// names from the contacts, and a missing WhatsApp file also decides where the browser history is
-// looked for.
+// What a backup holds, besides property lists, index and the pictures themselves. Calls and
+// conversations take names from the contacts, and a missing WhatsApp file also decides where the
+// browser history is looked for.
 const std::vector<Victim> kVictims{
-    {"HomeDomain", "Library/SMS/sms.db", {"SMSContent", "DeletedSMS", "conversations"}},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", {C::Photos}},
+    {"MediaDomain", "Media/PhotoData/Photos.sqlite", {C::Photos}},
+    {"HomeDomain", "Library/SMS/sms.db", {C::Messages}, {"conversations"}},
     {"HomeDomain",
      "Library/AddressBook/AddressBook.sqlitedb",
-     {"ContactContent", "DeletedContact", "CallLogContent", "DeletedCallLog", "conversations"}},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {"CalendarContent", "DeletedCalendar"}},
-    {"HomeDomain", "Library/Notes/notes.sqlite", kNotes},
-    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", kNotes},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", kCalls},
-    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", kCalls},
+     {C::Contacts, C::Calls},
+     {"conversations"}},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", {C::Calendar}},
+    {"HomeDomain", "Library/Notes/notes.sqlite", {C::Notes}},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", {C::Notes}},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", {C::Calls}},
+    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", {C::Calls}},
     {"AppDomain-net.whatsapp.WhatsApp",
      "Documents/ChatStorage.sqlite",
-     {"WhatsAppContent", "DeletedWhatsApp", "InternetContent"}},
-    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", kMedia},
-    {"MediaDomain", "Media/PhotoData/Photos.sqlite", kMedia},
-    {"HomeDomain", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", kInternet},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", kInternet},
-    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {"AccountContent"}},
-    {"HomeDomain", "Library/Maps/History.plist", {"MapContent"}},
-    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {"UserDictContent"}},
-    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {"UserDictContent"}},
+     {C::WhatsApp},
+     {"InternetContent"}},
+    {"HomeDomain", "Library/Safari/History.plist", {C::Internet}},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.plist", {C::Internet}},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", {C::Internet}},
+    {"HomeDomain", "Library/Preferences/com.apple.accountsettings.plist", {}, {"AccountContent"}},
+    {"HomeDomain", "Library/Maps/History.plist", {}, {"MapContent"}},
+    {"HomeDomain", "Library/Keyboard/dynamic-text.dat", {}, {"UserDictContent"}},
+    {"HomeDomain", "Library/Keyboard/en_GB-dynamic-text.dat", {}, {"UserDictContent"}},
 };
 constexpr const char* kInstalledApplications = "2436e9cd7b9697b418523c55ac469fea02116cc5";
 
@@ -134,6 +144,13 @@ SampleOptions optionsOf(int ios, std::uint32_t messages) {
     return {.ios = ios, .messages = messages, .secureDelete = false};
 }
 
+TEST(AllCategories, AreBroken) {
+    std::set<Category> broken;
+    for (const Victim& victim : kVictims)
+        broken.insert(victim.categories.begin(), victim.categories.end());
+    EXPECT_EQ(broken.size(), kCategoryCount);
+}
+
 class HostileBackups : public testing::TestWithParam<int> {};
 
 TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
@@ -149,7 +166,7 @@ TEST_P(HostileBackups, CostOneBrokenDatabaseNoOtherCategory) {
         for (const Damage& damage : databaseDamages()) {
             SCOPED_TRACE(std::string(victim.path) + ": " + damage.name);
             damage.apply(file, random);
-            scanned.expectOthersUnchanged(victim.lists);
+            scanned.expectOthersUnchanged(victim.lists());
             fs::copy_file(kept, file, fs::copy_options::overwrite_existing);
         }
     }
@@ -160,12 +177,12 @@ INSTANTIATE_TEST_SUITE_P(Generations, HostileBackups, testing::Values(7, 9));
 
 /// The lists that may change with the stored file of this name. Any file may begin to look like a
 /// picture. Nothing for the files that tell where the others lie.
-std::optional<Names> listsOf(const std::string& storedName) {
+std::optional<Names> listsChangedWith(const std::string& storedName) {
     if (storedName.find('.') != std::string::npos) return std::nullopt;
-    Names lists = kMedia;
+    Names lists = kVictims.front().lists();
     if (storedName == kInstalledApplications) lists.insert("ApplicationContent");
-    for (const auto& [domain, path, own] : kVictims) {
-        if (storedName == sampleStoredName(domain, path)) lists.insert(own.begin(), own.end());
+    for (const Victim& victim : kVictims) {
+        if (storedName == sampleStoredName(victim.domain, victim.path)) lists.merge(victim.lists());
     }
     return lists;
 }
@@ -203,7 +220,7 @@ class MutatedBackups : public testing::Test {
         damage();
         Names changed;
         for (const auto& name : damaged) {
-            const auto lists = listsOf(name);
+            const auto lists = listsChangedWith(name);
             if (!lists) return one.expectToEnd();
             changed.insert(lists->begin(), lists->end());
         }

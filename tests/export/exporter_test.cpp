@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "export/ExportCommands.h"
-#include "scan/ScanState.h"
+#include "scan/Categories.h"
 #include "tests/export/TempFolder.h"
 
 namespace salvor {
@@ -35,28 +35,25 @@ class Exports : public testing::Test {
 
     /// A row in every list that an export reads, and an empty one in those of deleted rows.
     void fillEverything() {
-        addFilled(state_.SMSContent).LocalTime = "2013-06-30 13:05:09";
-        auto& contact = addFilled(state_.ContactContent);
-        contact.CreatedDate = "2013-06-30 00:05:09";
-        contact.ModifiedDate = " ";
-        addFilled(state_.CallLogContent).LocalTime = "2013-06-30 13:05:09";
-        addFilled(state_.NotesContent).CreatedDate = "2013-06-30 12:05 PM";
-        addFilled(state_.CalendarContent).StartDate = "2013-06-30 00:00:00";
-        auto& whatsApp = addFilled(state_.WhatsAppContent);
-        whatsApp.MessageDate = "2013-06-30 23:05:09";
-        whatsApp.PhoneNo.reset();
-        addFilled(state_.InternetContent).LastVisitedDate = "2013-06-30 01:05:09";
+        for (const CategoryFacts& category : categories()) {
+            if (category.category == Category::Photos) continue;
+            const RowKind& kind = category.kinds.front();
+            withList(state_, kind.live, [](auto& rows) { addFilled(rows); });
+            withList(state_, kind.deleted, [](auto& rows) { add(rows); });
+        }
+        state_.SMSContent[0]->LocalTime = "2013-06-30 13:05:09";
+        state_.ContactContent[0]->CreatedDate = "2013-06-30 00:05:09";
+        state_.ContactContent[0]->ModifiedDate = " ";
+        state_.CallLogContent[0]->LocalTime = "2013-06-30 13:05:09";
+        state_.NotesContent[0]->CreatedDate = "2013-06-30 12:05 PM";
+        state_.CalendarContent[0]->StartDate = "2013-06-30 00:00:00";
+        state_.WhatsAppContent[0]->MessageDate = "2013-06-30 23:05:09";
+        state_.WhatsAppContent[0]->PhoneNo.reset();
+        state_.InternetContent[0]->LastVisitedDate = "2013-06-30 01:05:09";
         addFilled(state_.MapContent);
         addFilled(state_.AccountContent);
         addFilled(state_.ApplicationContent);
         addFilled(state_.UserDictContent);
-        add(state_.DeletedSMS);
-        add(state_.DeletedContact);
-        add(state_.DeletedCallLog);
-        add(state_.DeletedNotes);
-        add(state_.DeletedCalendar);
-        add(state_.DeletedWhatsApp);
-        add(state_.DeletedInternet);
     }
 
     static std::vector<std::string> namesIn(const fs::path& folder) {

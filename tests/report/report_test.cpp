@@ -3,7 +3,7 @@
 
 #include "report/RecordJson.h"
 #include "report/ScanReport.h"
-#include "scan/ScanState.h"
+#include "scan/Categories.h"
 #include "tests/export/TempFolder.h"
 
 namespace salvor {
@@ -22,6 +22,15 @@ class Report : public testing::Test {
         return keys;
     }
 
+    static std::string listKeys(int Places::*order, NamedList RowKind::*which) {
+        std::string keys;
+        for (const auto* category : categoriesBy(order)) {
+            for (const auto& kind : category->kinds)
+                if (kind.listed) keys += (kind.*which).name + std::string(" ");
+        }
+        return keys;
+    }
+
     ScanState state_;
 };
 
@@ -29,14 +38,12 @@ TEST_F(Report, HasEverySectionInOrder) {
     const Json json = report();
     EXPECT_EQ(keysOf(json), "device source counts live deleted conversations status ");
     EXPECT_EQ(keysOf(json["live"]),
-              "SMSContent ContactContent CallLogContent WhatsAppContent NotesContent "
-              "CalendarContent InternetContent Photos Videos MapContent AccountContent "
-              "ApplicationContent UserDictContent ");
-    EXPECT_EQ(keysOf(json["deleted"]),
-              "DeletedSMS DeletedContact DeletedCallLog DeletedWhatsApp DeletedNotes "
-              "DeletedCalendar DeletedPhotos DeletedVideos DeletedInternet ");
+              listKeys(&Places::liveKey, &RowKind::live) +
+                  "MapContent AccountContent ApplicationContent UserDictContent ");
+    EXPECT_EQ(keysOf(json["deleted"]), listKeys(&Places::deletedKey, &RowKind::deleted));
+    EXPECT_TRUE(keysOf(json["counts"]).starts_with("SMSCount DeletedSMSCount iMessageCount "));
     EXPECT_EQ(json["counts"].size(), 22U);
-    EXPECT_EQ(json["source"]["databases"].size(), 13U);
+    EXPECT_EQ(json["source"]["databases"].size(), databaseNames().size());
     EXPECT_EQ(json["live"]["SMSContent"], Json::array());
 }
 

@@ -1,5 +1,6 @@
 #include "services/ServicesManager.h"
 
+#include "scan/Categories.h"
 #include "services/MessageServices.h"
 #include "services/messageServicesIOS7_8.h"
 #include "tests/support/ScanFixture.h"
@@ -26,19 +27,21 @@ class RecordingService : public abstractServices {
 class Manager : public ScanFixture {
   protected:
     ServiceMakers recording() {
-        const std::pair<ServiceIndex, const char*> names[] = {
-            {ServiceIndex::Messages, "messages"},   {ServiceIndex::CameraRoll, "roll"},
-            {ServiceIndex::Contacts, "contacts"},   {ServiceIndex::CallHistory, "calls"},
-            {ServiceIndex::Calendars, "events"},    {ServiceIndex::Notes, "notes"},
-            {ServiceIndex::InternetHistory, "web"}, {ServiceIndex::WhatsApp, "chats"}};
         ServiceMakers makers;
-        for (const auto& [index, name] : names) {
-            makers[index] = [this, name = std::string(name)](ScanState& scan, const DeviceInfo&) {
+        for (const CategoryFacts& facts : categories()) {
+            const std::string name = facts.word;
+            makers[facts.service] = [this, name](ScanState& scan, const DeviceInfo&) {
                 made.push_back(name);
                 return std::make_unique<RecordingService>(scan, name, calls);
             };
         }
         return makers;
+    }
+
+    static Texts wordsBy(int Places::*place) {
+        Texts words;
+        for (const auto* facts : categoriesBy(place)) words.push_back(facts->word);
+        return words;
     }
 
     DeviceInfo device;
@@ -47,10 +50,9 @@ class Manager : public ScanFixture {
 
 TEST_F(Manager, MakesAndRunsTheServicesInTheirOrders) {
     ServicesManager manager(state, device, recording());
-    EXPECT_EQ(made,
-              (Texts{"chats", "calls", "events", "notes", "messages", "contacts", "roll", "web"}));
+    EXPECT_EQ(made, wordsBy(&Places::making));
     manager.StartRecovery();
-    EXPECT_EQ(calls, (Texts{"messages", "contacts", "notes", "events", "calls", "chats"}));
+    EXPECT_EQ(calls, wordsBy(&Places::module));
 }
 
 TEST_F(Manager, RunsOneServiceByItsNumber) {
@@ -58,14 +60,20 @@ TEST_F(Manager, RunsOneServiceByItsNumber) {
     DeviceInfo other;
     other.DeviceName = "!";
     manager.setDevice(other);
-    for (int index = -1; index < 10; ++index) manager.StartRecoveryofService(index);
-    EXPECT_EQ(calls, (Texts{"messages!", "roll!", "contacts!", "calls!", "events!", "notes!",
-                            "web!", "chats!"}));
+    Texts expected;
+    for (const CategoryFacts& facts : categories()) {
+        manager.StartRecoveryofService(static_cast<int>(facts.service));
+        expected.push_back(facts.word + std::string("!"));
+    }
+    for (const int none : {-1, static_cast<int>(kCategoryCount)})
+        manager.StartRecoveryofService(none);
+    EXPECT_EQ(calls, expected);
 }
 
 TEST_F(Manager, CategoriesThatAreNotBuiltYieldNothing) {
     ServicesManager manager(state, device, {});
-    for (int index = 0; index < 8; ++index) manager.StartRecoveryofService(index);
+    for (const CategoryFacts& facts : categories())
+        manager.StartRecoveryofService(static_cast<int>(facts.service));
     manager.StartRecovery();
     EXPECT_EQ(manager.noteServ, nullptr);
 }

@@ -13,8 +13,16 @@ namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
 
-constexpr int kContactsService = 2;
+constexpr int kContactsService = static_cast<int>(ServiceIndex::Contacts);
+
+std::vector<int> serviceNumbers() {
+    std::vector<int> numbers;
+    for (const CategoryFacts& facts : categories())
+        numbers.push_back(static_cast<int>(facts.service));
+    return numbers;
+}
 
 /// Services that note what happens to them and do what a test tells them to.
 class FakeServices : public ServiceRunner {
@@ -67,11 +75,10 @@ class RecoveryDriver : public testing::Test, public ScanObserver {
         const std::lock_guard lock(mutex);
         warnings.push_back(text);
     }
-    std::vector<bool> flags() const {
-        return {controller.dcmiFinished.isSet(),     controller.contactsFinished.isSet(),
-                controller.notesFinished.isSet(),    controller.callHistoryFinished.isSet(),
-                controller.whatsAppFinished.isSet(), controller.calendarFinished.isSet(),
-                controller.messagesFinished.isSet(), controller.internetFinished.isSet()};
+    bool allFinished() {
+        return std::all_of(categories().begin(), categories().end(), [this](const auto& facts) {
+            return controller.finished(facts.category).isSet();
+        });
     }
 
     std::mutex mutex;
@@ -83,10 +90,10 @@ class RecoveryDriver : public testing::Test, public ScanObserver {
 
 TEST_F(RecoveryDriver, EverythingRunsEachServiceOnceAndWaitsForAll) {
     controller.RecoverDeletedData(0, state, services);
-    EXPECT_THAT(services.servicesRun(), UnorderedElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
-    EXPECT_EQ(services.events().size(), 17u);
+    EXPECT_THAT(services.servicesRun(), UnorderedElementsAreArray(serviceNumbers()));
+    EXPECT_EQ(services.events().size(), 1 + 2 * kCategoryCount);
     EXPECT_EQ(services.events().front(), "device 7");
-    EXPECT_EQ(flags(), std::vector<bool>(8, true));
+    EXPECT_TRUE(allFinished());
     EXPECT_FALSE(state.isDoingRecovery);
     EXPECT_THAT(state.statusHistory(),
                 UnorderedElementsAre(std::pair(3, std::string("Recovering Photos & Videos...")),
@@ -108,34 +115,35 @@ TEST_F(RecoveryDriver, CallsAndMessagesWaitForTheContactsInEveryScan) {
 }
 
 TEST_F(RecoveryDriver, OneCategoryRunsItsServiceOnlyAndEndsAfterIt) {
-    const std::pair<int, int> servicesOfCodes[] = {{1, 0}, {2, 1}, {3, 2}, {4, 3},
-                                                   {5, 7}, {6, 5}, {7, 6}, {8, 4}};
     // Twice with one controller: the second run starts from set flags.
     for (int scan = 0; scan < 2; ++scan) {
-        for (const auto& [code, service] : servicesOfCodes) {
+        for (const CategoryFacts& facts : categories()) {
             FakeServices fresh;
             fresh.work = [](int, const std::stop_token&) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
             };
-            controller.RecoverDeletedData(code, state, fresh);
-            const auto number = std::to_string(service);
+            controller.RecoverDeletedData(codeOf(facts.category), state, fresh);
+            const auto number = std::to_string(static_cast<int>(facts.service));
             EXPECT_THAT(fresh.events(),
                         ElementsAre("device 7", "begin " + number, "end " + number));
-            EXPECT_EQ(flags(), std::vector<bool>(8, true));
+            EXPECT_TRUE(allFinished());
         }
     }
 }
 
 // A service may be done before the driver presets the other flags.
 TEST_F(RecoveryDriver, QuickServicesNeverLoseTheirFlag) {
-    for (int i = 0; i < 200; ++i) controller.RecoverDeletedData(1 + i % 8, state, services);
+    for (std::size_t i = 0; i < 200; ++i) {
+        const auto category = categories()[i % kCategoryCount].category;
+        controller.RecoverDeletedData(codeOf(category), state, services);
+    }
     EXPECT_EQ(services.servicesRun().size(), 200u);
 }
 
 TEST_F(RecoveryDriver, AnUnknownCodeStartsNothingAndReturnsOnceAllFlagsAreSet) {
     controller.RecoverDeletedData(0, state, services);
     FakeServices idle;
-    controller.RecoverDeletedData(9, state, idle);
+    controller.RecoverDeletedData(codeOf(kLastCategory) + 1, state, idle);
     EXPECT_THAT(idle.events(), ElementsAre("device 7"));
 }
 
@@ -171,8 +179,8 @@ TEST_F(RecoveryDriver, CancelStopsEveryWorkerAndTheScanEndsThroughTheFlags) {
         stop.request_stop();
     });
     controller.RecoverDeletedData(0, state, services, stop.get_token());
-    EXPECT_EQ(services.servicesRun().size(), 8u);
-    EXPECT_EQ(flags(), std::vector<bool>(8, true));
+    EXPECT_EQ(services.servicesRun().size(), kCategoryCount);
+    EXPECT_TRUE(allFinished());
 
     FakeServices next;
     next.work = [](int, const std::stop_token& cancelled) {
@@ -186,7 +194,7 @@ TEST_F(RecoveryDriver, ACancelThatCameFirstReachesWorkersThatStartLater) {
     std::stop_source stop;
     stop.request_stop();
     controller.RecoverDeletedData(0, state, services, stop.get_token());
-    EXPECT_EQ(services.servicesRun().size(), 8u);
+    EXPECT_EQ(services.servicesRun().size(), kCategoryCount);
 }
 
 TEST_F(RecoveryDriver, AFailingServiceCostsNoOtherOne) {
@@ -194,7 +202,7 @@ TEST_F(RecoveryDriver, AFailingServiceCostsNoOtherOne) {
         if (service == kContactsService) throw std::runtime_error("broken book");
     };
     controller.RecoverDeletedData(0, state, services);
-    EXPECT_EQ(services.servicesRun().size(), 8u);
+    EXPECT_EQ(services.servicesRun().size(), kCategoryCount);
     EXPECT_THAT(warnings, ElementsAre(testing::HasSubstr("broken book")));
 }
 
