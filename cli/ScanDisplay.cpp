@@ -11,8 +11,6 @@ namespace salvor::cli {
 namespace {
 
 constexpr auto kFrame = std::chrono::milliseconds(100);
-constexpr int kStatusClear = 2;
-constexpr int kStatusRunning = 0;
 
 }  // namespace
 
@@ -25,15 +23,17 @@ ScanDisplay::~ScanDisplay() {
     finish();
 }
 
-void ScanDisplay::onStatus(int code, const std::string& text) {
-    if (log_ != nullptr) log_->debug("status {} \"{}\" after {} ms", code, text, elapsed().count());
-    if (code == kStatusClear || text.empty()) return;
+void ScanDisplay::onStatus(StatusCode code, const std::string& text) {
+    if (log_ != nullptr)
+        log_->debug("status {} \"{}\" after {} ms", static_cast<int>(code), text,
+                    elapsed().count());
+    if (code == StatusCode::Clear || text.empty()) return;
     {
         const std::lock_guard lock(mutex_);
         step_ = text;
     }
     // What only names the step stands in the progress line already.
-    const bool shownInLine = redraws_ && code == kStatusRunning;
+    const bool shownInLine = redraws_ && code == StatusCode::Running;
     if (wanted_.texts && !shownInLine) writeLine(text);
 }
 

@@ -34,7 +34,7 @@ class ScanDisplay : public ScanObserver {
     /// Begins to draw; `progress` outlives `finish`.
     void start(const ScanProgress& progress);
 
-    void onStatus(int code, const std::string& text) override;
+    void onStatus(StatusCode code, const std::string& text) override;
     void onBackupProgress(int percent, const std::string& line) override;
     void onBackupComplete() override;
     void onWarning(const std::string& text) override;

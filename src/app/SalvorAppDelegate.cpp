@@ -104,7 +104,7 @@ void SalvorAppDelegate::continueToRecover(const dataTypeHolder& holder) {
 void SalvorAppDelegate::exploreInBackground(const dataTypeHolder& holder) {
     waitForScan();
     forgetCancel();
-    state_.showScreen(2);
+    state_.showScreen(Screen::Progress);
     scanThread_ = std::jthread([this, holder] { ExploreBackupDirectoryWithDataType(holder); });
 }
 
@@ -134,7 +134,7 @@ void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     if (cancelRequested()) state_.IsCancelFlag = true;
     warnOfDatabaseIndex();
     extraction.prepare(holder.dataType);
-    state_.showScreen(2);
+    state_.showScreen(Screen::Progress);
     state_.selectTab(holder.dataType);
     const ExtractionResult result = extraction.read(holder.dataType);
     workFolderFailure_ = extraction.failure();
@@ -142,7 +142,7 @@ void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
 }
 
 void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {
-    state_.updateStatus(3, "Recovering deleted data. Please wait...");
+    state_.updateStatus(StatusCode::Result, "Recovering deleted data. Please wait...");
     clearDeletedLists(state_);
     state_.isDoingRecovery = true;
     const auto services = makeServices_(state_);
@@ -153,7 +153,7 @@ void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {
 void SalvorAppDelegate::endScan() {
     state_.hasDoneScan = true;
     state_.refreshTabButtons();
-    state_.showScreen(3);
+    state_.showScreen(Screen::Main);
 }
 
 std::stop_token SalvorAppDelegate::stopToken() const {

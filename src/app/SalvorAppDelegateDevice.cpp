@@ -143,7 +143,7 @@ void SalvorAppDelegate::backupTaskEnded(const HelperResult& result) {
     MobileDevice_->framework().runLoop().stop();
     const bool complete = *end == FreshBackupEnd::Complete;
     if (!complete) {
-        state_.showScreen(3);
+        state_.showScreen(Screen::Main);
         return;
     }
     chooseFreshBackup(lastBackup_.folder);

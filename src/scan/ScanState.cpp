@@ -24,7 +24,7 @@ std::shared_ptr<DatabaseLookups> ScanState::daos() const {
     return daos_;
 }
 
-void ScanState::updateStatus(int code, const std::string& text) {
+void ScanState::updateStatus(StatusCode code, const std::string& text) {
     {
         const std::lock_guard lock(statusMutex_);
         statusHistory_.emplace_back(code, text);
@@ -32,11 +32,19 @@ void ScanState::updateStatus(int code, const std::string& text) {
     if (observer != nullptr) observer->onStatus(code, text);
 }
 
+void ScanState::categoryRead(Category category) {
+    if (observer != nullptr) observer->onCategoryRead(category);
+}
+
+void ScanState::categoryRecovered(Category category) {
+    if (observer != nullptr) observer->onCategoryRecovered(category);
+}
+
 void ScanState::updateUIfoundRecoveredData() {
     if (observer != nullptr) observer->onRecoveredData();
 }
 
-void ScanState::UpdateMainView(int view) {
+void ScanState::UpdateMainView(View view) {
     if (observer != nullptr) observer->onMainView(view);
 }
 
@@ -44,12 +52,12 @@ void ScanState::refreshTabButtons() {
     if (observer != nullptr) observer->onTabButtons();
 }
 
-void ScanState::selectTab(int dataType) {
-    const Category tab = categoryOf(dataType).value_or(Category::Photos);
-    if (observer != nullptr) observer->onTabSelected(codeOf(tab));
+void ScanState::selectTab(std::int32_t dataType) {
+    if (observer != nullptr)
+        observer->onTabSelected(categoryOf(dataType).value_or(Category::Photos));
 }
 
-void ScanState::showScreen(int screen) {
+void ScanState::showScreen(Screen screen) {
     if (observer != nullptr) observer->onScreen(screen);
 }
 
@@ -61,7 +69,7 @@ void ScanState::tellError(const std::string& text) {
     if (observer != nullptr) observer->onError(text);
 }
 
-std::vector<std::pair<int, std::string>> ScanState::statusHistory() const {
+std::vector<std::pair<StatusCode, std::string>> ScanState::statusHistory() const {
     const std::lock_guard lock(statusMutex_);
     return statusHistory_;
 }

@@ -121,17 +121,19 @@ class ScanState : public RecordContext {
     std::shared_ptr<DatabaseLookups> daos() const;
 
     // Operations that reach the observer
-    void updateStatus(int code, const std::string& text);
+    void updateStatus(StatusCode code, const std::string& text);
+    void categoryRead(Category category);
+    void categoryRecovered(Category category);
     void updateUIfoundRecoveredData();
-    void UpdateMainView(int view);
+    void UpdateMainView(View view);
     void refreshTabButtons();
-    void selectTab(int dataType);
-    void showScreen(int screen);
+    void selectTab(std::int32_t dataType);
+    void showScreen(Screen screen);
     void warn(const std::string& text);
     void tellError(const std::string& text);
 
     /// Every status that `updateStatus` was given, in order.
-    std::vector<std::pair<int, std::string>> statusHistory() const;
+    std::vector<std::pair<StatusCode, std::string>> statusHistory() const;
 
     // RecordContext
     std::shared_ptr<DatabaseLookups> lookups() const override { return daos(); }
@@ -146,7 +148,7 @@ class ScanState : public RecordContext {
     std::shared_ptr<FMDBUtils> dbUtils_;
     std::shared_ptr<DatabaseLookups> daos_;
     mutable std::mutex statusMutex_;
-    std::vector<std::pair<int, std::string>> statusHistory_;
+    std::vector<std::pair<StatusCode, std::string>> statusHistory_;
 };
 
 }  // namespace salvor

@@ -53,7 +53,7 @@ class ConnectedDevice : public testing::Test, public ScanObserver, public FreshB
         events.push_back(connected ? "connected" : "gone");
     }
     void onBackupComplete() override { events.push_back("complete"); }
-    void onScreen(int screen) override { screens.push_back(screen); }
+    void onScreen(Screen screen) override { screens.push_back(screen); }
     bool tryAgain(const std::string& text, const std::string&) override {
         events.push_back(text);
         return answers-- > 0;
@@ -66,7 +66,7 @@ class ConnectedDevice : public testing::Test, public ScanObserver, public FreshB
     TempFolder folder;
     fs::path root = folder / "backups";
     std::vector<std::string> events;
-    std::vector<int> screens;
+    std::vector<Screen> screens;
     int answers = 0;  ///< questions that are answered Yes
     FakeFramework* framework = new FakeFramework;
     MobileDeviceAccess access{std::unique_ptr<MobileDeviceFramework>(framework)};
@@ -173,7 +173,7 @@ TEST_F(ConnectedDevice, IsBackedUpOnceAtATimeAndThenScanned) {
     EXPECT_EQ(app.state().BACKUP_DIRECTORY, backup.folder.string());
     EXPECT_TRUE(app.state().hasDoneScan);
     EXPECT_THAT(events, ElementsAre("connected", "complete"));
-    EXPECT_THAT(screens, ElementsAre(2, 2, 3));
+    EXPECT_THAT(screens, ElementsAre(Screen::Progress, Screen::Progress, Screen::Main));
 }
 
 // What was backed up must not bear the name and the version of another.

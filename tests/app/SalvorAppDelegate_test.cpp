@@ -11,9 +11,11 @@
 namespace salvor {
 namespace {
 
+using testing::AnyOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 /// Counts the services that ran and does what a test wants of them.
 struct Work {
@@ -47,11 +49,19 @@ class Application : public testing::Test, public ScanObserver {
         info.text("Device Name", "Phone").text("Product Version", "7.1");
         info.writeXml(backup / "Info.plist");
     }
-    void onStatus(int, const std::string& text) override {
+    void onStatus(StatusCode, const std::string& text) override {
         if (text == cancelAt) app.cancel();
     }
-    void onScreen(int screen) override { note("screen " + std::to_string(screen)); }
-    void onTabSelected(int dataType) override { note("tab " + std::to_string(dataType)); }
+    void onScreen(Screen screen) override {
+        note("screen " + std::to_string(static_cast<int>(screen)));
+    }
+    void onTabSelected(Category category) override {
+        note("tab " + std::to_string(codeOf(category)));
+    }
+    void onCategoryRead(Category category) override {
+        note("read " + std::to_string(codeOf(category)));
+    }
+    void onCategoryRecovered(Category) override { note("recovered"); }
     void onWarning(const std::string& text) override { note("warning " + text); }
     void note(const std::string& event) {
         const std::lock_guard lock(mutex);
@@ -80,9 +90,11 @@ TEST_F(Application, GoesFromAChosenListToTheResult) {
     EXPECT_TRUE(app.state().hasDoneScan);
     EXPECT_FALSE(app.state().isDoingRecovery);
     EXPECT_EQ(work.services, 1);
-    EXPECT_THAT(events, ElementsAre("screen 2", "screen 2", "tab 4", "screen 3"));
-    EXPECT_EQ(app.state().statusHistory().back(),
-              std::pair(3, std::string("Recovering deleted data. Please wait...")));
+    EXPECT_THAT(events,
+                ElementsAre("screen 2", "screen 2", "tab 4", "read 4", "recovered", "screen 3"));
+    EXPECT_EQ(
+        app.state().statusHistory().back(),
+        std::pair(StatusCode::Result, std::string("Recovering deleted data. Please wait...")));
 }
 
 TEST_F(Application, AsksWhenThePropertyListsAreMissing) {
@@ -121,6 +133,8 @@ TEST_F(Application, CancelDuringTheExtractionStartsNoWorker) {
     EXPECT_TRUE(app.cancelRequested());
     EXPECT_FALSE(app.state().hasDoneScan);
     EXPECT_EQ(app.state().statusHistory().back().second, "0 WhatsApp Retreived");
+    EXPECT_THAT(events, Contains("read 5")) << "with what was read until then";
+    EXPECT_THAT(events, Not(AnyOf(Contains("read 6"), Contains("recovered"))));
 }
 
 TEST_F(Application, CancelReachesTheWorkersAndNotTheNextScan) {

@@ -25,7 +25,7 @@ class Watcher : public ScanObserver {
   public:
     std::string moment;
     std::function<void()> act;
-    void onStatus(int, const std::string& text) override {
+    void onStatus(StatusCode, const std::string& text) override {
         if (text == moment) act();
     }
 };

@@ -123,9 +123,9 @@ class ScanDisplayTest : public testing::Test {
 TEST_F(ScanDisplayTest, WritesPlainLinesOffATerminal) {
     ScanDisplay display(console_, {});
     display.start(progress_);
-    display.onStatus(0, "SMS");
-    display.onStatus(3, "12 SMS Retreived");
-    display.onStatus(2, "");
+    display.onStatus(StatusCode::Running, "SMS");
+    display.onStatus(StatusCode::Result, "12 SMS Retreived");
+    display.onStatus(StatusCode::Clear, "");
     display.finish();
     EXPECT_EQ(buffer_.str(), "SMS\n12 SMS Retreived\n");
 }
@@ -136,10 +136,10 @@ TEST_F(ScanDisplayTest, RedrawsOneLineInPlace) {
     progress_.bytesTotal = 200;
     progress_.bytesDone = 50;
     ScanDisplay display(console_, {});
-    display.onStatus(0, "SMS");
+    display.onStatus(StatusCode::Running, "SMS");
     display.start(progress_);
     buffer_.redrawn.get_future().wait();
-    display.onStatus(3, "12 SMS\x1b Retreived");
+    display.onStatus(StatusCode::Result, "12 SMS\x1b Retreived");
     display.finish();
     const auto written = buffer_.str();
     EXPECT_THAT(written, StartsWith("\r50 bytes of 200 bytes  0 deleted found\x1b[K"));
@@ -157,7 +157,7 @@ TEST_F(ScanDisplayTest, WarningsAreLogLinesAndQuietMeansNothing) {
                                [&](auto line) { display.writeLine(line); }));
         if (quiet) display.start(progress_);
         display.onWarning("sms.db: cannot be read");
-        if (quiet) display.onStatus(3, "12 SMS Retreived");
+        if (quiet) display.onStatus(StatusCode::Result, "12 SMS Retreived");
         display.finish();
         EXPECT_EQ(buffer_.str(), quiet ? "" : "salvor: warning: sms.db: cannot be read\n");
         buffer_.str("");

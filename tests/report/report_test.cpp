@@ -53,8 +53,8 @@ TEST_F(Report, TellsDeviceSourceCountsAndStatus) {
     state_.BACKUP_DIRECTORY = "/b";
     state_.SMS_DATABASE = "3d0d";
     state_.DeletedSMSCount = 3;
-    state_.updateStatus(0, "SMS");
-    state_.updateStatus(3, "12 \"SMS\"\n");
+    state_.updateStatus(StatusCode::Running, "SMS");
+    state_.updateStatus(StatusCode::Result, "12 \"SMS\"\n");
     const Json json = report();
     EXPECT_EQ(json["device"]["DeviceName"], "");
     EXPECT_TRUE(json["device"]["SerialNumber"].is_null());

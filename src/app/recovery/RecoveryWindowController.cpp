@@ -5,6 +5,8 @@
 #include <exception>
 #include <pthread.h>
 
+#include "scan/Categories.h"
+
 namespace salvor {
 
 using Controller = RecoveryWindowController;
@@ -116,6 +118,9 @@ void Controller::runService(const CategoryFacts& facts, std::stop_token cancelle
         state_->warn("recovery service " + std::to_string(code) +
                      " ended early: " + failure.what());
     }
+    // What no statement of the extraction reads is completed by the service.
+    if (facts.places.reading == 0) state_->categoryRead(facts.category);
+    state_->categoryRecovered(facts.category);
 }
 
 void Controller::work(const CategoryFacts& facts, std::stop_token cancelled) {
@@ -125,9 +130,9 @@ void Controller::work(const CategoryFacts& facts, std::stop_token cancelled) {
     if (!worker.clearsFlagAfterWait) own.clear();
     if (worker.waitsFor) finished(*worker.waitsFor).wait();
     if (worker.clearsFlagAfterWait) own.clear();
-    if (worker.status != nullptr) state_->updateStatus(3, worker.status);
+    if (worker.status != nullptr) state_->updateStatus(StatusCode::Result, worker.status);
     runService(facts, std::move(cancelled));
-    if (worker.redrawsView) state_->UpdateMainView(1);
+    if (worker.redrawsView) state_->UpdateMainView(View::Lists);
     if (worker.refreshesTabs) state_->refreshTabButtons();
     own.set();
 }

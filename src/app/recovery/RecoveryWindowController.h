@@ -52,6 +52,7 @@ class RecoveryWindowController {
     void joinWorkers();
     /// What the thread of a category does, its waiting included.
     void work(const CategoryFacts& facts, std::stop_token cancelled);
+    /// Everything that a service fills is complete when this returns.
     void runService(const CategoryFacts& facts, std::stop_token cancelled);
 
     std::int32_t DataType_ = 0;

@@ -31,12 +31,14 @@ bool asksFor(std::int32_t dataType, Category category) {
 
 void readCategory(const CategoryFacts& category, ScanState& state,
                   const std::stop_token& cancelled) {
-    state.updateStatus(0, category.reading.status);
+    state.updateStatus(StatusCode::Running, category.reading.status);
     clearLists(category, state);
     readLiveRows(category, state, cancelled);
+    state.categoryRead(category.category);
     const auto shown = withList(state, factsOf(category.reading.counted).kinds.front().live,
                                 [](const auto& rows) { return rows.size(); });
-    state.updateStatus(3, std::to_string(shown) + " " + category.reading.countText);
+    state.updateStatus(StatusCode::Result,
+                       std::to_string(shown) + " " + category.reading.countText);
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ class Sweep {
         : state_(state), workFolder_(workFolder), cancelled_(cancelled) {}
 
     void run() {
-        state_.updateStatus(0, factsOf(Category::Photos).reading.status);
+        state_.updateStatus(StatusCode::Running, factsOf(Category::Photos).reading.status);
         const StoredFiles files(state_.BACKUP_DIRECTORY);
         const std::size_t step = files.size() / kProgressSteps;
         state_.progress.pictureSteps = 0;
@@ -149,7 +149,7 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
     Sweep(state, workFolder, cancelled).run();
     --state.PhotosCount;
     --state.VideosCount;
-    state.UpdateMainView(1);
+    state.UpdateMainView(View::Lists);
     return {};
 }
 

@@ -75,6 +75,14 @@ class RecoveryDriver : public testing::Test, public ScanObserver {
         const std::lock_guard lock(mutex);
         warnings.push_back(text);
     }
+    void onCategoryRead(Category category) override { tell("read", category); }
+    void onCategoryRecovered(Category category) override { tell("recovered", category); }
+    void tell(const char* what, Category category) {
+        const std::lock_guard lock(mutex);
+        told[category].push_back(what);
+        tellers[category] = std::this_thread::get_id();
+        if (controller.finished(category).isSet()) told[category].push_back("too late");
+    }
     bool allFinished() {
         return std::all_of(categories().begin(), categories().end(), [this](const auto& facts) {
             return controller.finished(facts.category).isSet();
@@ -83,6 +91,8 @@ class RecoveryDriver : public testing::Test, public ScanObserver {
 
     std::mutex mutex;
     std::vector<std::string> warnings;
+    std::map<Category, std::vector<std::string>> told;
+    std::map<Category, std::thread::id> tellers;
     ScanState state;
     FakeServices services;
     RecoveryWindowController controller;
@@ -96,8 +106,37 @@ TEST_F(RecoveryDriver, EverythingRunsEachServiceOnceAndWaitsForAll) {
     EXPECT_TRUE(allFinished());
     EXPECT_FALSE(state.isDoingRecovery);
     EXPECT_THAT(state.statusHistory(),
-                UnorderedElementsAre(std::pair(3, std::string("Recovering Photos & Videos...")),
-                                     std::pair(3, std::string("Recovering Internet History"))));
+                UnorderedElementsAre(
+                    std::pair(StatusCode::Result, std::string("Recovering Photos & Videos...")),
+                    std::pair(StatusCode::Result, std::string("Recovering Internet History"))));
+}
+
+// Also by a service that fails or is cancelled: its lists hold what it found.
+TEST_F(RecoveryDriver, EachWorkerTellsThatItsListsAreCompleteBeforeItsFlagIsSet) {
+    std::map<int, Category> ofService;
+    for (const auto& facts : categories())
+        ofService[static_cast<int>(facts.service)] = facts.category;
+    for (const bool cancelled : {false, true}) {
+        std::map<Category, std::thread::id> workers;
+        services.work = [&](int service, const std::stop_token&) {
+            const std::lock_guard lock(mutex);
+            EXPECT_FALSE(told.contains(ofService.at(service))) << "lists are still being filled";
+            workers[ofService.at(service)] = std::this_thread::get_id();
+            if (service == 5) throw std::runtime_error("broken");
+        };
+        told.clear();
+        std::stop_source stop;
+        if (cancelled) stop.request_stop();
+        controller.RecoverDeletedData(0, state, services, stop.get_token());
+        EXPECT_EQ(told.size(), kCategoryCount);
+        for (const auto& [category, events] : told) {
+            const bool ownLiveRows = category == Category::Photos || category == Category::Internet;
+            EXPECT_EQ(events, ownLiveRows ? (std::vector<std::string>{"read", "recovered"})
+                                          : (std::vector<std::string>{"recovered"}))
+                << codeOf(category);
+            EXPECT_EQ(tellers[category], workers[category]) << codeOf(category);
+        }
+    }
 }
 
 // The second scan must not be woken by the finished flags of the first one.

@@ -43,7 +43,7 @@ class Extraction : public testing::Test {
     std::vector<std::string> statuses() const {
         std::vector<std::string> texts;
         for (const auto& [code, text] : state.statusHistory())
-            texts.push_back(std::to_string(code) + " " + text);
+            texts.push_back(std::to_string(static_cast<int>(code)) + " " + text);
         return texts;
     }
 
@@ -119,15 +119,29 @@ TEST_F(Extraction, ReadsTheWantedCategoriesAndShowsTheMessageCountForMost) {
           "3 0 WhatsApp Retreived", "0 Notes", "3 3 Notes Retreived", "0 Calendar",
           "3 3 Calendar Retreived"}},
     };
+    struct Listener : ScanObserver {
+        const ScanState& state;
+        std::vector<std::pair<int, std::size_t>> read;
+        explicit Listener(const ScanState& heard) : state(heard) {}
+        void onCategoryRead(Category category) override {
+            read.emplace_back(codeOf(category), state.SMSContent.size());
+        }
+    } listener(state);
+    state.observer = &listener;
     std::vector<std::string> expected;
     for (const auto& [code, texts] : cases) {
+        state.SMSContent.resize(code == 0 ? 0 : state.SMSContent.size());
+        listener.read.clear();
         EXPECT_EQ(extract(code), ExtractionResult::Complete);
         expected.insert(expected.end(), texts.begin(), texts.end());
         EXPECT_EQ(statuses(), expected) << code;
         EXPECT_EQ(std::filesystem::exists(folder / "work/Temp/Photos"), code == 2 || code == 0);
     }
-    EXPECT_EQ(state.SMSContent.size(), 3u);
     EXPECT_EQ(state.SMSCount, 3);
+    EXPECT_THAT(listener.read,
+                testing::ElementsAre(std::pair(1, 3), std::pair(3, 3), std::pair(4, 3),
+                                     std::pair(5, 3), std::pair(6, 3), std::pair(8, 3)))
+        << "in the order of reading, when the list is complete";
 }
 
 TEST_F(Extraction, TheRecoveryBeginsWithFiveEmptyLists) {

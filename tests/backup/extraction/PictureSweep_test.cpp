@@ -152,7 +152,7 @@ TEST_F(Sweeps, TellOnceOfCopiesThatCannotBeWritten) {
     struct Saboteur : ScanObserver {
         fs::path target;
         std::vector<std::string> heard;
-        void onStatus(int, const std::string&) override { fs::remove_all(target); }
+        void onStatus(StatusCode, const std::string&) override { fs::remove_all(target); }
         void onWarning(const std::string& text) override { heard.push_back(text); }
     } observer;
     state.observer = &observer;
