@@ -29,8 +29,6 @@ SalvorAppDelegate::SalvorAppDelegate(ScanObserver* observer, ServicesFactory ser
 }
 
 SalvorAppDelegate::~SalvorAppDelegate() {
-    backupTask_.reset();
-    if (MobileDevice_ != nullptr) MobileDevice_->setListener(nullptr);
     if (scanThread_.joinable()) cancel();
     waitForScan();
     waitForSignatures();
@@ -88,6 +86,10 @@ void SalvorAppDelegate::warnOfDatabaseIndex() {
 
 bool SalvorAppDelegate::getInfoFromBackup() {
     return salvor::getInfoFromBackup(state_);
+}
+
+bool SalvorAppDelegate::getInfoFromDeviceOrBackup() {
+    return devices_.isConnected() ? getInfoFromDevice() : getInfoFromBackup();
 }
 
 SourceChoice SalvorAppDelegate::MacRecovery(const std::filesystem::path& chosen,
@@ -156,32 +158,15 @@ void SalvorAppDelegate::endScan() {
     state_.showScreen(Screen::Main);
 }
 
-std::stop_token SalvorAppDelegate::stopToken() const {
-    const std::lock_guard lock(stopMutex_);
-    return stop_.get_token();
-}
-
 void SalvorAppDelegate::cancel() {
-    std::stop_source stop;
-    {
-        const std::lock_guard lock(stopMutex_);
-        stop = stop_;
-    }
     // The flag comes last, so that a scan which clears it meanwhile sees the request.
-    stop.request_stop();
+    cancel_.request();
     state_.IsCancelFlag = true;
 }
 
 void SalvorAppDelegate::forgetCancel() {
-    {
-        const std::lock_guard lock(stopMutex_);
-        stop_ = std::stop_source();
-    }
-    if (MobileDevice_ != nullptr) MobileDevice_->framework().endWith(stopToken());
-}
-
-bool SalvorAppDelegate::cancelRequested() const {
-    return stopToken().stop_requested();
+    cancel_.renew();
+    devices_.heedCancel();
 }
 
 }  // namespace salvor

@@ -1,9 +1,10 @@
+#include "app/DeviceSource.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
 
 #include "app/DeviceSearch.h"
-#include "app/SalvorAppDelegate.h"
 #include "backup/BackupInfoReader.h"
 #include "device/BackupFolderBridge.h"
 #include "device/OpenDevice.h"
@@ -32,41 +33,52 @@ constexpr ValueRow kValues[] = {
 
 }  // namespace
 
-void SalvorAppDelegate::listenForDevices(MobileDeviceAccess& devices) {
+DeviceSource::DeviceSource(ScanState& state, CancelSource& cancel, StartScan startScan)
+    : state_(state), cancel_(cancel), startScan_(std::move(startScan)) {}
+
+DeviceSource::~DeviceSource() {
+    task_.reset();
+    if (MobileDevice_ != nullptr) MobileDevice_->setListener(nullptr);
+}
+
+void DeviceSource::listenFor(MobileDeviceAccess& devices) {
     MobileDevice_ = &devices;
-    devices.framework().endWith(stopToken());
+    heedCancel();
     devices.setListener(this);
 }
 
-void SalvorAppDelegate::setFreshBackup(FreshBackupSettings settings,
-                                       FreshBackupQuestions* questions) {
-    freshBackup_ = std::move(settings);
+void DeviceSource::heedCancel() {
+    if (MobileDevice_ != nullptr) MobileDevice_->framework().endWith(cancel_.token());
+}
+
+void DeviceSource::setFreshBackup(FreshBackupSettings settings, FreshBackupQuestions* questions) {
+    settings_ = std::move(settings);
     questions_ = questions;
 }
 
-void SalvorAppDelegate::deviceConnected(const std::shared_ptr<AMDevice>& device) {
+void DeviceSource::deviceConnected(const std::shared_ptr<AMDevice>& device) {
     if (!device->deviceName()) return;
-    deviceConnected_ = true;
+    connected_ = true;
     mDevice_ = device;
     if (state_.observer != nullptr) state_.observer->onDeviceConnected(true);
 }
 
 // Deliberate: the current device stays, and another that is attached still does not count.
-void SalvorAppDelegate::deviceDisconnected(const std::shared_ptr<AMDevice>& device) {
+void DeviceSource::deviceDisconnected(const std::shared_ptr<AMDevice>& device) {
     if (!device->deviceName()) return;
     state_.RecoverType = 1;
     state_.deviceInfo.Connected = false;
-    deviceConnected_ = false;
+    connected_ = false;
     if (state_.observer != nullptr) state_.observer->onDeviceConnected(false);
 }
 
-bool SalvorAppDelegate::getInfoFromDevice() {
+bool DeviceSource::getInfoFromDevice() {
     state_.deviceInfo = resetDescription("N/A");
-    if (deviceConnected_ && !MobileDevice_->devices().empty()) readDeviceValues();
+    if (connected_ && !MobileDevice_->devices().empty()) readValues();
     return finishDescription(state_);
 }
 
-void SalvorAppDelegate::readDeviceValues() {
+void DeviceSource::readValues() {
     if (!mDevice_) {
         const auto& all = MobileDevice_->devices();
         const auto known = std::find_if(all.begin(), all.end(), [](const auto& one) {
@@ -83,32 +95,27 @@ void SalvorAppDelegate::readDeviceValues() {
         if (open && open->inSession()) text = textOf(mDevice_->deviceValueForKey(row.key));
         if (text || !row.onlyWhenPresent) device.*row.field = std::move(text);
     }
-    const auto folder = folderOfDeviceBackup(freshBackup_.root, device.UniqueDeviceID.value_or(""));
+    const auto folder = folderOfDeviceBackup(settings_.root, device.UniqueDeviceID.value_or(""));
     state_.BACKUP_DIRECTORY = folder.string();
     readEncryptionOfDevice(device, folder);
 }
 
-bool SalvorAppDelegate::getInfoFromDeviceOrBackup() {
-    return deviceConnected_ ? getInfoFromDevice() : getInfoFromBackup();
-}
-
-bool SalvorAppDelegate::BackupAgent(const std::string& udid,
-                                    std::optional<dataTypeHolder> thenScan) {
-    if (backupTask_ || MobileDevice_ == nullptr) return false;
-    backupTarget_ = udid;
-    backedUpDevice_ = mDevice_;
-    scanAfterBackup_ = std::move(thenScan);
-    startBackupTask();
+bool DeviceSource::BackupAgent(const std::string& udid, std::optional<dataTypeHolder> thenScan) {
+    if (task_ || MobileDevice_ == nullptr) return false;
+    target_ = udid;
+    backedUp_ = mDevice_;
+    scanAfter_ = std::move(thenScan);
+    startTask();
     return true;
 }
 
-void SalvorAppDelegate::startBackupTask() {
+void DeviceSource::startTask() {
     std::error_code failed;  // the helper says itself what is wrong with the folder
-    std::filesystem::create_directories(freshBackup_.root, failed);
+    std::filesystem::create_directories(settings_.root, failed);
     auto* observer = state_.observer;
     if (observer != nullptr) observer->onBackupProgress(-1, "");  // nothing is told yet
-    backupTask_ = std::make_unique<HelperTask>(
-        freshBackup_.helper.wordsFor(backupTarget_, freshBackup_.root),
+    task_ = std::make_unique<HelperTask>(
+        settings_.helper.wordsFor(target_, settings_.root),
         [observer](const HelperProgress& progress) {
             if (observer != nullptr) observer->onBackupProgress(progress.percent, progress.line);
         },
@@ -120,48 +127,51 @@ void SalvorAppDelegate::startBackupTask() {
         });
 }
 
-FreshBackup SalvorAppDelegate::waitForBackup() {
-    while (backupTask_) {
-        MobileDevice_->framework().runLoop().run(stopToken());
-        if (!backupTask_ || !cancelRequested()) continue;
-        backupTask_->cancel();
+FreshBackup DeviceSource::waitForBackup() {
+    while (task_) {
+        MobileDevice_->framework().runLoop().run(cancel_.token());
+        if (!task_ || !cancel_.requested()) continue;
+        task_->cancel();
         MobileDevice_->framework().runLoop().run();
     }
     // It has done its work: the next backup or read is another one's to cancel.
-    if (lastBackup_.end == FreshBackupEnd::Cancelled) forgetCancel();
-    return lastBackup_;
+    if (last_.end == FreshBackupEnd::Cancelled) {
+        cancel_.renew();
+        heedCancel();
+    }
+    return last_;
 }
 
-void SalvorAppDelegate::backupTaskEnded(const HelperResult& result) {
-    backupTask_.reset();
-    const auto end = settleBackup(result);
+void DeviceSource::backupTaskEnded(const HelperResult& result) {
+    task_.reset();
+    const auto end = settle(result);
     if (!end) {
-        startBackupTask();
+        startTask();
         return;
     }
-    lastBackup_ = {*end, result, folderOfDeviceBackup(freshBackup_.root, backupTarget_)};
+    last_ = {*end, result, folderOfDeviceBackup(settings_.root, target_)};
     MobileDevice_->framework().runLoop().stop();
     const bool complete = *end == FreshBackupEnd::Complete;
     if (!complete) {
         state_.showScreen(Screen::Main);
         return;
     }
-    chooseFreshBackup(lastBackup_.folder);
+    chooseFreshBackup(last_.folder);
     if (state_.observer != nullptr) state_.observer->onBackupComplete();
-    if (!scanAfterBackup_) return;
-    scanAfterBackup_->BackupLocation = lastBackup_.folder.string();
-    exploreInBackground(*scanAfterBackup_);
+    if (!scanAfter_) return;
+    scanAfter_->BackupLocation = last_.folder.string();
+    startScan_(*scanAfter_);
 }
 
 // How the backup ended; nothing when the helper is to be started again.
-std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const HelperResult& result) {
+std::optional<FreshBackupEnd> DeviceSource::settle(const HelperResult& result) {
     if (result.cancelled) return FreshBackupEnd::Cancelled;
     if (!result.startFailure.empty()) return FreshBackupEnd::NotStarted;
     // What is described is the device that was backed up, not one that came meanwhile.
-    const auto here = findDevice(*MobileDevice_, backupTarget_);
-    mDevice_ = here ? here : backedUpDevice_;
+    const auto here = findDevice(*MobileDevice_, target_);
+    mDevice_ = here ? here : backedUp_;
     const bool described = getInfoFromDevice();
-    if (cancelRequested()) return FreshBackupEnd::Cancelled;
+    if (cancel_.requested()) return FreshBackupEnd::Cancelled;
     if (!described) {
         const bool goOn =
             questions_ != nullptr && questions_->continueAnyway(kMissingPropertyListsAfterBackup);
@@ -171,10 +181,10 @@ std::optional<FreshBackupEnd> SalvorAppDelegate::settleBackup(const HelperResult
     if (result.exitStatus != 1) return FreshBackupEnd::Complete;
     if (questions_ != nullptr && questions_->tryAgain(kPasscodeQuestion, result.lastError))
         return std::nullopt;
-    return cancelRequested() ? FreshBackupEnd::Cancelled : FreshBackupEnd::Refused;
+    return cancel_.requested() ? FreshBackupEnd::Cancelled : FreshBackupEnd::Refused;
 }
 
-void SalvorAppDelegate::chooseFreshBackup(const std::filesystem::path& folder) {
+void DeviceSource::chooseFreshBackup(const std::filesystem::path& folder) {
     state_.BACKUP_DIRECTORY = folder.string();
     state_.deviceInfo.BackupLocation = folder.string();
     state_.RecoverType = 0;
