@@ -28,7 +28,8 @@ constexpr std::size_t maxNameBytes = 200;  // leaves room for what follows a dev
 struct Step {
     int tag;
     std::string word;
-    Exporter::Result (Exporter::*operation)(const ScanState&, const fs::path&, bool) const;
+    Exporter::Result (Exporter::*operation)(const ScanState&, const fs::path&, bool,
+                                            const ExportWatch&) const;
     const RowKind* rows = nullptr;  ///< of a category, which needs no operation
 };
 
@@ -75,24 +76,70 @@ class MediaNames {
 
 class ExportRun {
   public:
-    ExportRun(const ScanState& state, bool onlyTicked) : state_(state), onlyTicked_(onlyTicked) {}
+    ExportRun(const ScanState& state, bool onlyTicked, const ExportWatch& watch)
+        : state_(state), onlyTicked_(onlyTicked), watch_(watch) {}
 
     ExportSummary run(const fs::path& target, const std::string& suffix, Date now) {
         if (!makeFolder(target, now)) return std::move(summary_);
         const Exporter& exporter = Exporter::defaultExporter(summary_.folder);
-        for (const Step& step : stepsByTag(onlyTicked_)) {
+        const auto steps = stepsByTag(onlyTicked_);
+        if (watch_.progress) {
+            for (const Step& step : steps) count(exporter, step);
+        }
+        for (const Step& step : steps) {
+            if (!goesOn()) break;
             if (step.rows != nullptr) {
                 exportRows(exporter, *step.rows, suffix);
             } else if (step.tag == kDeviceInfo) {
                 writeDeviceInfo(inFolder(deviceName() + step.word));
             } else {
-                note((exporter.*step.operation)(state_, inFolder(step.word + suffix), onlyTicked_));
+                note((exporter.*step.operation)(state_, inFolder(step.word + suffix), onlyTicked_,
+                                                watchRows()));
             }
         }
         return std::move(summary_);
     }
 
   private:
+    /// Adds what a step will write to the totals of the progress.
+    void count(const Exporter& exporter, const Step& step) {
+        const ExportWatch counting{{}, {}, &progress_.rowsTotal};
+        if (step.operation != nullptr)
+            (exporter.*step.operation)(state_, {}, onlyTicked_, counting);
+        if (step.rows == nullptr || (onlyTicked_ && !step.rows->tickedExported)) return;
+        exporter.exportRows(*step.rows, state_, {}, onlyTicked_, counting);
+        for (const NamedList* list : {&step.rows->live, &step.rows->deleted}) {
+            withList(state_, *list, [this]<class Row>(const List<Row>& rows) {
+                if constexpr (columns::Medium<Row>)
+                    progress_.filesTotal += static_cast<std::size_t>(
+                        std::count_if(rows.begin(), rows.end(),
+                                      [this](const auto& item) { return wanted(*item); }));
+            });
+        }
+    }
+
+    bool goesOn() {
+        if (watch_.cancelled.stop_requested()) summary_.cancelled = true;
+        return !summary_.cancelled;
+    }
+
+    template <class Row>
+    bool wanted(const Row& row) const {
+        return !onlyTicked_ || row.isChecked == 1;
+    }
+
+    /// The watch of one file of rows, whose progress goes on from what is done.
+    ExportWatch watchRows() const {
+        if (!watch_.progress) return {watch_.cancelled, {}, nullptr};
+        return {watch_.cancelled,
+                [this, before = progress_](const ExportProgress& file) {
+                    auto now = before;
+                    now.rowsDone += file.rowsDone;
+                    watch_.progress(now);
+                },
+                nullptr};
+    }
+
     void exportRows(const Exporter& exporter, const RowKind& kind, const std::string& suffix) {
         if (onlyTicked_ && !kind.tickedExported) {
             // The folder's own path is handed on, so ticked rows yield no file: deliberate.
@@ -104,7 +151,8 @@ class ExportRun {
             if constexpr (columns::Medium<Row>) {
                 copyMedia(kind.file, live, state_.*std::get<ListField<Row>>(kind.deleted.field));
             } else {
-                note(exporter.exportRows(kind, state_, inFolder(kind.file + suffix), onlyTicked_));
+                note(exporter.exportRows(kind, state_, inFolder(kind.file + suffix), onlyTicked_,
+                                         watchRows()));
             }
         });
     }
@@ -144,6 +192,11 @@ class ExportRun {
 
     void note(const Exporter::Result& result) {
         if (!result) return;
+        progress_.rowsDone += result->rows;
+        if (result->cancelled) {
+            summary_.cancelled = true;
+            return;
+        }
         (result->written() ? summary_.written : summary_.failed).push_back(*result);
     }
 
@@ -152,8 +205,11 @@ class ExportRun {
         MediaNames names;
         for (const auto* list : {&live, &deleted}) {
             for (const auto& item : *list) {
-                if (onlyTicked_ && item->isChecked != 1) continue;
+                if (!wanted(*item)) continue;
+                if (!goesOn()) return;
                 copyMedium(summary_.folder / word, *item, names);
+                ++progress_.filesDone;
+                if (watch_.progress) watch_.progress(progress_);
             }
         }
     }
@@ -169,14 +225,21 @@ class ExportRun {
         }
         fs::create_directory(folder, error);
         const std::string name = item.Name.value_or(source.filename().string());
-        note(copyFile(source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes))));
+        const auto copied =
+            copyFile(source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes)));
+        if (copied.cancelled)
+            summary_.cancelled = true;
+        else
+            (copied.written() ? summary_.written : summary_.failed).push_back(copied);
     }
 
-    static ExportedFile copyFile(const fs::path& source, const fs::path& copy) {
+    ExportedFile copyFile(const fs::path& source, const fs::path& copy) const {
         const auto file = ReadableFile::open(source);
         if (!file) return {copy, 0, "cannot read " + source.string()};
-        std::string failure = file->copyTo(copy);
-        return {copy, failure.empty() ? 1U : 0U, std::move(failure)};
+        const auto cancelled = [this] { return watch_.cancelled.stop_requested(); };
+        std::string failure = file->copyTo(copy, cancelled);
+        const bool ended = !failure.empty() && cancelled();
+        return {copy, failure.empty() ? 1U : 0U, std::move(failure), ended};
     }
 
     void writeDeviceInfo(const fs::path& path) {
@@ -191,7 +254,7 @@ class ExportRun {
         const ExportedFile file{path, rows, csv.close()};
         std::error_code ignored;
         if (!file.written()) fs::remove(path, ignored);
-        note(file);
+        (file.written() ? summary_.written : summary_.failed).push_back(file);
     }
 
     static void writeValue(CsvWriter& csv, const Text& value) { csv.writeField(value); }
@@ -201,20 +264,22 @@ class ExportRun {
     }
 
     const ScanState& state_;
-    bool onlyTicked_;
+    const bool onlyTicked_;
+    const ExportWatch& watch_;
+    ExportProgress progress_;
     ExportSummary summary_;
 };
 
 }  // namespace
 
 ExportSummary exportAll(const ScanState& state, const std::filesystem::path& target,
-                        const std::string& suffix, Date now) {
-    return ExportRun(state, false).run(target, suffix, now);
+                        const std::string& suffix, Date now, const ExportWatch& watch) {
+    return ExportRun(state, false, watch).run(target, suffix, now);
 }
 
 ExportSummary exportTicked(const ScanState& state, const std::filesystem::path& target,
-                           const std::string& suffix, Date now) {
-    return ExportRun(state, true).run(target, suffix, now);
+                           const std::string& suffix, Date now, const ExportWatch& watch) {
+    return ExportRun(state, true, watch).run(target, suffix, now);
 }
 
 }  // namespace salvor

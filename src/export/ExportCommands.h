@@ -21,19 +21,22 @@ struct ExportSummary {
     std::vector<ExportedFile> failed;
     std::vector<std::string> omitted;  ///< categories with rows that this command never writes
     std::size_t missingMedia = 0;      ///< pictures and videos whose file the source lacks
+    bool cancelled = false;            ///< `written` tells what is there all the same
 };
 
 /// The folder "<device name> - yyyy-MM-dd hh.mm a" in `target` (made when missing), with a file
 /// per category that has rows, named by the category and `suffix`, copies of the pictures and
 /// videos (live ones, then deleted ones), and the device-information file. A folder of that name
 /// that exists already gives
-/// "... (2)" and so on.
+/// "... (2)" and so on. A cancelled export has made the folder and writes nothing more into it.
 ExportSummary exportAll(const ScanState& state, const std::filesystem::path& target,
-                        const std::string& suffix, Date now = DateUtils::now());
+                        const std::string& suffix, Date now = DateUtils::now(),
+                        const ExportWatch& watch = {});
 
 /// As `exportAll` with the ticked rows alone; applications, user dictionary, maps and the device
 /// information are left out, and ticked WhatsApp rows yield no file.
 ExportSummary exportTicked(const ScanState& state, const std::filesystem::path& target,
-                           const std::string& suffix, Date now = DateUtils::now());
+                           const std::string& suffix, Date now = DateUtils::now(),
+                           const ExportWatch& watch = {});
 
 }  // namespace salvor

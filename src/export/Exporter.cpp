@@ -37,17 +37,27 @@ void removeUnlessWritten(const ExportedFile& file) {
 
 template <class Row>
 Exporter::Result write(const std::filesystem::path& path,
-                       std::initializer_list<const List<Row>*> lists, bool onlyTicked) {
+                       std::initializer_list<const List<Row>*> lists, bool onlyTicked,
+                       const ExportWatch& watch) {
     const auto rows = collect(lists, onlyTicked);
     if (rows.empty()) return std::nullopt;
+    if (watch.onlyCount != nullptr) {
+        *watch.onlyCount += rows.size();
+        return std::nullopt;
+    }
     CsvWriter csv(path);
     std::int32_t serialNumber = 0;
+    bool cancelled = false;
     for (const Row* row : rows) {
+        cancelled = watch.cancelled.stop_requested();
+        if (cancelled) break;
         ++serialNumber;
         for (const auto column : columnsOf<Row>) column(csv, *row, serialNumber);
         csv.finishLine();
+        if (watch.progress) watch.progress({static_cast<std::size_t>(serialNumber), rows.size()});
     }
-    ExportedFile file{path, rows.size(), csv.close()};
+    ExportedFile file{path, rows.size(), csv.close(), cancelled};
+    if (cancelled && file.cause.empty()) file.cause = "cancelled";
     if (csv.created()) removeUnlessWritten(file);
     return file;
 }
@@ -71,75 +81,76 @@ Exporter::Path Exporter::ExportFileLocation() const {
 }
 
 Exporter::Result Exporter::exportRows(const RowKind& kind, const ScanState& state, const Path& path,
-                                      bool onlyTicked) const {
+                                      bool onlyTicked, const ExportWatch& watch) const {
     return withList(state, kind.live, [&]<class Row>(const List<Row>& live) -> Result {
         if constexpr (Medium<Row>) {
             return std::nullopt;
         } else {
             const auto& deleted = state.*std::get<ListField<Row>>(kind.deleted.field);
-            return kind.deletedExported ? write<Row>(path, {&live, &deleted}, onlyTicked)
-                                        : write<Row>(path, {&live}, onlyTicked);
+            return kind.deletedExported ? write<Row>(path, {&live, &deleted}, onlyTicked, watch)
+                                        : write<Row>(path, {&live}, onlyTicked, watch);
         }
     });
 }
 
-Exporter::Result Exporter::ExportSMS(const ScanState& state, const Path& path,
-                                     bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Messages), state, path, onlyTicked);
+Exporter::Result Exporter::ExportSMS(const ScanState& state, const Path& path, bool onlyTicked,
+                                     const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Messages), state, path, onlyTicked, watch);
 }
 
-Exporter::Result Exporter::ExportContact(const ScanState& state, const Path& path,
-                                         bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Contacts), state, path, onlyTicked);
+Exporter::Result Exporter::ExportContact(const ScanState& state, const Path& path, bool onlyTicked,
+                                         const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Contacts), state, path, onlyTicked, watch);
 }
 
-Exporter::Result Exporter::ExportCallLog(const ScanState& state, const Path& path,
-                                         bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Calls), state, path, onlyTicked);
+Exporter::Result Exporter::ExportCallLog(const ScanState& state, const Path& path, bool onlyTicked,
+                                         const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Calls), state, path, onlyTicked, watch);
 }
 
-Exporter::Result Exporter::ExportNotes(const ScanState& state, const Path& path,
-                                       bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Notes), state, path, onlyTicked);
+Exporter::Result Exporter::ExportNotes(const ScanState& state, const Path& path, bool onlyTicked,
+                                       const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Notes), state, path, onlyTicked, watch);
 }
 
-Exporter::Result Exporter::ExportCalendar(const ScanState& state, const Path& path,
-                                          bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Calendar), state, path, onlyTicked);
+Exporter::Result Exporter::ExportCalendar(const ScanState& state, const Path& path, bool onlyTicked,
+                                          const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Calendar), state, path, onlyTicked, watch);
 }
 
-Exporter::Result Exporter::ExportWhatsApp(const ScanState& state, const Path& path,
-                                          bool onlyTicked) const {
-    return exportRows(rowsOf(Category::WhatsApp), state, path, onlyTicked);
+Exporter::Result Exporter::ExportWhatsApp(const ScanState& state, const Path& path, bool onlyTicked,
+                                          const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::WhatsApp), state, path, onlyTicked, watch);
 }
 
 Exporter::Result Exporter::ExportInternetData(const ScanState& state, const Path& path,
-                                              bool onlyTicked) const {
-    return exportRows(rowsOf(Category::Internet), state, path, onlyTicked);
+                                              bool onlyTicked, const ExportWatch& watch) const {
+    return exportRows(rowsOf(Category::Internet), state, path, onlyTicked, watch);
 }
 
 Exporter::Result Exporter::ExportMapHistory(const ScanState& state, const Path& path,
-                                            bool /*onlyTicked*/) const {
-    return write<MapHistory>(path, {&state.MapContent}, false);
+                                            bool /*onlyTicked*/, const ExportWatch& watch) const {
+    return write<MapHistory>(path, {&state.MapContent}, false, watch);
 }
 
 Exporter::Result Exporter::ExportAccountData(const ScanState& state, const Path& path,
-                                             bool /*onlyTicked*/) const {
-    return write<Account>(path, {&state.AccountContent}, false);
+                                             bool /*onlyTicked*/, const ExportWatch& watch) const {
+    return write<Account>(path, {&state.AccountContent}, false, watch);
 }
 
 Exporter::Result Exporter::ExportApplicationData(const ScanState& state, const Path& path,
-                                                 bool /*onlyTicked*/) const {
-    return write<Application>(path, {&state.ApplicationContent}, false);
+                                                 bool /*onlyTicked*/,
+                                                 const ExportWatch& watch) const {
+    return write<Application>(path, {&state.ApplicationContent}, false, watch);
 }
 
 Exporter::Result Exporter::KeyboardDictionary(const ScanState& state, const Path& path,
-                                              bool /*onlyTicked*/) const {
-    return write<UserDict>(path, {&state.UserDictContent}, false);
+                                              bool /*onlyTicked*/, const ExportWatch& watch) const {
+    return write<UserDict>(path, {&state.UserDictContent}, false, watch);
 }
 
 Exporter::Result Exporter::ExportDeleted(const ScanState& /*state*/, const Path& /*path*/,
-                                         bool /*onlyTicked*/) const {
+                                         bool /*onlyTicked*/, const ExportWatch& /*watch*/) const {
     return std::nullopt;
 }
 

@@ -208,6 +208,53 @@ TEST_F(Exports, PicturesAndVideosAreCopied) {
     EXPECT_TRUE(ticked.failed.empty());
 }
 
+TEST_F(Exports, ACancelLeavesWholeFilesAndAllOfThemAreTold) {
+    fillEverything();
+    for (const char* name : {"one.jpg", "two.jpg"}) {
+        std::ofstream(target_ / name) << name;
+        add(state_.Photos).Location = (target_ / name).string();
+    }
+    for (const auto& command : {exportAll, exportTicked}) {
+        const bool all = command == exportAll;
+        if (!all) {
+            state_.SMSContent[0]->isChecked = state_.DeletedNotes[0]->isChecked = 1;
+        }
+        std::vector<std::size_t> steps;
+        ExportProgress last;
+        ExportWatch watch{.cancelled = {}, .progress = [&](const ExportProgress& step) {
+                              steps.push_back(step.rowsDone + step.filesDone);
+                              last = step;
+                          }};
+        const auto whole = command(state_, target_.path(), ".csv", now, watch);
+        EXPECT_FALSE(whole.cancelled);
+        EXPECT_EQ(steps.size(), all ? 18U : 4U);
+        for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_EQ(steps[i], i + 1);
+        EXPECT_EQ(last.rowsDone, last.rowsTotal);
+        EXPECT_EQ(last.filesDone, 2U);
+        EXPECT_EQ(last.filesTotal, last.filesDone);
+        for (std::size_t moment = 0; moment < steps.size(); ++moment) {
+            std::stop_source stop;
+            std::size_t left = moment;
+            if (left == 0) stop.request_stop();
+            watch = {.cancelled = stop.get_token(), .progress = [&](const ExportProgress&) {
+                         if (--left == 0) stop.request_stop();
+                     }};
+            const auto part = command(state_, target_.path(), ".csv", now, watch);
+            EXPECT_TRUE(part.cancelled) << moment;
+            EXPECT_TRUE(part.failed.empty());
+            std::size_t files = 0;
+            for (const auto& entry : fs::recursive_directory_iterator(part.folder)) {
+                if (!entry.is_regular_file()) continue;
+                ++files;
+                const auto name = fs::relative(entry.path(), part.folder);
+                EXPECT_EQ(contentOf(entry.path()), contentOf(whole.folder / name)) << name;
+            }
+            EXPECT_EQ(part.written.size(), files) << moment;
+            EXPECT_LT(files, whole.written.size());
+        }
+    }
+}
+
 TEST_F(Exports, WhatCannotBeWrittenIsReported) {
     fillEverything();
     const auto& exporter = Exporter::defaultExporter(target_.path());
