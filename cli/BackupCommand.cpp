@@ -1,15 +1,10 @@
-#include <cerrno>
-#include <filesystem>
 #include <fmt/format.h>
-#include <optional>
-#include <system_error>
-#include <unistd.h>
 
+#include "app/DeviceChoice.h"
+#include "app/FreshBackup.h"
 #include "app/SalvorAppDelegate.h"
 #include "app/ScanJob.h"
-#include "backup/BackupStore.h"
 #include "cli/Command.h"
-#include "cli/ConnectedDevices.h"
 #include "cli/DisplayText.h"
 #include "cli/Failure.h"
 #include "cli/Interrupts.h"
@@ -37,10 +32,6 @@ CommandTable makeTable() {
         "Ctrl-C ends the backup too. A backup that is there already is brought up to date."};
     table.options.insert(table.options.end(), kScanTable.options.begin(), kScanTable.options.end());
     return table;
-}
-
-std::string withLastLine(const std::string& text, const std::string& line) {
-    return line.empty() ? text : fmt::format("{} ({})", text, line);
 }
 
 /// A word of a shell's command line.
@@ -104,9 +95,10 @@ class BackupRun {
         auto& application = job.application();
         application.setFreshBackup(settings_, &questions);
         application.listenForDevices(access);
-        const auto device = requireDevice(access, application);
+        const auto device = requireDevice(access, application.stopToken());
         application.chooseDevice(device);
-        requireRoot();
+        if (const auto fault = prepareBackupRoot(settings_.root); !fault.empty())
+            throw Failure(ExitStatus::NoDevice, fault);
 
         if (!options_.quiet)
             display.writeLine(fmt::format("Making a backup of {} below {}",
@@ -135,104 +127,50 @@ class BackupRun {
     }
 
     std::shared_ptr<AMDevice> requireDevice(MobileDeviceAccess& access,
-                                            SalvorAppDelegate& application) {
-        const auto search = searchDevices(access, application.stopToken());
-        requireNoInterrupt();
-        requireDaemon(search);
-        auto device = findDevice(access, udid_);
-        if (!device && !access.unreachable().empty())
+                                            const std::stop_token& cancelled) const {
+        const auto choice = chooseForBackup(access, udid_, cancelled);
+        if (choice.obstacle == BackupObstacle::Cancelled || Interrupts::happened())
+            throw Failure(ExitStatus::Cancelled, "cancelled");
+        if (choice.obstacle == BackupObstacle::NotConnected)
             throw Failure(ExitStatus::NoDevice,
-                          troubleText("a connected device", access.unreachable().front().status));
-        if (!device)
-            throw Failure(ExitStatus::NoDevice,
-                          fmt::format("{}: no such device is connected (\"salvor devices\" lists "
-                                      "those that are)",
-                                      udid_));
-        const auto summary = describeDevice(*device);
-        requireNoInterrupt();
-        if (summary.session != kAMDSuccess)
-            throw Failure(ExitStatus::NoDevice, troubleText(nameOf(summary), summary.session));
-        if (!namesFolder(device->udid().value_or(udid_)))
-            throw Failure(ExitStatus::NoDevice,
-                          fmt::format("{}: no folder can be named so", nameOf(summary)));
-        return device;
+                          choice.text + " (\"salvor devices\" lists those that are)");
+        if (choice.obstacle != BackupObstacle::None)
+            throw Failure(ExitStatus::NoDevice, choice.text);
+        return choice.device;
     }
 
-    /// The helper's own words about a folder that it cannot write to would come late and vary.
-    void requireRoot() const {
-        std::error_code failed;
-        std::filesystem::create_directories(settings_.root, failed);
-        if (!failed && ::access(settings_.root.c_str(), W_OK | X_OK) != 0)
-            failed = {errno, std::generic_category()};
-        if (failed)
-            throw Failure(ExitStatus::NoDevice,
-                          fmt::format("{}: no backup can be written there: {}",
-                                      settings_.root.string(), failed.message()));
-    }
-
-    static void requireNoInterrupt() {
-        if (Interrupts::happened()) throw Failure(ExitStatus::Cancelled, "cancelled");
-    }
-
-    static bool isWhole(const HelperResult& task) {
-        return task.exitStatus == 0 && !task.cancelled;
-    }
-
-    /// Throws `Failure` where there is nothing to go on with.
-    void requireComplete(const FreshBackup& backup) const {
-        const std::string folder = backup.folder.string();
-        const auto& task = backup.task;
-        // Where a scan follows, the interrupt is that one's.
-        const bool cancelled =
-            Interrupts::happened() && !(scans_ && backup.end == FreshBackupEnd::Complete);
-        switch (cancelled ? FreshBackupEnd::Cancelled : backup.end) {
-            case FreshBackupEnd::Cancelled:
-                throw Failure(
-                    ExitStatus::Cancelled,
-                    folder + (isWhole(task) ? ": cancelled after the backup was made"
-                                            : ": the backup was cancelled and is not whole"));
-            case FreshBackupEnd::NotStarted:
-                throw Failure(ExitStatus::NoDevice, "the backup helper could not be started: " +
-                                                        task.startFailure + whereHelperIs());
-            case FreshBackupEnd::Refused:
-                throw Failure(ExitStatus::NoDevice,
-                              withLastLine(kPasscodeQuestion, task.lastError));
-            case FreshBackupEnd::MissingPropertyLists:
-                throw Failure(ExitStatus::SourceUnusable,
-                              fmt::format("{}: {}", folder, kMissingPropertyListsAfterBackup));
-            case FreshBackupEnd::Complete:
+    static ExitStatus statusOf(BackupVerdict verdict) {
+        switch (verdict) {
+            case BackupVerdict::Whole:
+                return ExitStatus::Done;
+            case BackupVerdict::Cancelled:
+                return ExitStatus::Cancelled;
+            case BackupVerdict::MissingPropertyLists:
+                return ExitStatus::SourceUnusable;
+            case BackupVerdict::MaybeNotWhole:
+            case BackupVerdict::NothingWritten:
+            case BackupVerdict::NotStarted:
+            case BackupVerdict::Refused:
                 break;
         }
+        return ExitStatus::NoDevice;
     }
 
-    std::string whereHelperIs() const {
-        const bool usual = settings_.helper.words == BackupHelper().words;
-        return usual ? " (it is in the package libimobiledevice-utils)" : "";
-    }
-
-    /// Tells how the backup ended.
-    ExitStatus settle(const FreshBackup& backup) {
-        requireComplete(backup);
-        const std::string folder = backup.folder.string();
-        const auto& task = backup.task;
-        const auto howItEnded = [&](const char* what) {
-            return withLastLine(fmt::format("{}: {}: {}", folder, what, helperEnd(task)),
-                                task.lastError);
-        };
-        if (!BackupStore::resolve(backup.folder))
-            throw Failure(ExitStatus::NoDevice, howItEnded("no backup was written there"));
-        if (!isWhole(task)) console_.error(howItEnded("the backup may not be whole"));
+    /// Tells how the backup ended. Throws `Failure` where there is nothing to go on with.
+    ExitStatus settle(const FreshBackup& backup) const {
+        // Where a scan follows, the interrupt is that one's.
+        const bool scanFollows = scans_ && backup.end == FreshBackupEnd::Complete;
+        const auto judgement =
+            judge(backup, settings_.helper, Interrupts::happened() && !scanFollows);
+        const auto status = statusOf(judgement.verdict);
+        if (!judgement.canBeScanned()) throw Failure(status, judgement.text);
+        if (!judgement.text.empty()) console_.error(judgement.text);
         if (!scans_ && !options_.quiet) {
+            const std::string folder = backup.folder.string();
             console_.out << folder << '\n';
             console_.err << printable("Scan it with: salvor scan " + quoted(folder)) << '\n';
         }
-        return isWhole(task) ? ExitStatus::Done : ExitStatus::NoDevice;
-    }
-
-    static std::string helperEnd(const HelperResult& task) {
-        return task.signal
-                   ? fmt::format("its helper was ended by signal {}", *task.signal)
-                   : fmt::format("its helper ended with status {}", task.exitStatus.value_or(-1));
+        return status;
     }
 
     Console& console_;

@@ -1,8 +1,9 @@
 #include <stop_token>
 #include <vector>
 
+#include "app/DeviceChoice.h"
 #include "cli/Command.h"
-#include "cli/ConnectedDevices.h"
+#include "cli/Failure.h"
 #include "cli/Interrupts.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
@@ -53,12 +54,14 @@ class DevicesCommand : public Command {
         DeviceListener nobody;
         access.setListener(&nobody);
         const auto search = searchDevices(access, stop.get_token());
-        requireDaemon(search);
+        if (search.daemon != kAMDSuccess) throw Failure(ExitStatus::NoDevice, noDaemonText());
         std::vector<DeviceSummary> devices;
         for (const auto& device : access.devices()) devices.push_back(describeDevice(*device));
         if (Interrupts::happened()) return ExitStatus::Cancelled;
         show(devices, given.has("--json"), search.attached.empty(), console);
-        return reportTrouble(devices, access.unreachable(), console);
+        const auto troubles = deviceTroubles(devices, access.unreachable());
+        for (const auto& text : troubles) console.error(text);
+        return troubles.empty() ? ExitStatus::Done : ExitStatus::NoDevice;
     }
 
   private:
@@ -71,20 +74,6 @@ class DevicesCommand : public Command {
         } else if (none) {
             console.err << "No device is connected.\n";
         }
-    }
-
-    static ExitStatus reportTrouble(const std::vector<DeviceSummary>& devices,
-                                    const std::vector<MobileDeviceAccess::Unreachable>& unreachable,
-                                    const Console& console) {
-        auto status = ExitStatus::Done;
-        const auto tell = [&](const std::string& name, AMDStatus why) {
-            console.error(troubleText(name, why));
-            status = ExitStatus::NoDevice;
-        };
-        for (const auto& one : devices)
-            if (one.session != kAMDSuccess) tell(nameOf(one), one.session);
-        for (const auto& one : unreachable) tell("a connected device", one.status);
-        return status;
     }
 };
 

@@ -118,13 +118,6 @@ std::string fitted(std::string_view text, std::size_t columns) {
     return std::string(text.substr(0, taken)) + std::string(kEllipsis);
 }
 
-std::string shownCount(std::uint64_t count) {
-    auto digits = std::to_string(count);
-    for (auto place = static_cast<std::ptrdiff_t>(digits.size()) - 3; place > 0; place -= 3)
-        digits.insert(static_cast<std::size_t>(place), 1, ',');
-    return digits;
-}
-
 std::string shownTime(std::int64_t unixSeconds) {
     const auto time = static_cast<std::time_t>(unixSeconds);
     std::tm parts{};

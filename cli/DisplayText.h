@@ -18,9 +18,6 @@ std::size_t displayWidth(std::string_view text);
 /// `text` cut to at most `columns` columns, the last of them an ellipsis when something was cut.
 std::string fitted(std::string_view text, std::size_t columns);
 
-/// 1234567 as "1,234,567".
-std::string shownCount(std::uint64_t count);
-
 /// Unix seconds as "2012-01-01 00:00:00" in the local time zone.
 std::string shownTime(std::int64_t unixSeconds);
 

@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include "backup/BackupStore.h"
 #include "backup/ParseMbdb.h"
 #include "cli/Command.h"
 #include "cli/DisplayText.h"
@@ -34,21 +33,6 @@ void addRow(TextTable& table, const MDFileInfo& file) {
                shownTime(file.intmTime), file.Domain, file.FileName});
 }
 
-std::filesystem::path indexOf(const std::string& named) {
-    const auto refuse = [&named](const char* cause) {
-        throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", named, cause));
-    };
-    std::error_code ignored;
-    if (!std::filesystem::exists(named, ignored)) refuse("no such file or folder");
-    if (std::filesystem::is_directory(named, ignored)) requireReadableFolder(named);
-    auto index = BackupStore::resolveIndex(BackupStore::resolve(named).value_or(named));
-    if (!index && BackupStore::databaseIndex(named))
-        refuse("its index, Manifest.db, is a database, which is not read yet");
-    if (!index) refuse("holds no Manifest.mbdb");
-    requireReadableFile(*index);
-    return *index;
-}
-
 class IndexCommand : public Command {
   public:
     const CommandTable& table() const override {
@@ -61,7 +45,7 @@ class IndexCommand : public Command {
     }
 
     ExitStatus execute(const Arguments& given, Console& console) const override {
-        const auto index = indexOf(given["FILE-OR-BACKUP"]);
+        const auto index = require(findIndexFile(given["FILE-OR-BACKUP"]));
         const auto file = MappedFile::open(index);
         using enum TextTable::Align;
         TextTable rows({Left, Right, Right, Left, Left, Left});

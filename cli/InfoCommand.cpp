@@ -1,9 +1,7 @@
 #include <fmt/format.h>
 
-#include "backup/BackupInfoReader.h"
-#include "backup/BackupStore.h"
+#include "app/Sources.h"
 #include "cli/Command.h"
-#include "cli/DeviceText.h"
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
@@ -29,7 +27,7 @@ void writeText(const std::filesystem::path& folder, const DeviceInfo& device, st
     add("Identifier", device.UniqueDeviceID);
     add("Phone number", device.PhoneNumber);
     add("SIM card", device.ICICD);
-    table.add({"Encrypted", encryptionText(folder, device)});
+    table.add({"Encrypted", encryptionText(encryptionOf(folder, device))});
     add("Size", device.AssignSize);
     add("Folder", device.BackupLocation);
     table.write(out);
@@ -46,22 +44,13 @@ class InfoCommand : public Command {
     }
 
     ExitStatus execute(const Arguments& given, Console& console) const override {
-        const auto folder = requireBackupFolder(given["BACKUP"]);
-        const auto info = readBackupInfo(folder);
-        if (!info.complete && !BackupStore::looksLikeBackup(folder))
-            throw Failure(ExitStatus::SourceUnusable,
-                          fmt::format("{}: is no backup folder: it holds no Info.plist and no "
-                                      "Manifest.plist",
-                                      folder.string()));
-        if (given.has("--json"))
+        const auto folder = require(findBackupFolder(given["BACKUP"]));
+        const auto [info, isBackup, fault] = describeBackup(folder);
+        if (isBackup && given.has("--json"))
             console.out << jsonText(ScanReport::device(info.device));
-        else
+        else if (isBackup)
             writeText(folder, info.device, console.out);
-        if (!info.complete)
-            throw Failure(ExitStatus::SourceUnusable,
-                          fmt::format("{}: Info.plist or Manifest.plist is missing, unreadable or "
-                                      "names no version",
-                                      folder.string()));
+        if (!fault.empty()) throw Failure(ExitStatus::SourceUnusable, fault);
         return ExitStatus::Done;
     }
 };

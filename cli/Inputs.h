@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "app/Sources.h"
 #include "carving/signatures/SqLiteTableSignatures.h"
 #include "cli/Console.h"
 
@@ -9,8 +10,8 @@ namespace salvor::cli {
 
 inline constexpr const char* kBackupHelp = "a backup folder, or any property-list file inside one";
 
-/// The folder of the backup that was named. Throws `Failure` (source unusable) when there is none.
-std::filesystem::path requireBackupFolder(const std::filesystem::path& named);
+/// The path of what was named. Throws `Failure` (source unusable) when it is of no use.
+std::filesystem::path require(NamedSource source);
 
 /// Throws `Failure` (source unusable) unless `path` is a folder that can be listed.
 void requireReadableFolder(const std::filesystem::path& path);

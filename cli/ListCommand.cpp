@@ -1,8 +1,7 @@
 #include <vector>
 
-#include "backup/BackupStore.h"
+#include "app/Sources.h"
 #include "cli/Command.h"
-#include "cli/DeviceText.h"
 #include "cli/DisplayText.h"
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
@@ -13,17 +12,6 @@
 namespace salvor::cli {
 namespace {
 
-std::vector<BackupEntry> findBackups(const std::optional<std::string>& root) {
-    if (root) {
-        requireReadableFolder(*root);
-        return BackupStore::listBackups(*root);
-    }
-    std::vector<BackupEntry> all;
-    for (const auto& location : BackupStore::usualLocations())
-        for (auto& entry : BackupStore::listBackups(location)) all.push_back(std::move(entry));
-    return all;
-}
-
 void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
     using enum TextTable::Align;
     TextTable table({Left, Left, Left, Right, Left, Left});
@@ -31,7 +19,7 @@ void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
     for (const auto& entry : entries)
         table.add({entry.device.DeviceName.value_or("-"), entry.device.ProductVersion.value_or("-"),
                    shownTime(entry.lastModified), FileUtils::sizeText(entry.sizeInBytes),
-                   encryptionText(entry.path, entry.device), entry.path.string()});
+                   encryptionText(encryptionOf(entry.path, entry.device)), entry.path.string()});
     table.write(out);
 }
 
@@ -49,6 +37,7 @@ class ListCommand : public Command {
 
     ExitStatus execute(const Arguments& given, Console& console) const override {
         const auto root = given.value("--root");
+        if (root) requireReadableFolder(*root);
         const auto entries = findBackups(root);
         if (given.has("--json")) {
             auto array = Json::array();

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/ScanSummary.h"
 #include "cli/DisplayText.h"
 #include "util/FileUtils.h"
 
@@ -26,7 +27,7 @@ std::string lineOf(const ProgressSnapshot& progress, unsigned layout) {
         pieces.push_back(fmt::format("{} of {}", FileUtils::sizeText(progress.bytesDone),
                                      FileUtils::sizeText(progress.bytesTotal)));
     if ((layout & kFound) != 0 && progress.searching)
-        pieces.push_back(fmt::format("{} deleted found", shownCount(progress.recordsFound)));
+        pieces.push_back(fmt::format("{} deleted found", countText(progress.recordsFound)));
     if ((layout & kElapsed) != 0)
         pieces.push_back(fmt::format("{}:{:02}", seconds / 60, seconds % 60));
     return fmt::format("{}", fmt::join(pieces, "  "));

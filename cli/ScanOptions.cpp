@@ -1,17 +1,13 @@
 #include "cli/ScanOptions.h"
 
-#include <cerrno>
 #include <fmt/format.h>
-#include <system_error>
-#include <unistd.h>
 
-#include "backup/BackupStore.h"
+#include "app/Outputs.h"
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/Log.h"
 #include "cli/TickedFile.h"
 #include "scan/Categories.h"
-#include "util/PathRules.h"
 
 namespace salvor::cli {
 
@@ -48,8 +44,7 @@ void readWords(const Arguments& given, ScanOptions& options) {
     if (!code) refuse(ExitStatus::BadArguments, "--category: there is no \"" + category + '"');
     options.request.category = *code;
 
-    options.suffix = given.value("--suffix").value_or(".csv");
-    if (options.suffix.find('/') != std::string::npos)
+    if (given.value("--suffix").value_or("").find('/') != std::string::npos)
         refuse(ExitStatus::BadArguments, "--suffix: a file name cannot hold \"/\"");
 
     if (const auto name = given.value("--log-level")) {
@@ -73,51 +68,33 @@ void readRequest(const Arguments& given, ScanRequest& request) {
 }
 
 void readOutputs(const Arguments& given, ScanOptions& options) {
-    if (const auto folder = given.value("--export")) options.exportFolder = *folder;
+    if (const auto folder = given.value("--export"))
+        options.exports = {*folder, given.value("--suffix").value_or(".csv"), std::nullopt};
     if (const auto json = given.value("--json")) {
         options.jsonOnOut = *json == "-";
         if (!options.jsonOnOut) options.json = *json;
     }
     if (const auto ticked = given.value("--ticked")) {
-        if (!options.exportFolder)
+        if (!options.exports)
             refuse(ExitStatus::BadArguments, "--ticked: says what to export, so it needs --export");
-        options.ticked = readTickedFile(*ticked);
+        options.exports->ticked = readTickedFile(*ticked);
     }
 }
 
 void refuseInside(const char* option, const fs::path& output, const fs::path& backup) {
-    if (liesInside(output, backup))
-        refuse(ExitStatus::BadArguments,
-               fmt::format("{} {}: lies inside the backup, which is only read", option,
-                           output.string()));
+    const auto fault = whyInsideBackup(output, backup);
+    if (!fault.empty()) refuse(ExitStatus::BadArguments, fmt::format("{} {}", option, fault));
 }
 
 void refuseInsideBackup(const ScanOptions& options, const fs::path& backup) {
-    if (options.exportFolder) refuseInside("--export", *options.exportFolder, backup);
+    if (options.exports) refuseInside("--export", options.exports->folder, backup);
     if (options.json) refuseInside("--json", *options.json, backup);
     if (const auto& work = options.request.workFolder) refuseInside("--work", *work, backup);
 }
 
-/// Where a file or folder would be made must exist and be writable: better said now than after an
-/// hour's scan.
-void requireRoom(const fs::path& output, bool makesFolders) {
-    auto folder = resolvedPath(output);
-    std::error_code ignored;
-    if (!makesFolders) {
-        if (fs::is_directory(folder, ignored))
-            refuse(ExitStatus::NotWritten, output.string() + ": is a folder");
-        if (fs::exists(folder, ignored) && !fs::is_regular_file(folder, ignored)) return;
-        folder = folder.parent_path();
-    }
-    while (makesFolders && !fs::exists(folder, ignored)) folder = folder.parent_path();
-    int cause = 0;
-    if (!fs::is_directory(folder, ignored))
-        cause = fs::exists(folder, ignored) ? ENOTDIR : ENOENT;
-    else if (::access(folder.c_str(), W_OK | X_OK) != 0)
-        cause = errno;
-    if (cause != 0)
-        refuse(ExitStatus::NotWritten, fmt::format("{}: {}: {}", output.string(), folder.string(),
-                                                   std::generic_category().message(cause)));
+void requireRoom(const fs::path& output, OutputKind kind) {
+    const auto fault = whyNoRoom(output, kind);
+    if (!fault.empty()) refuse(ExitStatus::NotWritten, fault);
 }
 
 }  // namespace
@@ -129,13 +106,13 @@ ScanOptions scanOptionsFor(const fs::path& folder, const Arguments& given) {
     readRequest(given, options.request);
     readOutputs(given, options);
     refuseInsideBackup(options, folder);
-    if (options.exportFolder) requireRoom(*options.exportFolder, true);
-    if (options.json) requireRoom(*options.json, false);
+    if (options.exports) requireRoom(options.exports->folder, OutputKind::Folder);
+    if (options.json) requireRoom(*options.json, OutputKind::File);
     return options;
 }
 
 ScanOptions scanOptionsFrom(const Arguments& given) {
-    auto options = scanOptionsFor(requireBackupFolder(given["BACKUP"]), given);
+    auto options = scanOptionsFor(require(findBackupFolder(given["BACKUP"])), given);
     options.request.source = given["BACKUP"];
     return options;
 }

@@ -3,22 +3,19 @@
 #include <filesystem>
 #include <optional>
 #include <spdlog/common.h>
-#include <string>
 
+#include "app/ResultExport.h"
 #include "app/ScanJob.h"
 #include "cli/OptionTable.h"
-#include "export/TickedRows.h"
 
 namespace salvor::cli {
 
 /// The options of a scan, from the command line.
 struct ScanOptions {
     ScanRequest request;
-    std::optional<std::filesystem::path> exportFolder;
-    std::string suffix = ".csv";
+    std::optional<ExportRequest> exports;
     std::optional<std::filesystem::path> json;  ///< absent also when `jsonOnOut`
     bool jsonOnOut = false;
-    std::optional<TickedSerials> ticked;
     bool quiet = false;
     bool progress = true;
     spdlog::level::level_enum logLevel = spdlog::level::warn;

@@ -4,7 +4,6 @@
 
 #include "cli/DisplayText.h"
 #include "cli/TextTable.h"
-#include "export/ExportCommands.h"
 #include "report/ScanReport.h"
 #include "scan/Categories.h"
 #include "util/FileUtils.h"
@@ -22,22 +21,15 @@ void writeTable(const ScanState& state, std::int32_t code, std::ostream& out) {
 }
 
 /// Exports and returns whether every file was written.
-bool exportRows(ScanState& state, const ScanOptions& options, std::ostream& out,
-                const Console& console) {
-    if (options.ticked) tickRows(state, *options.ticked);
-    const auto command = options.ticked ? exportTicked : exportAll;
-    const auto done = command(state, *options.exportFolder, options.suffix, DateUtils::now());
-    for (const auto& file : done.failed)
-        console.error(fmt::format("{}: {}", file.path.string(), file.cause));
+bool exportRows(ScanState& state, const ScanOptions& options, const std::stop_token& cancelled,
+                std::ostream& out, const Console& console) {
+    const auto done = exportResults(state, *options.exports, {cancelled, {}, nullptr});
+    for (const auto& text : done.errors) console.error(text);
     if (!options.quiet) {
-        for (const auto& category : done.omitted)
-            console.warning(category + ": ticked rows of this category are never exported");
-        if (done.missingMedia != 0)
-            console.warning(fmt::format(
-                "pictures and videos that the backup lists without a file: {}", done.missingMedia));
+        for (const auto& text : done.notices) console.warning(text);
         if (!done.folder.empty()) out << printable(done.folder.string()) << '\n';
     }
-    return done.failed.empty();
+    return done.errors.empty();
 }
 
 /// Writes the JSON object and returns whether that went well; standard output is judged later.
@@ -51,12 +43,13 @@ bool writeJson(const ScanState& state, const ScanOptions& options, const Console
 
 }  // namespace
 
-ExitStatus writeResults(ScanState& state, const ScanOptions& options, const Console& console) {
+ExitStatus writeResults(ScanState& state, const ScanOptions& options,
+                        const std::stop_token& cancelled, const Console& console) {
     // With the JSON object on standard output nothing else goes there.
     auto& out = options.jsonOnOut ? console.err : console.out;
     if (!options.quiet) writeTable(state, options.request.category, out);
     bool written = true;
-    if (options.exportFolder) written = exportRows(state, options, out, console);
+    if (options.exports) written = exportRows(state, options, cancelled, out, console);
     written = writeJson(state, options, console) && written;
     return written ? ExitStatus::Done : ExitStatus::NotWritten;
 }

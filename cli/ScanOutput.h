@@ -1,5 +1,7 @@
 #pragma once
 
+#include <stop_token>
+
 #include "cli/Console.h"
 #include "cli/ExitStatus.h"
 #include "cli/ScanOptions.h"
@@ -9,7 +11,8 @@ namespace salvor::cli {
 
 /// Shows the table, exports and writes the JSON object, as the options want it. What cannot be
 /// written is told in a line of its own and does not keep the rest from being written; the status
-/// is then `NotWritten`.
-ExitStatus writeResults(ScanState& state, const ScanOptions& options, const Console& console);
+/// is then `NotWritten`. `cancelled` ends the export, and what follows it is written all the same.
+ExitStatus writeResults(ScanState& state, const ScanOptions& options,
+                        const std::stop_token& cancelled, const Console& console);
 
 }  // namespace salvor::cli

@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include "cli/DeviceText.h"
-#include "cli/DisplayText.h"
+#include "app/SalvorAppDelegate.h"
+#include "app/ScanSummary.h"
+#include "app/Sources.h"
 #include "cli/Failure.h"
 #include "cli/Interrupts.h"
 #include "cli/Log.h"
 #include "cli/ScanOutput.h"
-#include "scan/Categories.h"
 
 namespace salvor::cli {
 namespace {
@@ -31,28 +31,6 @@ void refuseUnlessRun(const ScanOutcome& outcome) {
     }
 }
 
-std::string versionNotice(const ScanOutcome& outcome) {
-    const auto shown = [](const Text& version) { return version.value_or("no version"); };
-    return fmt::format(
-        "{}: scanned as iOS 0.0, for the version is not where it is read; Info.plist says {}, the "
-        "manifest's Lockdown dictionary {} (--ios auto uses what is there, --ios X.Y sets it)",
-        outcome.backup.string(), shown(outcome.versions.infoPlist),
-        shown(outcome.versions.lockdown));
-}
-
-std::string summary(const ScanState& state, std::int32_t code, bool cancelled,
-                    std::chrono::milliseconds elapsed) {
-    std::size_t live = 0;
-    std::size_t deleted = 0;
-    for (const auto& one : countRecords(state, code)) {
-        live += one.live;
-        deleted += one.deleted;
-    }
-    return fmt::format(
-        "{} after {:.1f} s: {} live and {} deleted records.", cancelled ? "Cancelled" : "Done",
-        static_cast<double>(elapsed.count()) / 1000, shownCount(live), shownCount(deleted));
-}
-
 }  // namespace
 
 RunDisplay::RunDisplay(Console& console, const ScanOptions& options)
@@ -67,13 +45,18 @@ ExitStatus runAndShow(ScanJob& job, RunDisplay& display, const ScanOptions& opti
     display.finish();
     refuseUnlessRun(outcome);
 
-    if (!options.quiet && outcome.versionUnknown) console.warning(versionNotice(outcome));
+    if (!options.quiet && outcome.versionUnknown)
+        console.warning(versionNotice(outcome) +
+                        " (--ios auto uses what is there, --ios X.Y sets it)");
     const bool cancelled = outcome.result == ScanResult::Cancelled || Interrupts::happened();
     if (!options.quiet)
-        console.err << summary(job.state(), options.request.category, cancelled, display.elapsed())
+        console.err << summaryText(job.state(), options.request.category, cancelled,
+                                   display.elapsed())
                     << '\n'
                     << std::flush;
-    const auto written = writeResults(job.state(), options, console);
+    // What a cancelled scan found is exported; a signal that comes later ends the export.
+    const auto ended = cancelled ? std::stop_token() : job.application().stopToken();
+    const auto written = writeResults(job.state(), options, ended, console);
     if (outcome.encrypted)
         console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));
     if (written != ExitStatus::Done) return written;

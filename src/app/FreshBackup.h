@@ -49,4 +49,32 @@ struct FreshBackup {
     std::filesystem::path folder;
 };
 
+/// What a person is told of a backup that has ended.
+enum class BackupVerdict {
+    Whole,
+    MaybeNotWhole,         ///< there is a backup; its helper failed
+    NothingWritten,        ///< its helper ended and left none
+    Cancelled,             ///< or stopped after it was made
+    NotStarted,            ///< `FreshBackupEnd::NotStarted`
+    Refused,               ///< `FreshBackupEnd::Refused`
+    MissingPropertyLists,  ///< `FreshBackupEnd::MissingPropertyLists`
+};
+
+struct BackupJudgement {
+    BackupVerdict verdict = BackupVerdict::Whole;
+    std::string text;  ///< names the folder and the cause; "" for a whole one
+
+    /// There is a folder that can be scanned.
+    bool canBeScanned() const {
+        return verdict == BackupVerdict::Whole || verdict == BackupVerdict::MaybeNotWhole;
+    }
+};
+
+/// Judges a backup made with `helper`; `cancelled` when the person wants to go no further whatever
+/// came of it.
+BackupJudgement judge(const FreshBackup& backup, const BackupHelper& helper, bool cancelled);
+
+/// `text` with what the helper said last in brackets, if it said anything.
+std::string withLastLine(const std::string& text, const std::string& line);
+
 }  // namespace salvor

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <utility>
 
+#include "app/Outputs.h"
 #include "app/SalvorAppDelegate.h"
-#include "backup/BackupPaths.h"
-#include "backup/BackupStore.h"
+#include "app/Sources.h"
 #include "scan/Categories.h"
 
 namespace salvor {
@@ -68,26 +68,11 @@ ScanOutcome examine(const ScanRequest& request, const std::filesystem::path& bac
         return refused(ScanResult::InvalidRequest, "\"" + *request.ios + "\" is no version");
     }
     if (!request.workFolder) return {};
-    if (liesInside(*request.workFolder, backup)) {
-        return refused(
-            ScanResult::InvalidRequest,
-            "the work folder " + request.workFolder->string() + " lies inside the backup");
-    }
+    if (auto inside = whyInsideBackup(*request.workFolder, backup); !inside.empty())
+        return refused(ScanResult::InvalidRequest, std::move(inside));
     std::string reason = WorkFolder(request.workFolder).refusal(backup);
     if (reason.empty()) return {};
     return refused(ScanResult::WorkFolderRefused, std::move(reason));
-}
-
-std::string whyUnusable(const std::filesystem::path& source) {
-    std::error_code failed;
-    const auto status = std::filesystem::status(source, failed);
-    const std::string name = source.string();
-    if (status.type() == std::filesystem::file_type::not_found) return "no such folder: " + name;
-    if (failed) return "cannot read " + name + ": " + failed.message();
-    if (status.type() == std::filesystem::file_type::directory) {
-        return "cannot read the folder " + name;
-    }
-    return name + " is neither a backup folder nor a property-list file in one";
 }
 
 }  // namespace
@@ -106,19 +91,19 @@ void ScanJob::cancel() {
 }
 
 ScanOutcome ScanJob::runScan(const ScanRequest& request) {
-    const auto backup = BackupStore::resolve(request.source);
-    if (!backup) return refused(ScanResult::SourceUnusable, whyUnusable(request.source));
-    ScanOutcome outcome = examine(request, *backup);
+    auto [backup, fault] = findBackupFolder(request.source);
+    if (!fault.empty()) return refused(ScanResult::SourceUnusable, std::move(fault));
+    ScanOutcome outcome = examine(request, backup);
     if (outcome.result != ScanResult::Done) return outcome;
 
-    outcome.backup = *backup;
-    outcome.versions = readVersionFacts(*backup);
+    outcome.backup = backup;
+    outcome.versions = readVersionFacts(backup);
     outcome.encrypted = outcome.versions.manifestSaysEncrypted;
     const SourceChoice choice =
-        request.freshBackup ? SourceChoice::Ready : application_->chooseBackup(*backup);
+        request.freshBackup ? SourceChoice::Ready : application_->chooseBackup(backup);
     if (choice == SourceChoice::Unusable) {
         outcome.result = ScanResult::SourceUnusable;
-        outcome.message = whyUnusable(*backup);
+        outcome.message = findBackupFolder(backup).fault;
         return outcome;
     }
     if (choice == SourceChoice::MissingPropertyLists && !request.continueAnyway) {
@@ -132,7 +117,7 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
 
     application_->setWorkFolder(request.workFolder);
     application_->applicationDidFinishLaunching(request.signatures);
-    application_->ExploreBackupDirectoryWithDataType({request.category, backup->string()});
+    application_->ExploreBackupDirectoryWithDataType({request.category, backup.string()});
     application_->waitForSignatures();
     if (!application_->workFolderFailure().empty()) {
         outcome.result = ScanResult::WorkFolderRefused;

@@ -77,9 +77,6 @@ TEST(DisplayTextTest, CountsColumnsAndCutsAtCharacters) {
                                                                       {"abc", 1, "…"},
                                                                       {"abc", 0, ""}};
     for (const auto& [text, columns, shown] : cuts) EXPECT_EQ(fitted(text, columns), shown);
-    const std::pair<std::uint64_t, const char*> counts[] = {
-        {0, "0"}, {999, "999"}, {1234567, "1,234,567"}};
-    for (const auto& [count, shown] : counts) EXPECT_EQ(shownCount(count), shown);
 }
 
 TEST(TextTableTest, AlignsWideNames) {

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "backup/BackupInfoReader.h"
+#include "backup/BackupStore.h"
+
+namespace salvor {
+
+/// A path that a person named, or why it is of no use: naming the path and the cause.
+struct NamedSource {
+    std::filesystem::path path;
+    std::string fault;  ///< "" when there is none
+};
+
+/// The folder of the backup that was named by its folder or a property list inside.
+NamedSource findBackupFolder(const std::filesystem::path& named);
+/// The index file of what was named: a file, or a backup folder.
+NamedSource findIndexFile(const std::filesystem::path& named);
+
+/// "" or why `path` is no folder that can be listed.
+std::string whyNoFolder(const std::filesystem::path& path);
+/// "" or why `path` is no regular file that can be read.
+std::string whyNoFile(const std::filesystem::path& path);
+
+/// The backups in `root`, or without one those in the places where backups usually are. `root` is
+/// a readable folder.
+std::vector<BackupEntry> findBackups(const std::optional<std::filesystem::path>& root);
+
+/// What the property lists of a folder tell, and what is wrong with them.
+struct BackupDescription {
+    BackupInfo info;
+    bool isBackup = true;  ///< else there is nothing to show
+    std::string fault;     ///< "" when the description is complete
+};
+
+BackupDescription describeBackup(const std::filesystem::path& folder);
+
+enum class Encryption { No, Yes, Unknown };
+
+/// Asks the manifest of `backup` too, for the description does not always.
+Encryption encryptionOf(const std::filesystem::path& backup, const DeviceInfo& device);
+/// "no", "yes" or "unknown".
+const char* encryptionText(Encryption encryption);
+
+/// What a person does about an encrypted backup.
+inline constexpr const char* kEncryptedAdvice =
+    "the manifest says that the backup is encrypted, so its databases cannot be read; switch the "
+    "encryption of backups off where it was made, back up again into another folder and scan that";
+
+}  // namespace salvor
