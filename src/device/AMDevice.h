@@ -10,7 +10,8 @@ namespace salvor {
 
 /// One attached device, from its arrival to its removal. Between two reads it is neither connected
 /// nor in a session: each read opens and closes what it needs. A failure leaves its text in
-/// `lasterror`, is never thrown.
+/// `lasterror`, is never thrown. No scan or backup calls `allDeviceValuesForDomain` and
+/// `description`.
 class AMDevice {
   public:
     /// Connects, reads name and identifier, disconnects. Null when connecting fails; `error` then

@@ -25,7 +25,8 @@ class MobileDeviceAccess {
         std::string error;
     };
 
-    /// The one of this process, over the shipped framework; made on first use.
+    /// The one of this process, over the shipped framework; made on first use. For a window: no
+    /// scan or backup calls it.
     static MobileDeviceAccess& singleton();
 
     explicit MobileDeviceAccess(std::unique_ptr<MobileDeviceFramework> framework);
