@@ -7,9 +7,9 @@
 #include "backup/extraction/LiveCategories.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
-#include "live/DatabaseNames.h"
 #include "report/ScanReport.h"
 #include "scan/ScanState.h"
+#include "scan/StoredNames.h"
 #include "services/DcimService.h"
 #include "services/ServiceMakers.h"
 
@@ -34,8 +34,8 @@ constexpr std::array kCases = {
     Case{ServiceIndex::Notes, NotesIOS641SqliteDbName, 7},
     Case{ServiceIndex::Notes, NotesIOS9SqliteDbName, 9},
     Case{ServiceIndex::WhatsApp, WhatsAppSqliteDbName, 7},
-    Case{ServiceIndex::CameraRoll, DcimService::PhotosSqliteDbName, 7},
-    Case{ServiceIndex::InternetHistory, "e74113c185fd8297e140cfcf9c99436c5cc06b57", 8},
+    Case{ServiceIndex::CameraRoll, PhotosSqliteDbName, 7},
+    Case{ServiceIndex::InternetHistory, storedNameOf(Stored::SafariHistory), 8},
 };
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "live/DAOs.h"
-#include "live/DatabaseNames.h"
 #include "live/NoteText.h"
 #include "live/RowDates.h"
 #include "live/RowReading.h"
+#include "scan/StoredNames.h"
 #include "sql/SqlFormat.h"
 
 namespace salvor {

@@ -1,10 +1,10 @@
 #include "live/DAOs.h"
 #include "live/RowReading.h"
+#include "scan/StoredNames.h"
 
 namespace salvor {
 namespace {
 
-constexpr auto kDatabase = "main.db";
 constexpr auto kContacts =
     "SELECT id,fullname,skypename FROM Contacts WHERE fullname<>'' AND  isblocked is null ORDER BY "
     "fullname";
@@ -22,12 +22,12 @@ void fillPartner(const ResultSet& row, Skype& skype) {
 }  // namespace
 
 List<Skype> DAOs::getSkypeContacts() {
-    return readRows<Skype>(open(kDatabase)->executeQuery(kContacts), fillPartner);
+    return readRows<Skype>(open(storedNameOf(Stored::Skype))->executeQuery(kContacts), fillPartner);
 }
 
 List<Skype> DAOs::getDialogsPartner(const Text& skypeName) {
     if (!skypeName) return {};
-    return readRows<Skype>(open(kDatabase)->executeQuery(kDialogs, {*skypeName}),
+    return readRows<Skype>(open(storedNameOf(Stored::Skype))->executeQuery(kDialogs, {*skypeName}),
                            [](const ResultSet& row, Skype& skype) {
                                fillPartner(row, skype);
                                skype.time = row.stringForColumn("time");

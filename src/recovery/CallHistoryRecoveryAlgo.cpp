@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "live/DatabaseNames.h"
+#include "scan/StoredNames.h"
 #include "util/DateUtils.h"
 #include "util/StringUtils.h"
 

@@ -1,9 +1,9 @@
 #include "services/CalendarsService.h"
 
 #include "live/DAOs.h"
-#include "live/DatabaseNames.h"
 #include "live/RowReading.h"
 #include "recovery/AppointmentsSQLiteRecovery.h"
+#include "scan/StoredNames.h"
 #include "services/PersonStatement.h"
 #include "util/DateUtils.h"
 

@@ -1,8 +1,8 @@
 #include "services/CallHistoryService.h"
 
-#include "live/DatabaseNames.h"
 #include "live/RowReading.h"
 #include "recovery/CallCarver.h"
+#include "scan/StoredNames.h"
 
 namespace salvor {
 namespace {

@@ -7,6 +7,7 @@
 #include "backup/cameraroll/AssetFiles.h"
 #include "backup/cameraroll/PhotoLibrary.h"
 #include "scan/ListLock.h"
+#include "scan/StoredNames.h"
 
 namespace salvor {
 namespace {

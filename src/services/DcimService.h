@@ -15,10 +15,6 @@ namespace salvor {
 /// fresh backup of a device the older backups beside it are walked too.
 class DcimService : public abstractServices {
   public:
-    static constexpr const char* PhotosSqliteDbName = "12b144c0bd44f2b3dffd9186d3f9c05b917cee25";
-    static constexpr const char* PhotosSqliteDbNameIOS456 =
-        "bedec6d42efe57123676bfa31e98ab68b713195f";
-
     explicit DcimService(ScanState& state);
 
     void RecoverFromIOSBackup(const DeviceInfo& device) override;

@@ -7,15 +7,16 @@
 #include <utility>
 
 #include "records/ListRows.h"
+#include "scan/StoredNames.h"
 #include "util/DateUtils.h"
 #include "util/PropertyList.h"
 
 namespace salvor {
 namespace {
 
-constexpr std::array kCandidates{"e74113c185fd8297e140cfcf9c99436c5cc06b57",
-                                 "ed50eadf14505ef0b433e0c4a380526ad6656d3a",
-                                 "1d6740792a2b845f4c1e6220c43906d7f0afe8ab"};
+constexpr std::array kCandidates{storedNameOf(Stored::SafariHistory),
+                                 storedNameOf(Stored::SafariPagesFrom7),
+                                 storedNameOf(Stored::SafariPagesBefore7)};
 
 constexpr auto kVisits =
     "SELECT hv.id, title, visit_time, url, visit_count  FROM history_visits hv inner join "

@@ -1,17 +1,14 @@
 #include "services/MessageServices.h"
 
+#include "scan/StoredNames.h"
 #include "services/messageServicesIOS7_8.h"
 #include "sql/SqlFormat.h"
 #include "util/iPhoneNumberUtils.h"
 
 namespace salvor {
-namespace {
 
-constexpr const char* kMessageDatabase = "3d0d7e5fb2ce288813306e4d4636395e047a3d28";
-
-}  // namespace
-
-MessageServices::MessageServices(ScanState& state) : abstractServices(state, kMessageDatabase) {}
+MessageServices::MessageServices(ScanState& state)
+    : abstractServices(state, MessagesSqliteDbName) {}
 
 std::unique_ptr<MessageServices> MessageServices::initwithDevice(ScanState& state,
                                                                  const DeviceInfo& /*device*/) {

@@ -2,8 +2,8 @@
 
 #include <unordered_set>
 
-#include "live/DatabaseNames.h"
 #include "live/RowReading.h"
+#include "scan/StoredNames.h"
 
 namespace salvor {
 namespace {

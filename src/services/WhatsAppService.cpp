@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <string_view>
 
-#include "live/DatabaseNames.h"
+#include "scan/StoredNames.h"
 #include "util/StoredName.h"
 
 namespace salvor {

@@ -4,10 +4,10 @@
 #include <system_error>
 
 #include "live/ContactDetails.h"
-#include "live/DatabaseNames.h"
 #include "live/RowReading.h"
 #include "recovery/ContactSearchsSQLiteRecovery.h"
 #include "recovery/ContactsSQLiteRecovery.h"
+#include "scan/StoredNames.h"
 #include "services/PersonStatement.h"
 
 namespace salvor {

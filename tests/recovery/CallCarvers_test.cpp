@@ -1,6 +1,6 @@
-#include "live/DatabaseNames.h"
 #include "recovery/CallCarver.h"
 #include "recovery/CallHistoryRecoveryAlgo.h"
+#include "scan/StoredNames.h"
 #include "tests/recovery/CarverProbe.h"
 
 namespace salvor {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "live/DatabaseNames.h"
+#include "scan/StoredNames.h"
 #include "services/abstractServices.h"
 #include "tests/support/ScanFixture.h"
 #include "tests/support/Signatures.h"

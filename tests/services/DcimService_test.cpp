@@ -1,5 +1,6 @@
 #include "services/DcimService.h"
 
+#include "scan/StoredNames.h"
 #include "tests/support/ScanFixture.h"
 #include "tests/support/Told.h"
 #include "tools/sample/PhotoLibraryFile.h"
@@ -12,8 +13,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-constexpr auto kNewer = "12b144c0bd44f2b3dffd9186d3f9c05b917cee25";
-constexpr auto kOlder = "bedec6d42efe57123676bfa31e98ab68b713195f";
+constexpr auto kNewer = PhotosSqliteDbName;
+constexpr auto kOlder = PhotosSqliteDbNameIOS456;
 
 class CameraRoll : public ScanFixture, public ScanObserver {
   protected:
@@ -52,13 +53,6 @@ class CameraRoll : public ScanFixture, public ScanObserver {
     DcimService service{state};
     int refreshed = 0;
 };
-
-TEST(DcimServiceNames, AreTheDigestsOfTheirPlaces) {
-    EXPECT_EQ(DcimService::PhotosSqliteDbName,
-              sampleStoredName("CameraRollDomain", "Media/PhotoData/Photos.sqlite"));
-    EXPECT_EQ(DcimService::PhotosSqliteDbNameIOS456,
-              sampleStoredName("MediaDomain", "Media/PhotoData/Photos.sqlite"));
-}
 
 TEST_F(CameraRoll, HasItsFoldersBeforeAnythingIsRead) {
     std::vector<std::pair<std::string, bool>> folders;

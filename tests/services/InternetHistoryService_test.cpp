@@ -1,5 +1,6 @@
 #include "services/InternetHistoryService.h"
 
+#include "scan/StoredNames.h"
 #include "tests/support/ScanFixture.h"
 #include "tests/support/Told.h"
 #include "tools/sample/PropertyList.h"
@@ -7,10 +8,10 @@
 namespace salvor {
 namespace {
 
-constexpr auto kDatabase = "e74113c185fd8297e140cfcf9c99436c5cc06b57";
-constexpr auto kNewerList = "ed50eadf14505ef0b433e0c4a380526ad6656d3a";
-constexpr auto kOlderList = "1d6740792a2b845f4c1e6220c43906d7f0afe8ab";
-constexpr auto kSuspendState = "daa5ae5308250ad766b12e280198bc3a432b671e";
+constexpr auto kDatabase = storedNameOf(Stored::SafariHistory);
+constexpr auto kNewerList = storedNameOf(Stored::SafariPagesFrom7);
+constexpr auto kOlderList = storedNameOf(Stored::SafariPagesBefore7);
+constexpr auto kSuspendState = storedNameOf(Stored::SafariSuspendState);
 
 class BrowserHistory : public ScanFixture {
   protected:

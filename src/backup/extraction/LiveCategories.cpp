@@ -1,7 +1,7 @@
 #include "backup/extraction/LiveCategories.h"
 
-#include "backup/extraction/CategoryDatabases.h"
 #include "live/DAOs.h"
+#include "scan/StoredNames.h"
 #include "sql/FMDBUtils.h"
 
 namespace salvor {
@@ -37,7 +37,7 @@ void read(const CategoryFacts& category, ScanState& state, const std::stop_token
 }
 
 void readNotes(const CategoryFacts& category, ScanState& state, const std::stop_token& cancelled) {
-    readInto(state.NotesContent, &DAOs::GetNotes91, kNotesStoreIOS9, state, cancelled);
+    readInto(state.NotesContent, &DAOs::GetNotes91, NotesIOS9SqliteDbName, state, cancelled);
     if (state.backupFiles().find(state.NOTES_DATABASE))
         read<&DAOs::GetNotes>(category, state, cancelled);
 }

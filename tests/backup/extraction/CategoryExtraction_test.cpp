@@ -2,19 +2,15 @@
 
 #include <gmock/gmock.h>
 
-#include "backup/ParseMbdb.h"
 #include "backup/extraction/CategoryDatabases.h"
 #include "backup/extraction/LiveCategories.h"
+#include "scan/StoredNames.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/SqliteFile.h"
 
 namespace salvor {
 namespace {
-
-constexpr auto kFirstWhatsApp = "1b6b187a1b60b9ae8b720c79e2c67f472bab09c0";
-constexpr auto kSecondWhatsApp = "7c7fba66680ef796b916b067077cc246adacf01d";
-constexpr auto kSuspendState = "daa5ae5308250ad766b12e280198bc3a432b671e";
 
 class Extraction : public testing::Test {
   protected:
@@ -25,7 +21,7 @@ class Extraction : public testing::Test {
     }
     /// A message database with `count` messages of one handle.
     void writeMessages(int count) const {
-        SqliteFile database(backup / ParseMbdb::storedName("HomeDomain", "Library/SMS/sms.db"), {});
+        SqliteFile database(backup / MessagesSqliteDbName, {});
         database.execute("CREATE TABLE handle (id TEXT)");
         database.execute(
             "CREATE TABLE message (attributedBody BLOB, text TEXT, date INTEGER, error INTEGER, "
@@ -52,50 +48,43 @@ class Extraction : public testing::Test {
     ScanState state;
 };
 
-constexpr auto kOldCalls = "2b2b0084a1bc3a5ac8c27afdf14afb42c61a19ca";
-constexpr auto kNewCalls = "5a4935c78a5255723f707230a451d79c540d2741";
-constexpr auto kOldWords = "0df474a536db7908bb69cc9b430b94a871ae7752";
-constexpr auto kNewWords = "0b68edc697a550c9b977b77cd012fa9a0557dfcb";
-constexpr auto kOldSafari = "1d6740792a2b845f4c1e6220c43906d7f0afe8ab";
-constexpr auto kNewSafari = "ed50eadf14505ef0b433e0c4a380526ad6656d3a";
-
 TEST_F(Extraction, NamesItsDatabasesByTheVersion) {
+    using enum Stored;
     const struct {
         std::int32_t major;
-        const char *calls, *words, *safari;
-    } cases[] = {{0, kOldCalls, kOldWords, kOldSafari}, {4, kOldCalls, kOldWords, kOldSafari},
-                 {5, kOldCalls, kNewWords, kOldSafari}, {6, kOldCalls, kNewWords, kOldSafari},
-                 {7, kOldCalls, kNewWords, kNewSafari}, {8, kNewCalls, kNewWords, kNewSafari}};
-    for (const auto& [major, calls, words, safari] : cases) {
+        Stored calls, words, pages;
+    } cases[] = {{0, CallsBefore8, WordsBefore5, SafariPagesBefore7},
+                 {4, CallsBefore8, WordsBefore5, SafariPagesBefore7},
+                 {5, CallsBefore8, WordsFrom5, SafariPagesBefore7},
+                 {6, CallsBefore8, WordsFrom5, SafariPagesBefore7},
+                 {7, CallsBefore8, WordsFrom5, SafariPagesFrom7},
+                 {8, CallsFrom8, WordsFrom5, SafariPagesFrom7}};
+    for (const auto& [major, calls, words, pages] : cases) {
         // Without the WhatsApp file its name and Safari's change, on every version.
         for (const bool whatsApp : {true, false}) {
-            writeWholeFile(backup / kFirstWhatsApp, whatsApp ? "x" : "");
+            writeWholeFile(backup / WhatsAppSqliteDbName, whatsApp ? "x" : "");
             state.deviceInfo.iOSMajorVersion = major;
             setupDataBase(state);
-            EXPECT_EQ(state.CALLHISTORY_DATABASE, calls) << major;
-            EXPECT_EQ(state.DYNAMICDIT_DATABASE, words) << major;
-            EXPECT_EQ(state.INTERNET_HISTROY_DATABASE, whatsApp ? safari : kSuspendState) << major;
-            EXPECT_EQ(state.WHATSAPP_DATABASE, whatsApp ? kFirstWhatsApp : kSecondWhatsApp);
+            EXPECT_EQ(state.CALLHISTORY_DATABASE, storedNameOf(calls)) << major;
+            EXPECT_EQ(state.DYNAMICDIT_DATABASE, storedNameOf(words)) << major;
+            EXPECT_EQ(state.INTERNET_HISTROY_DATABASE,
+                      storedNameOf(whatsApp ? pages : SafariSuspendState));
+            EXPECT_EQ(state.WHATSAPP_DATABASE,
+                      whatsApp ? WhatsAppSqliteDbName : WhatsAppSqliteDbName2);
         }
     }
-    // Of the names above that no sample backup holds, and of one that nothing reads.
-    const auto name = ParseMbdb::storedName;
-    EXPECT_EQ(state.KEYCHAIN_DATABASE, name("KeychainDomain", "keychain-backup.plist"));
-    EXPECT_EQ(kSecondWhatsApp,
-              name("AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "ChatStorage.sqlite"));
-    EXPECT_EQ(kSuspendState,
-              name("AppDomain-com.apple.mobilesafari", "Library/Safari/SuspendState.plist"));
+    EXPECT_EQ(state.KEYCHAIN_DATABASE, storedNameOf(Keychain)) << "which nothing else reads";
 }
 
 // Deliberate: its size counts as a number of 32 bits.
 TEST_F(Extraction, AWhatsAppFileOf4GiBCountsAsEmpty) {
-    writeWholeFile(backup / kFirstWhatsApp, "x");
-    std::filesystem::resize_file(backup / kFirstWhatsApp, std::uintmax_t{1} << 32);
+    writeWholeFile(backup / WhatsAppSqliteDbName, "x");
+    std::filesystem::resize_file(backup / WhatsAppSqliteDbName, std::uintmax_t{1} << 32);
     setupDataBase(state);
-    EXPECT_EQ(state.WHATSAPP_DATABASE, kSecondWhatsApp);
-    std::filesystem::resize_file(backup / kFirstWhatsApp, (std::uintmax_t{1} << 32) + 1);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, WhatsAppSqliteDbName2);
+    std::filesystem::resize_file(backup / WhatsAppSqliteDbName, (std::uintmax_t{1} << 32) + 1);
     setupDataBase(state);
-    EXPECT_EQ(state.WHATSAPP_DATABASE, kFirstWhatsApp);
+    EXPECT_EQ(state.WHATSAPP_DATABASE, WhatsAppSqliteDbName);
 }
 
 // Deliberate: most categories show the number of messages, which a scan of them alone does not
