@@ -13,6 +13,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "backup/BackupSource.h"
 #include "backup/extraction/PictureSweep.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -94,7 +95,7 @@ void run(const Options& options) {
     const double before = peakMegabytes();
     for (std::size_t round = 0; round < options.rounds; ++round) {
         ScanState state;
-        state.BACKUP_DIRECTORY = backup.string();
+        useBackup(state, backup);
         WorkFolder work(folder / "work");
         sweep.measure([&] { sweepPictures(state, work); });
         photos = state.Photos.size();

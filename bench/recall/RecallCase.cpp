@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "backup/BackupSource.h"
 #include "bench/recall/FreeSpaceMap.h"
 #include "bench/recall/LinkFigures.h"
 #include "live/DAOs.h"
@@ -44,7 +45,7 @@ class RecallCase {
   public:
     RecallCase(const SampleBackup& sample, std::shared_ptr<SqLiteTableSignatures> signatures)
         : sample_(sample), bytes_(readWholeFile(sample.messageDatabase())), space_(bytes_) {
-        state_.BACKUP_DIRECTORY = sample.folder.string();
+        useBackup(state_, sample.folder);
         state_.SMS_DATABASE = sampleStoredName("HomeDomain", "Library/SMS/sms.db");
         state_.deviceInfo.iOSMajorVersion = sample.truth.ios;
         state_.recoverySignatures = std::move(signatures);

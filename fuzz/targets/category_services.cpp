@@ -3,6 +3,7 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "backup/BackupSource.h"
 #include "backup/extraction/CategoryDatabases.h"
 #include "backup/extraction/LiveCategories.h"
 #include "fuzz/ShippedSignatures.h"
@@ -48,7 +49,7 @@ SALVOR_FUZZ_TARGET(category_services) {
     ScanState state;
     state.RecoverType = 1;
     state.recoverySignatures = fuzz::shippedSignatures();
-    state.BACKUP_DIRECTORY = file.path().parent_path().string();
+    useBackup(state, file.path().parent_path());
     state.deviceInfo.iOSMajorVersion = chosen.ios;
     state.deviceInfo.BackupLocation = state.BACKUP_DIRECTORY;
     setupDataBase(state);

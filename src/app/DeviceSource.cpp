@@ -6,6 +6,7 @@
 
 #include "app/DeviceSearch.h"
 #include "backup/BackupInfoReader.h"
+#include "backup/BackupSource.h"
 #include "device/BackupFolderBridge.h"
 #include "device/OpenDevice.h"
 
@@ -96,8 +97,8 @@ void DeviceSource::readValues() {
         if (text || !row.onlyWhenPresent) device.*row.field = std::move(text);
     }
     const auto folder = folderOfDeviceBackup(settings_.root, device.UniqueDeviceID.value_or(""));
-    state_.BACKUP_DIRECTORY = folder.string();
-    readEncryptionOfDevice(device, folder);
+    useBackup(state_, folder);
+    readEncryptionOfDevice(device, *state_.backupFiles());
 }
 
 bool DeviceSource::BackupAgent(const std::string& udid, std::optional<dataTypeHolder> thenScan) {
@@ -185,7 +186,7 @@ std::optional<FreshBackupEnd> DeviceSource::settle(const HelperResult& result) {
 }
 
 void DeviceSource::chooseFreshBackup(const std::filesystem::path& folder) {
-    state_.BACKUP_DIRECTORY = folder.string();
+    useBackup(state_, folder);
     state_.deviceInfo.BackupLocation = folder.string();
     state_.RecoverType = 0;
 }

@@ -8,6 +8,7 @@
 #include "app/SignatureFile.h"
 #include "app/recovery/ServicesManagerRunner.h"
 #include "backup/BackupInfoReader.h"
+#include "backup/BackupSource.h"
 #include "backup/BackupStore.h"
 #include "backup/extraction/LiveCategories.h"
 #include "carving/signatures/SqLiteTableSignatures.h"
@@ -72,13 +73,13 @@ void SalvorAppDelegate::loadRecoverySignatures(
 SourceChoice SalvorAppDelegate::chooseBackup(const std::filesystem::path& chosen) {
     const auto folder = BackupStore::resolve(chosen);
     if (!folder) return SourceChoice::Unusable;
-    state_.BACKUP_DIRECTORY = folder->string();
+    useBackup(state_, *folder);
     state_.RecoverType = 1;
     return getInfoFromBackup() ? SourceChoice::Ready : SourceChoice::MissingPropertyLists;
 }
 
 void SalvorAppDelegate::warnOfDatabaseIndex() {
-    if (const auto index = BackupStore::databaseIndex(state_.BACKUP_DIRECTORY))
+    if (const auto index = BackupStore::databaseIndex(*state_.backupFiles()))
         state_.warn(index->string() +
                     ": this index is a database, which is not read yet; files are found by their "
                     "stored names all the same");

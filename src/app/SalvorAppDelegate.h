@@ -52,7 +52,7 @@ class SalvorAppDelegate {
     /// Makes the folder that a person chose (or the folder of the property list that they chose)
     /// the source of the next scan and describes its device.
     SourceChoice chooseBackup(const std::filesystem::path& chosen);
-    /// Fills `deviceInfo` from `BACKUP_DIRECTORY`; whether to go on without asking.
+    /// Fills `deviceInfo` from the backup chosen; whether to go on without asking.
     bool getInfoFromBackup();
     /// `chooseBackup`, and when it is ready the scan in the background.
     SourceChoice MacRecovery(const std::filesystem::path& chosen, const dataTypeHolder& holder);

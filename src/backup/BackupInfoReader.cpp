@@ -5,13 +5,16 @@
 #include <limits>
 #include <string_view>
 
-#include "backup/BackupPaths.h"
+#include "backup/BackupSource.h"
 #include "util/FileUtils.h"
 #include "util/PropertyList.h"
 #include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
+
+constexpr auto kInfo = "Info.plist";
+constexpr auto kManifest = "Manifest.plist";
 
 bool isEmpty(const Text& text) {
     return !text || text->empty();
@@ -59,18 +62,33 @@ void readFromManifest(DeviceInfo& device, const PropertyList& manifest) {
     readEncryption(device, manifest);
 }
 
-void readPropertyLists(DeviceInfo& device, const std::filesystem::path& folder) {
-    const auto infoPath = findIgnoringCase(folder, "Info.plist");
-    const auto manifestPath = findIgnoringCase(folder, "Manifest.plist");
-    const PropertyList info = infoPath ? PropertyList::read(*infoPath) : PropertyList();
-    const PropertyList manifest = manifestPath ? PropertyList::read(*manifestPath) : PropertyList();
-    if (info.has("Device Name")) {
-        readFromInfo(device, info);
-        if (manifestPath) overwriteVersion(device, manifest);
-    } else if (manifestPath) {
-        readFromManifest(device, manifest);
-        if (!infoPath) device.DisplayName = device.DeviceName;
+/// A property list of the backup's own, without values when it cannot be read.
+struct OwnList {
+    OwnList(const BackupFiles& files, const char* name) {
+        const auto file = files.own(name);
+        there = file.state != FileState::Absent;
+        if (file) list = PropertyList::read(file.path);
     }
+    bool there = false;
+    PropertyList list;
+};
+
+void readPropertyLists(DeviceInfo& device, const BackupFiles& files) {
+    const OwnList info(files, kInfo);
+    const OwnList manifest(files, kManifest);
+    if (info.list.has("Device Name")) {
+        readFromInfo(device, info.list);
+        if (manifest.there) overwriteVersion(device, manifest.list);
+    } else if (manifest.there) {
+        readFromManifest(device, manifest.list);
+        if (!info.there) device.DisplayName = device.DeviceName;
+    }
+}
+
+DeviceInfo describe(const BackupFiles& files, std::uint64_t bytes) {
+    DeviceInfo device = resetDescription(FileUtils::sizeText(bytes));
+    readPropertyLists(device, files);
+    return device;
 }
 
 // Leading blanks, a sign, digits; what follows is ignored, and a number too large for the field
@@ -131,18 +149,17 @@ DeviceInfo resetDescription(const std::string& assignSize) {
     return device;
 }
 
-void readEncryptionOfDevice(DeviceInfo& device, const std::filesystem::path& folder) {
-    const auto path = findIgnoringCase(folder, "Manifest.plist");
-    if (!path) return;
-    const auto manifest = PropertyList::read(*path);
-    if (isEmpty(manifest.text("ProductVersion"))) readEncryption(device, manifest);
+void readEncryptionOfDevice(DeviceInfo& device, const BackupFiles& files) {
+    const OwnList manifest(files, kManifest);
+    if (manifest.there && isEmpty(manifest.list.text("ProductVersion")))
+        readEncryption(device, manifest.list);
 }
 
 BackupInfo readBackupInfo(const std::filesystem::path& folder) {
+    const auto files = openBackup(folder);
     BackupInfo info;
-    info.folderBytes = FileUtils::directorySize(folder);
-    info.device = resetDescription(FileUtils::sizeText(info.folderBytes));
-    readPropertyLists(info.device, folder);
+    info.folderBytes = files->totalBytes();
+    info.device = describe(*files, info.folderBytes);
     normalise(info.device, folder);
     info.complete = resultOf(info.device);
     return info;
@@ -161,7 +178,7 @@ bool finishDescription(ScanState& state) {
 }
 
 bool getInfoFromBackup(ScanState& state) {
-    state.deviceInfo = readBackupInfo(state.BACKUP_DIRECTORY).device;
+    state.deviceInfo = describe(*state.backupFiles(), state.backupFiles()->totalBytes());
     return finishDescription(state);
 }
 
@@ -174,15 +191,12 @@ Text VersionFacts::best() const {
 
 VersionFacts readVersionFacts(const std::filesystem::path& folder) {
     VersionFacts facts;
-    if (const auto path = findIgnoringCase(folder, "Info.plist")) {
-        facts.infoPlist = PropertyList::read(*path).text("Product Version");
-    }
-    if (const auto path = findIgnoringCase(folder, "Manifest.plist")) {
-        const auto manifest = PropertyList::read(*path);
-        facts.manifestTop = manifest.text("ProductVersion");
-        facts.lockdown = manifest.dictionary("Lockdown").text("ProductVersion");
-        facts.manifestSaysEncrypted = manifest.boolean("IsEncrypted").value_or(false);
-    }
+    const auto files = openBackup(folder);
+    const auto manifest = OwnList(*files, kManifest).list;
+    facts.infoPlist = OwnList(*files, kInfo).list.text("Product Version");
+    facts.manifestTop = manifest.text("ProductVersion");
+    facts.lockdown = manifest.dictionary("Lockdown").text("ProductVersion");
+    facts.manifestSaysEncrypted = manifest.boolean("IsEncrypted").value_or(false);
     return facts;
 }
 

@@ -22,7 +22,7 @@ struct BackupInfo {
 /// visits every file of it.
 BackupInfo readBackupInfo(const std::filesystem::path& folder);
 
-/// Fills `deviceInfo` (and `_deviceInfoBackup`) of `state` from its `BACKUP_DIRECTORY`; returns
+/// Fills `deviceInfo` (and `_deviceInfoBackup`) of `state` from its `backupFiles`; returns
 /// `BackupInfo::complete`.
 bool getInfoFromBackup(ScanState& state);
 
@@ -30,9 +30,9 @@ bool getInfoFromBackup(ScanState& state);
 
 /// A description that says nothing yet.
 DeviceInfo resetDescription(const std::string& assignSize);
-/// Takes from the manifest of a connected device's backup folder whether it is encrypted; a
-/// manifest with a top-level version is not asked.
-void readEncryptionOfDevice(DeviceInfo& device, const std::filesystem::path& folder);
+/// Takes from the manifest of a connected device's backup whether it is encrypted; a manifest with
+/// a top-level version is not asked.
+void readEncryptionOfDevice(DeviceInfo& device, const BackupFiles& files);
 /// What follows once the values are read: letter case, version numbers, location, and
 /// `_deviceInfoBackup`. Returns `BackupInfo::complete`.
 bool finishDescription(ScanState& state);

@@ -11,6 +11,7 @@
 
 #include "backup/BackupInfoReader.h"
 #include "backup/BackupPaths.h"
+#include "backup/BackupSource.h"
 #include "util/FileUtils.h"
 #include "util/StringUtils.h"
 
@@ -112,10 +113,29 @@ std::optional<std::filesystem::path> BackupStore::resolveIndex(const std::filesy
     return named;
 }
 
+std::optional<std::filesystem::path> BackupStore::databaseIndex(const BackupFiles& files) {
+    if (files.own("Manifest.mbdb").state != FileState::Absent) return std::nullopt;
+    const auto index = files.own("Manifest.db");
+    return index.state == FileState::Absent ? std::nullopt : std::optional(index.path);
+}
+
 std::optional<std::filesystem::path> BackupStore::databaseIndex(
     const std::filesystem::path& folder) {
-    if (findIgnoringCase(folder, "Manifest.mbdb")) return std::nullopt;
-    return findIgnoringCase(folder, "Manifest.db");
+    return databaseIndex(*openBackup(folder));
+}
+
+std::vector<std::filesystem::path> BackupStore::olderBackups(const std::filesystem::path& backup,
+                                                             const std::string& identifier) {
+    std::vector<std::filesystem::path> found;
+    for (const auto& root : {backup, backup.parent_path()}) {
+        for (const auto& entry : FileUtils::entriesOf(root)) {
+            std::error_code failed;
+            if (!entry.name.starts_with(identifier)) continue;
+            if (!std::filesystem::equivalent(root / entry.name, backup, failed))
+                found.push_back(root / entry.name);
+        }
+    }
+    return found;
 }
 
 }  // namespace salvor

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "records/DeviceInfo.h"
+#include "scan/BackupFiles.h"
 
 namespace salvor {
 
@@ -41,7 +42,12 @@ class BackupStore {
     static std::optional<std::filesystem::path> resolveIndex(const std::filesystem::path& named);
     /// The index of a newer backup, which is a database and not read yet; nothing when the folder
     /// holds an index of the older form or none.
+    static std::optional<std::filesystem::path> databaseIndex(const BackupFiles& files);
     static std::optional<std::filesystem::path> databaseIndex(const std::filesystem::path& folder);
+    /// Folders in `backup` and then in the folder that holds it whose names begin with
+    /// `identifier`, without `backup` itself; each in the order of the names.
+    static std::vector<std::filesystem::path> olderBackups(const std::filesystem::path& backup,
+                                                           const std::string& identifier);
 };
 
 }  // namespace salvor

@@ -217,25 +217,27 @@ class ExportRun {
     template <class Media>
     void copyMedium(const fs::path& folder, const Media& item, MediaNames& names) {
         const fs::path source = item.Location.value_or("");
-        std::error_code error;
+        const BackupFile file = state_.openListed(source);
         // A photo library lists what lies in the network only, too.
-        if (!fs::exists(source, error) && !error) {
+        if (file.state == FileState::Absent) {
             ++summary_.missingMedia;
             return;
         }
-        fs::create_directory(folder, error);
+        std::error_code ignored;
+        fs::create_directory(folder, ignored);
         const std::string name = item.Name.value_or(source.filename().string());
-        const auto copied =
-            copyFile(source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes)));
+        const auto copied = copyFile(
+            file, source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes)));
         if (copied.cancelled)
             summary_.cancelled = true;
         else
             (copied.written() ? summary_.written : summary_.failed).push_back(copied);
     }
 
-    ExportedFile copyFile(const fs::path& source, const fs::path& copy) const {
-        const auto file = ReadableFile::open(source);
-        if (!file) return {copy, 0, "cannot read " + source.string()};
+    ExportedFile copyFile(const BackupFile& from, const fs::path& shown,
+                          const fs::path& copy) const {
+        const auto file = ReadableFile::open(from.path);
+        if (!file) return {copy, 0, "cannot read " + shown.string()};
         const auto cancelled = [this] { return watch_.cancelled.stop_requested(); };
         std::string failure = file->copyTo(copy, cancelled);
         const bool ended = !failure.empty() && cancelled();

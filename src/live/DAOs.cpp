@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "scan/BackupDatabase.h"
+
 namespace salvor {
 
 DAOs::DAOs(ScanState& state, std::stop_token cancelled)
@@ -10,8 +12,7 @@ DAOs::DAOs(ScanState& state, std::stop_token cancelled)
 DAOs::~DAOs() = default;
 
 std::shared_ptr<FMDBUtils> DAOs::open(const std::string& storedName) const {
-    auto database = std::make_shared<FMDBUtils>(state_.backupFiles().path(storedName).string(),
-                                                state_.sourcePolicy, cancelled_);
+    auto database = backupDatabase(state_, state_.backupFiles()->open(storedName), cancelled_);
     database->openDatabase();  // one that does not open answers every statement with no rows
     return database;
 }

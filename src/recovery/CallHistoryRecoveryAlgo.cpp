@@ -123,8 +123,8 @@ CallHistoryRecoveryAlgo::CallHistoryRecoveryAlgo(ScanState& state) : state_(stat
 }
 
 void CallHistoryRecoveryAlgo::getBufferFromHaxFile() {
-    const auto path = state_.backupFiles().find(CallHistoryIOS8SqliteDbName);
-    file_ = path ? MappedFile::open(*path) : std::nullopt;
+    const auto store = state_.backupFiles()->open(CallHistoryIOS8SqliteDbName);
+    file_ = store ? MappedFile::open(store.path) : std::nullopt;
 }
 
 std::optional<ScannedCall> CallHistoryRecoveryAlgo::scanRecord(Bytes store, std::size_t offset) {

@@ -1,22 +1,66 @@
 #include "scan/BackupFiles.h"
 
-#include <system_error>
+#include <cerrno>
+#include <sys/stat.h>
+#include <utility>
+
+#include "util/StoredName.h"
 
 namespace salvor {
+namespace {
 
-std::optional<std::filesystem::path> BackupFiles::find(const std::string& storedName) const {
-    if (storedName.empty()) return std::nullopt;
-    std::error_code ignored;
-    auto flat = folder_ / storedName;
-    if (std::filesystem::is_regular_file(flat, ignored)) return flat;
-    if (storedName.size() < 2) return std::nullopt;
-    auto nested = folder_ / storedName.substr(0, 2) / storedName;
-    if (std::filesystem::is_regular_file(nested, ignored)) return nested;
-    return std::nullopt;
+class NoFileList : public StoredFileList {
+  public:
+    std::size_t size() const override { return 0; }
+    std::filesystem::path place(std::size_t) const override { return {}; }
+    std::size_t readHead(std::size_t, std::span<std::uint8_t>) const override { return 0; }
+    std::string copyTo(std::size_t, const std::filesystem::path&,
+                       const std::function<bool()>&) const override {
+        return "no such file";
+    }
+};
+
+class NoBackupFiles : public BackupFiles {
+  public:
+    FileFacts find(const std::string& storedName) const override {
+        return {FileState::Absent, storedName};
+    }
+    BackupFile open(const std::string&) const override { return {}; }
+    BackupFile own(const std::string&) const override { return {}; }
+    std::unique_ptr<StoredFileList> list() const override { return std::make_unique<NoFileList>(); }
+    std::optional<std::string> storedNameAt(const std::filesystem::path&) const override {
+        return std::nullopt;
+    }
+    std::uint64_t totalBytes() const override { return 0; }
+};
+
+}  // namespace
+
+FileFacts BackupFiles::find(const std::string& domain, const std::string& path) const {
+    return find(storedName(domain, path));
 }
 
-std::filesystem::path BackupFiles::path(const std::string& storedName) const {
-    return find(storedName).value_or(folder_ / storedName);
+BackupFile BackupFiles::open(const std::string& domain, const std::string& path) const {
+    return open(storedName(domain, path));
+}
+
+FileFacts BackupFiles::factsOf(std::filesystem::path path) {
+    FileFacts facts;
+    struct stat info {};
+    if (::stat(path.c_str(), &info) == 0) {
+        facts.state = S_ISREG(info.st_mode) ? FileState::Present : FileState::NotAFile;
+        facts.size = static_cast<std::uint64_t>(info.st_size);
+        facts.modified = info.st_mtime;
+    } else if (errno != ENOENT && errno != ENOTDIR) {
+        facts.state = FileState::Unreadable;
+    }
+    facts.place = std::move(path);
+    return facts;
+}
+
+std::shared_ptr<const BackupFiles> BackupFiles::none() {
+    static const auto kNone = std::make_shared<const NoBackupFiles>();
+    return kNone;
 }
 
 }  // namespace salvor

@@ -1,28 +1,91 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace salvor {
 
-/// The one way to a file of a backup: stored name in, path out. Older backups keep all files flat
-/// in the folder, newer ones in sub-folders named by the first two digits of the stored name.
+/// Whether a file can be had, else why not.
+enum class FileState : std::uint8_t {
+    Present,
+    Absent,
+    NotAFile,    ///< a folder, a pipe or a device lies in its place
+    Unreadable,  ///< it is there but cannot be reached
+};
+
+/// What a backup knows of a file without reading it.
+struct FileFacts {
+    FileState state = FileState::Absent;
+    /// Where the backup keeps the file, or would keep it: to be shown, and given back to
+    /// `storedNameAt`, but opened by nobody.
+    std::filesystem::path place;
+    std::uint64_t size = 0;     ///< bytes
+    std::int64_t modified = 0;  ///< Unix seconds
+
+    explicit operator bool() const { return state == FileState::Present; }
+};
+
+/// A file to open by its path for as long as this object, or a copy of it, lives. The path need
+/// not lie inside the backup's folder, but its last part is the stored name. When the file is not
+/// present the path is its place, at which nothing opens.
+struct BackupFile {
+    FileState state = FileState::Absent;
+    std::filesystem::path path;
+    std::shared_ptr<const void> hold;  ///< keeps a private copy; null for a file that stays
+
+    explicit operator bool() const { return state == FileState::Present; }
+};
+
+/// Every stored file of a backup, those of its own included, by name. One thread at a time.
+class StoredFileList {
+  public:
+    virtual ~StoredFileList() = default;
+
+    virtual std::size_t size() const = 0;
+    virtual std::filesystem::path place(std::size_t index) const = 0;
+    /// The first bytes of a file, as many as there are and fit; returns how many, 0 for a file
+    /// that cannot be read.
+    virtual std::size_t readHead(std::size_t index, std::span<std::uint8_t> head) const = 0;
+    /// Copies a file to `target`, which must not be there yet. Returns "" or the cause of the
+    /// failure, after which there is no copy. `cancelled` is asked now and then.
+    virtual std::string copyTo(std::size_t index, const std::filesystem::path& target,
+                               const std::function<bool()>& cancelled) const = 0;
+};
+
+/// The one way to the files of a backup, however it keeps them: flat, in sub-folders, encrypted. A
+/// file is asked for by its stored name or by domain and path; nothing here throws for what the
+/// file system does. Any number of threads may ask.
 class BackupFiles {
   public:
     BackupFiles() = default;
-    explicit BackupFiles(std::filesystem::path folder) : folder_(std::move(folder)) {}
+    BackupFiles(const BackupFiles&) = delete;
+    BackupFiles& operator=(const BackupFiles&) = delete;
+    virtual ~BackupFiles() = default;
 
-    const std::filesystem::path& folder() const { return folder_; }
+    virtual FileFacts find(const std::string& storedName) const = 0;
+    virtual BackupFile open(const std::string& storedName) const = 0;
+    FileFacts find(const std::string& domain, const std::string& path) const;
+    BackupFile open(const std::string& domain, const std::string& path) const;
 
-    /// The file with this stored name, flat first, then in its sub-folder; nothing when neither
-    /// exists.
-    std::optional<std::filesystem::path> find(const std::string& storedName) const;
-    /// As `find`, but the flat path of a file that does not exist.
-    std::filesystem::path path(const std::string& storedName) const;
+    /// A file that the backup keeps of itself, such as "Info.plist", under its own name whatever
+    /// the letters' case.
+    virtual BackupFile own(const std::string& name) const = 0;
+    /// Never null.
+    virtual std::unique_ptr<StoredFileList> list() const = 0;
+    /// The stored name of the file that `find` places there; nothing for any other path.
+    virtual std::optional<std::string> storedNameAt(const std::filesystem::path& place) const = 0;
+    /// What the whole backup takes.
+    virtual std::uint64_t totalBytes() const = 0;
 
-  private:
-    std::filesystem::path folder_;
+    /// What the host tells of the file at `path`, which is its place.
+    static FileFacts factsOf(std::filesystem::path path);
+    /// A backup without files, for where no source is chosen.
+    static std::shared_ptr<const BackupFiles> none();
 };
 
 }  // namespace salvor

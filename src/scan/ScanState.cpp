@@ -7,6 +7,29 @@ namespace salvor {
 ScanState::ScanState() = default;
 ScanState::~ScanState() = default;
 
+void ScanState::setBackupFiles(std::shared_ptr<const BackupFiles> files) {
+    backupFiles_ = std::move(files);
+    forgetOtherBackups();
+}
+
+void ScanState::addOtherBackup(std::shared_ptr<const BackupFiles> files) {
+    const std::lock_guard lock(otherBackupsMutex_);
+    otherBackups_.push_back(std::move(files));
+}
+
+void ScanState::forgetOtherBackups() {
+    const std::lock_guard lock(otherBackupsMutex_);
+    otherBackups_.clear();
+}
+
+BackupFile ScanState::openListed(const std::filesystem::path& path) const {
+    if (const auto name = backupFiles_->storedNameAt(path)) return backupFiles_->open(*name);
+    const std::lock_guard lock(otherBackupsMutex_);
+    for (const auto& files : otherBackups_)
+        if (const auto name = files->storedNameAt(path)) return files->open(*name);
+    return {BackupFiles::factsOf(path).state, path, nullptr};
+}
+
 void ScanState::installDatabase(std::shared_ptr<FMDBUtils> dbUtils,
                                 std::shared_ptr<DatabaseLookups> daos) {
     const std::lock_guard lock(databaseMutex_);

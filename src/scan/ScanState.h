@@ -48,13 +48,19 @@ class ScanState : public RecordContext {
     ScanState& operator=(const ScanState&) = delete;
 
     // Source
-    std::string BACKUP_DIRECTORY;
+    std::string BACKUP_DIRECTORY;  ///< shown and reported; its files are those of `backupFiles`
     DeviceInfo deviceInfo;
     std::shared_ptr<DeviceInfo> _deviceInfoBackup;  ///< name and identifier of the last backup
     std::int32_t RecoverType = 0;                   ///< 1 backup, 0 device
     SourcePolicy sourcePolicy = SourcePolicy::Protected;
-    /// Resolver over `BACKUP_DIRECTORY`.
-    BackupFiles backupFiles() const { return BackupFiles(BACKUP_DIRECTORY); }
+    /// The files of the source; never null. They change only between two scans.
+    const std::shared_ptr<const BackupFiles>& backupFiles() const { return backupFiles_; }
+    void setBackupFiles(std::shared_ptr<const BackupFiles> files);
+    /// Files of another backup of the device, some of which the lists name.
+    void addOtherBackup(std::shared_ptr<const BackupFiles> files);
+    void forgetOtherBackups();
+    /// A file by the path that a list names: one of a backup, else an ordinary one.
+    BackupFile openListed(const std::filesystem::path& path) const;
 
     // Stored names of the category databases
     std::string SMS_DATABASE, ADDRESSBOOK_DATABASE, CALENDAR_DATABASE, NOTES_DATABASE,
@@ -147,6 +153,9 @@ class ScanState : public RecordContext {
     mutable std::mutex databaseMutex_;
     std::shared_ptr<FMDBUtils> dbUtils_;
     std::shared_ptr<DatabaseLookups> daos_;
+    std::shared_ptr<const BackupFiles> backupFiles_ = BackupFiles::none();
+    mutable std::mutex otherBackupsMutex_;
+    std::vector<std::shared_ptr<const BackupFiles>> otherBackups_;
     mutable std::mutex statusMutex_;
     std::vector<std::pair<StatusCode, std::string>> statusHistory_;
 };

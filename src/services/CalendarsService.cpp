@@ -63,7 +63,7 @@ void CalendarsService::initaliseForRecovery() {
 
 void CalendarsService::doRecovery(const DeviceInfo& device) {
     AppointmentsSQLiteRecovery carver(state_, cancelled_);
-    carver.DoRecoveryPath(ConnectionFileFullPath(device));
+    carver.DoRecoveryPath(ConnectionFileFullPath(device).path);
     recoveredFiltered_ = carver.filteredEvents();
     recovered_ = static_cast<std::int32_t>(recoveredFiltered_.size());
 }
@@ -73,8 +73,7 @@ const char* CalendarsService::existingEventsStatement(const DeviceInfo& device) 
 }
 
 void CalendarsService::checkForExisitngData(const DeviceInfo& device) {
-    dbUtils_ = std::make_shared<FMDBUtils>(ConnectionStringfromDevice(device).string(),
-                                           state_.sourcePolicy, cancelled_);
+    dbUtils_ = connection(ConnectionStringfromDevice(device));
     if (!dbUtils_->openDatabase()) return;
     for (auto& event : readRows<Appointment>(dbUtils_->executeQuery(kPersonStatement), fillEvent))
         model_.push_back(std::move(event));

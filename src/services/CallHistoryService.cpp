@@ -55,7 +55,8 @@ void CallHistoryService::doRecovery(const DeviceInfo& device) {
 }
 
 void CallHistoryService::doRecovery5_6_7(const DeviceInfo& device) {
-    callHistoryIOS567ConnectionString_ = ConnectionFileFullPath(device).string();
+    const auto file = ConnectionFileFullPath(device);
+    callHistoryIOS567ConnectionString_ = file.path.string();
     CallHistorySQLiteRecovery carver(state_, cancelled_);
     carver.setWorkingOnCallList(true);
     carver.DoRecoveryPath(callHistoryIOS567ConnectionString_);
@@ -70,7 +71,8 @@ void CallHistoryService::doRecovery5_6_7(const DeviceInfo& device) {
 }
 
 void CallHistoryService::doRecovery8(const DeviceInfo& device) {
-    callHistoryIOS8ConnectionString_ = ConnectionFileFullPath(device).string();
+    const auto file = ConnectionFileFullPath(device);
+    callHistoryIOS8ConnectionString_ = file.path.string();
     CallHistoryIos8Recovery carver(state_, cancelled_);
     carver.setWorkingOnCallList(true);
     carver.DoRecoveryPath(callHistoryIOS8ConnectionString_);
@@ -104,9 +106,9 @@ template <class Fill>
 void CallHistoryService::readCalls(const DeviceInfo& device, const char* storedName,
                                    const char* statement, Fill fill) {
     SqliteDbName_ = storedName;
-    const auto path = ConnectionString(device);
-    if (!path) return;
-    dbUtils_ = std::make_shared<FMDBUtils>(path->string(), state_.sourcePolicy, cancelled_);
+    const auto file = ConnectionString(device);
+    if (!file) return;
+    dbUtils_ = connection(*file);
     if (!dbUtils_->openDatabase()) return;
     for (auto& call : readRows<CallHistory>(dbUtils_->executeQuery(statement), fill)) {
         call->contact = contactOf(*call, storedName == CallHistoryIOS7641SqliteDbName);

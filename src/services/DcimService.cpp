@@ -1,9 +1,8 @@
 #include "services/DcimService.h"
 
-#include <algorithm>
 #include <exception>
-#include <system_error>
 
+#include "backup/BackupStore.h"
 #include "backup/cameraroll/AssetFiles.h"
 #include "backup/cameraroll/PhotoLibrary.h"
 #include "scan/ListLock.h"
@@ -26,9 +25,7 @@ void DcimService::RecoverFromIOSBackup(const DeviceInfo& device) {
     for (const auto& photo : state_.Photos) photoLocations_.insert(photo->Location.value_or(""));
     processBothLibraries(device, false);
     if (state_.RecoverType != 0) return;
-    const std::filesystem::path backup(state_.BACKUP_DIRECTORY);
-    processOlderBackups(device, backup);
-    processOlderBackups(device, backup.parent_path());
+    processOlderBackups(device);
 }
 
 void DcimService::processBothLibraries(const DeviceInfo& device, bool DCIMAccess) {
@@ -38,40 +35,31 @@ void DcimService::processBothLibraries(const DeviceInfo& device, bool DCIMAccess
     }
 }
 
-void DcimService::processOlderBackups(const DeviceInfo& device, const std::filesystem::path& root) {
+void DcimService::processOlderBackups(const DeviceInfo& device) {
     if (!device.UniqueDeviceID || device.UniqueDeviceID->empty()) return;
-    std::vector<std::filesystem::path> entries;
-    std::error_code error;
-    for (std::filesystem::directory_iterator it(root, error), end; !error && it != end;
-         it.increment(error)) {
-        entries.push_back(it->path());
-    }
-    std::sort(entries.begin(), entries.end());
-    for (const auto& entry : entries) {
+    for (const auto& folder :
+         BackupStore::olderBackups(state_.BACKUP_DIRECTORY, *device.UniqueDeviceID)) {
         if (cancelled_.stop_requested()) return;
-        if (!entry.filename().string().starts_with(*device.UniqueDeviceID)) continue;
-        if (std::filesystem::equivalent(
-                entry, device.BackupLocation.value_or(state_.BACKUP_DIRECTORY), error))
-            continue;
         DeviceInfo older;
-        older.BackupLocation = entry.string();
+        older.BackupLocation = folder.string();
         try {
+            state_.addOtherBackup(filesOf(older));
             processBothLibraries(older, true);
         } catch (const std::exception& failure) {
             // One unreadable backup must not end the walk.
-            state_.warn(entry.string() + ": " + failure.what());
+            state_.warn(folder.string() + ": " + failure.what());
         }
     }
 }
 
 void DcimService::ProcessDatabaseForDevice(const DeviceInfo& device, bool DCIMAccess) {
-    const BackupFiles files(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY));
-    FMDBUtils database(files.path(SqliteDbName_).string(), state_.sourcePolicy, cancelled_);
-    if (!database.openDatabase()) return;
-    auto layout = GetPhotoDBFileType(database);
+    const auto files = filesOf(device);
+    const auto library = connection(files->open(SqliteDbName_));
+    if (!library->openDatabase()) return;
+    auto layout = GetPhotoDBFileType(*library);
     if (layout == PhotoLibraryLayout::Unknown) layout = PhotoLibraryLayout::Plain;
     const AssetFiles assets(files, layout);
-    readAssets(database, layout, [&](Dcmi row) {
+    readAssets(*library, layout, [&](Dcmi row) {
         auto asset = std::make_shared<Dcmi>(std::move(row));
         const bool video = IsKnownVideoFormat(asset->ZFilename);
         assets.locate(*asset, video);

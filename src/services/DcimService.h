@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -25,7 +24,7 @@ class DcimService : public abstractServices {
 
   private:
     void processBothLibraries(const DeviceInfo& device, bool DCIMAccess);
-    void processOlderBackups(const DeviceInfo& device, const std::filesystem::path& root);
+    void processOlderBackups(const DeviceInfo& device);
     /// Files one asset into its folder, unless its file is there already.
     void AddToFolderIfDoesNotExists(DcmiFolder& folder, const std::shared_ptr<Dcmi>& asset,
                                     bool deleted);

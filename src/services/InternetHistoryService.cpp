@@ -58,10 +58,10 @@ void InternetHistoryService::RecoverFromIOSBackup(const DeviceInfo& device) {
 }
 
 void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
-    const auto path = ConnectionString(device);
-    if (!path) return;
+    const auto file = ConnectionString(device);
+    if (!file) return;
     const auto before = retrieved_;
-    dbUtils_ = std::make_shared<FMDBUtils>(path->string(), state_.sourcePolicy, cancelled_);
+    dbUtils_ = connection(*file);
     if (dbUtils_->openDatabase()) {
         auto rows = dbUtils_->executeQuery(kVisits);
         while (rows.next()) {
@@ -73,7 +73,7 @@ void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
             list(std::move(visit));
         }
     }
-    if (retrieved_ == before) readPropertyList(*path);
+    if (retrieved_ == before) readPropertyList(file->path);
 }
 
 void InternetHistoryService::readPropertyList(const std::filesystem::path& path) {

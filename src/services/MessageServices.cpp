@@ -16,8 +16,7 @@ std::unique_ptr<MessageServices> MessageServices::initwithDevice(ScanState& stat
 }
 
 void MessageServices::connect(const DeviceInfo& device) {
-    dbUtils_ = std::make_shared<FMDBUtils>(ConnectionStringfromDevice(device).string(),
-                                           state_.sourcePolicy, cancelled_);
+    dbUtils_ = connection(ConnectionStringfromDevice(device));
 }
 
 std::vector<std::int64_t> MessageServices::groupIdsInDB() {

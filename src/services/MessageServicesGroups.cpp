@@ -85,7 +85,7 @@ std::shared_ptr<ConversationContact> MessageServices::groupConversation(
 
 void MessageServices::recoverGroupMessages(const DeviceInfo& device) {
     const auto carver = GetRecoveryObject();
-    carver->DoRecoveryPath(ConnectionFileFullPath(device));
+    carver->DoRecoveryPath(ConnectionFileFullPath(device).path);
     ConversationLookup known;
     known.extend(_ConversationContacts);
     // Each message goes in front of those before it; the fronts are gathered first, so that a long

@@ -34,20 +34,19 @@ void NotesServices::RecoverFromIOSBackup(const DeviceInfo& device) {
         // Replaced below before it runs: deliberate.
         recoveryNoteBodies_ = std::make_unique<NoteBodiesIOS9SQLiteRecovery>(state_, cancelled_);
     }
-    const auto path = ConnectionFileFullPath(device);
+    const auto file = ConnectionFileFullPath(device);
     recoveryNoteBodies_ = std::make_unique<NoteBodiesSQLiteRecovery>(state_, cancelled_);
-    recoveryNoteBodies_->DoRecoveryPath(path);
+    recoveryNoteBodies_->DoRecoveryPath(file.path);
     indexBodies();
     recoveryNotes_ = std::make_unique<NotesSQLiteRecovery>(state_, cancelled_);
     recoveryNotes_->RecoveredData.assign(state_.DeletedNotes.begin(), state_.DeletedNotes.end());
-    recoveryNotes_->DoRecoveryPath(path);
+    recoveryNotes_->DoRecoveryPath(file.path);
     recovered_ = static_cast<std::int32_t>(state_.DeletedNotes.size());
     matchNotebodiesToNotes();
 }
 
 void NotesServices::getWhatisExisting(const DeviceInfo& device) {
-    dbUtils_ = std::make_shared<FMDBUtils>(ConnectionStringfromDevice(device).string(),
-                                           state_.sourcePolicy, cancelled_);
+    dbUtils_ = connection(ConnectionStringfromDevice(device));
     if (!dbUtils_->openDatabase()) return;
     for (auto& note : readRows<Note>(dbUtils_->executeQuery(kLiveNotes), fillNote))
         model_.push_back(std::move(note));

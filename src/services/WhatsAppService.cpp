@@ -4,14 +4,12 @@
 #include <string_view>
 
 #include "scan/StoredNames.h"
-#include "util/StoredName.h"
 
 namespace salvor {
 namespace {
 
 constexpr std::string_view kUserServer = "@s.whatsapp.net";
-constexpr std::string_view kLibrary = "AppDomain-net.whatsapp.WhatsApp-Library";
-constexpr std::string_view kProfiles = "AppDomain-net.whatsapp.WhatsApp-Library/Media/Profile";
+constexpr auto kDomain = "AppDomain-net.whatsapp.WhatsApp";
 
 constexpr auto kPartners = "SELECT ZCONTACTJID, ZPARTNERNAME FROM ZWACHATSESSION";
 constexpr auto kMessages =
@@ -38,7 +36,7 @@ struct ResolvedFile {
 ResolvedFile libraryFile(const BackupFiles& files, const Text& path) {
     if (!path) return {};
     const std::string slashed = path->starts_with('/') ? *path : "//" + *path;
-    return {files.path(storedName(std::string(kLibrary) + slashed)).string(), path};
+    return {files.find(kDomain, "Library" + slashed).place.string(), path};
 }
 
 using PictureNames = std::unordered_map<std::string, std::string>;
@@ -58,8 +56,8 @@ PictureNames readPictureNames(FMDBUtils& database) {
 /// The whole picture, else its small version.
 Text profilePicture(const BackupFiles& files, const std::string& name) {
     for (const std::string_view ending : {".jpg", ".thumb"}) {
-        const auto location = fmt::format("{}/{}{}", kProfiles, name, ending);
-        if (const auto file = files.find(storedName(location))) return file->string();
+        const auto path = fmt::format("Library/Media/Profile/{}{}", name, ending);
+        if (const auto picture = files.find(kDomain, path)) return picture.place.string();
     }
     return std::nullopt;
 }
@@ -77,7 +75,7 @@ void WhatsAppService::RecoverFromIOSBackup(const DeviceInfo& device) {
 void WhatsAppService::doRecovery(const DeviceInfo& device) {
     whatsAppRecovery_ = std::make_unique<WhatsAppMessagesSQLiteRecovery>(state_, cancelled_);
     if (cancelled_.stop_requested()) return;
-    whatsAppRecovery_->DoRecoveryPath(ConnectionFileFullPath(device));
+    whatsAppRecovery_->DoRecoveryPath(ConnectionFileFullPath(device).path);
     whatsAppRecovery_->filterMessages();
     recovered_ = static_cast<std::int32_t>(whatsAppRecovery_->RecoveredFiltered.size());
 }
@@ -107,14 +105,14 @@ void WhatsAppService::AdditionalFiltering() {
 }
 
 void WhatsAppService::getWhatisExisting(const DeviceInfo& device) {
-    const auto path = ConnectionString(device);
-    if (!path) return;
-    dbUtils_ = std::make_shared<FMDBUtils>(path->string(), state_.sourcePolicy, cancelled_);
+    const auto file = ConnectionString(device);
+    if (!file) return;
+    dbUtils_ = connection(*file);
     if (dbUtils_->openDatabase()) getWhatisExistingWallPaperPath(device);
 }
 
 void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
-    const BackupFiles files(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY));
+    const auto files = filesOf(device);
     const auto pictureNames = readPictureNames(*dbUtils_);
     List<WhatsAppContact> found;
     auto rows = dbUtils_->executeQuery(kPartners);
@@ -126,7 +124,7 @@ void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
         // Without an entry of its own a picture is named by the number alone.
         const auto picture = pictureNames.find(*jid);
         partner->ZContactProfileBitmapImage = profilePicture(
-            files, picture == pictureNames.end() ? *partner->Phone : picture->second);
+            *files, picture == pictureNames.end() ? *partner->Phone : picture->second);
         found.push_back(partner);
     }
     for (const auto& partner : found) readMessages(device, partner);
@@ -162,9 +160,9 @@ std::shared_ptr<WhatsAppMessageAttachment> WhatsAppService::RetrieveWhatsAppMess
     if (dbUtils_ == nullptr) return nullptr;
     auto rows = dbUtils_->executeQuery(fmt::format(kMedia, messageKey));
     if (!rows.next()) return nullptr;
-    const BackupFiles files(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY));
-    const auto media = libraryFile(files, rows.stringForColumn("ZMEDIALOCALPATH"));
-    const auto thumbnail = libraryFile(files, rows.stringForColumn("ZXMPPTHUMBPATH"));
+    const auto files = filesOf(device);
+    const auto media = libraryFile(*files, rows.stringForColumn("ZMEDIALOCALPATH"));
+    const auto thumbnail = libraryFile(*files, rows.stringForColumn("ZXMPPTHUMBPATH"));
     auto attachment = std::make_shared<WhatsAppMessageAttachment>();
     attachment->ZMediaLocalPath = media.resolved;
     attachment->OriginalZMediaLocalPath = media.original;

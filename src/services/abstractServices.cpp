@@ -1,7 +1,9 @@
 #include "services/abstractServices.h"
 
-#include <system_error>
 #include <utility>
+
+#include "backup/BackupSource.h"
+#include "scan/BackupDatabase.h"
 
 namespace salvor {
 
@@ -10,21 +12,29 @@ abstractServices::abstractServices(ScanState& state, std::string sqliteDbName)
 
 abstractServices::~abstractServices() = default;
 
-std::filesystem::path abstractServices::ConnectionFileFullPath(const DeviceInfo& device) const {
-    if (device.fullPath && !device.fullPath->empty()) return *device.fullPath;
-    return state_.backupFiles().path(SqliteDbName_);
+BackupFile abstractServices::ConnectionFileFullPath(const DeviceInfo& device) const {
+    if (!device.fullPath || device.fullPath->empty())
+        return state_.backupFiles()->open(SqliteDbName_);
+    return {BackupFiles::factsOf(*device.fullPath).state, *device.fullPath, nullptr};
 }
 
-std::filesystem::path abstractServices::ConnectionStringfromDevice(const DeviceInfo& device) const {
+BackupFile abstractServices::ConnectionStringfromDevice(const DeviceInfo& device) const {
     return ConnectionFileFullPath(device);
 }
 
-std::optional<std::filesystem::path> abstractServices::ConnectionString(
-    const DeviceInfo& device) const {
-    auto path = ConnectionFileFullPath(device);
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return std::nullopt;
-    return path;
+std::optional<BackupFile> abstractServices::ConnectionString(const DeviceInfo& device) const {
+    auto file = ConnectionFileFullPath(device);
+    return file ? std::optional(std::move(file)) : std::nullopt;
+}
+
+std::shared_ptr<const BackupFiles> abstractServices::filesOf(const DeviceInfo& device) const {
+    const bool isSource =
+        !device.BackupLocation || *device.BackupLocation == state_.BACKUP_DIRECTORY;
+    return isSource ? state_.backupFiles() : openBackup(*device.BackupLocation);
+}
+
+std::shared_ptr<FMDBUtils> abstractServices::connection(BackupFile file) const {
+    return backupDatabase(state_, std::move(file), cancelled_);
 }
 
 }  // namespace salvor

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -27,11 +26,11 @@ class abstractServices {
     std::int32_t recovered() const { return recovered_; }
     const List<baseRecoveryObject>& model() const { return model_; }
 
-    /// The device's `fullPath` when it has one, else the backup folder joined with the stored name.
-    std::filesystem::path ConnectionFileFullPath(const DeviceInfo& device) const;
-    std::filesystem::path ConnectionStringfromDevice(const DeviceInfo& device) const;
+    /// The file at the device's `fullPath` when it has one, else the one with the stored name.
+    BackupFile ConnectionFileFullPath(const DeviceInfo& device) const;
+    BackupFile ConnectionStringfromDevice(const DeviceInfo& device) const;
     /// As above, but nothing when no file lies there.
-    std::optional<std::filesystem::path> ConnectionString(const DeviceInfo& device) const;
+    std::optional<BackupFile> ConnectionString(const DeviceInfo& device) const;
 
     void RecoverFromDevice(const DeviceInfo& device) { RecoverFromIOSBackup(device); }
     /// The category's whole run: live rows, carving, merge.
@@ -41,6 +40,10 @@ class abstractServices {
     void setStopToken(std::stop_token token) { cancelled_ = std::move(token); }
 
   protected:
+    /// The files of the source, or of the other backup that the device's `BackupLocation` names.
+    std::shared_ptr<const BackupFiles> filesOf(const DeviceInfo& device) const;
+    std::shared_ptr<FMDBUtils> connection(BackupFile file) const;
+
     ScanState& state_;
     std::string SqliteDbName_;
     std::shared_ptr<FMDBUtils> dbUtils_;

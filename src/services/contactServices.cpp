@@ -66,15 +66,15 @@ void contactServices::initaliseForRecovery() {
 }
 
 void contactServices::checkForExisitngData(const DeviceInfo& device) {
-    const auto path = ConnectionStringfromDevice(device);
-    readPersons(path);
-    ContactSearchsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(path);
-    ContactsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(path);
+    const auto file = ConnectionStringfromDevice(device);
+    readPersons(file);
+    ContactSearchsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(file.path);
+    ContactsSQLiteRecovery(state_, cancelled_).DoRecoveryPath(file.path);
     recovered_ = static_cast<std::int32_t>(state_.DeletedContact.size());
 }
 
-void contactServices::readPersons(const std::filesystem::path& path) {
-    dbUtils_ = std::make_shared<FMDBUtils>(path.string(), state_.sourcePolicy, cancelled_);
+void contactServices::readPersons(const BackupFile& file) {
+    dbUtils_ = connection(file);
     if (!dbUtils_->openDatabase()) return;
     contactsAll_ = readRows<Contact>(dbUtils_->executeQuery(kPersonStatement), fillPerson);
     numberRows(contactsAll_);
@@ -88,13 +88,11 @@ void contactServices::readPersons(const std::filesystem::path& path) {
     }
 }
 
-std::optional<std::filesystem::path> contactServices::ImagesConnectionString(
-    const DeviceInfo& device) const {
-    auto path = BackupFiles(device.BackupLocation.value_or(state_.BACKUP_DIRECTORY))
-                    .find(ContactsImagesIOS641SqliteDbName);
-    std::error_code error;
-    if (!path || std::filesystem::file_size(*path, error) == 0 || error) return std::nullopt;
-    return path;
+std::optional<BackupFile> contactServices::ImagesConnectionString(const DeviceInfo& device) const {
+    const auto files = filesOf(device);
+    const auto facts = files->find(ContactsImagesIOS641SqliteDbName);
+    if (!facts || facts.size == 0) return std::nullopt;
+    return files->open(ContactsImagesIOS641SqliteDbName);
 }
 
 std::shared_ptr<Contact> contactServices::FindContactByPhoneNumber(const Text& number) const {

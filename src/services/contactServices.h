@@ -21,7 +21,7 @@ class contactServices : public abstractServices {
     /// Reads the live address book, then runs the search carver and the person carver.
     void checkForExisitngData(const DeviceInfo& device);
     /// The address-book pictures, when that file exists and is not empty.
-    std::optional<std::filesystem::path> ImagesConnectionString(const DeviceInfo& device) const;
+    std::optional<BackupFile> ImagesConnectionString(const DeviceInfo& device) const;
 
     const List<Contact>& ContactsAll() const { return contactsAll_; }
     /// The first contact one of whose numbers equals `number` exactly; null without one.
@@ -36,7 +36,7 @@ class contactServices : public abstractServices {
 
   private:
     void initaliseForRecovery();
-    void readPersons(const std::filesystem::path& path);
+    void readPersons(const BackupFile& file);
 
     List<Contact> contactsAll_;
     std::unordered_map<std::string, std::shared_ptr<Contact>> byNumber_;

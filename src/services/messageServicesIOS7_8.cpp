@@ -47,7 +47,7 @@ void messageServicesIOS7_8::addLiveMessages() {
 
 void messageServicesIOS7_8::addCarvedHandles(const DeviceInfo& device) {
     MessageHandleSQLiteRecovery carver(state_, cancelled_);
-    carver.DoRecoveryPath(ConnectionFileFullPath(device));
+    carver.DoRecoveryPath(ConnectionFileFullPath(device).path);
     for (const auto& record : carver.RecoveredFiltered) {
         const auto& handle = static_cast<const MessageHandle&>(*record);
         const auto rowId = std::to_string(handle.RowId);
@@ -61,10 +61,10 @@ void messageServicesIOS7_8::addCarvedHandles(const DeviceInfo& device) {
 }
 
 CarvedMessageLinks messageServicesIOS7_8::carveLinks(const DeviceInfo& device) {
-    const auto path = ConnectionFileFullPath(device);
+    const auto file = ConnectionFileFullPath(device);
     // Each carver goes once its links are taken over: a large database has millions of them.
     const auto carved = [&](auto carver) {
-        carver->DoRecoveryPath(path);
+        carver->DoRecoveryPath(file.path);
         return std::move(carver->RecoveredFiltered);
     };
     CarvedMessageLinks links;
@@ -86,7 +86,7 @@ void messageServicesIOS7_8::RecoverDeletedMessages(const DeviceInfo& device) {
     state_.unKnownCount = 0;
     nextUnknown_ = 1;
     MessagesSQLiteRecovery carver(state_, cancelled_);
-    carver.DoRecoveryPath(ConnectionFileFullPath(device));
+    carver.DoRecoveryPath(ConnectionFileFullPath(device).path);
     // Conversations made on the way are not looked at by handle id, so that every message whose
     // counterpart stays unknown gets one of its own.
     for (const auto& record : carver.RecoveredFiltered) {

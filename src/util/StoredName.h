@@ -9,5 +9,6 @@ namespace salvor {
 /// it has UTF-16 units, in lower-case hexadecimal. For a name that is not pure ASCII only a prefix
 /// is hashed: deliberate.
 std::string storedName(std::string_view location);
+std::string storedName(std::string_view domain, std::string_view path);
 
 }  // namespace salvor

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "app/SalvorAppDelegate.h"
+#include "backup/BackupSource.h"
 #include "tests/device/FakeFramework.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/PropertyList.h"
@@ -155,7 +156,7 @@ TEST_F(ConnectedDevice, ThatGoesTurnsToBackups) {
     EXPECT_EQ(app.mDevice()->deviceName(), "Tablet");
     EXPECT_THAT(events, ElementsAre("connected", "connected", "gone"));
     fs::create_directories(folder / "chosen");
-    app.state().BACKUP_DIRECTORY = folder / "chosen";
+    useBackup(app.state(), folder / "chosen");
     app.getInfoFromDeviceOrBackup();
     EXPECT_EQ(described.BackupLocation, (folder / "chosen").string());
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
+#include "backup/BackupSource.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/PropertyList.h"
@@ -99,7 +100,7 @@ TEST(BackupInfoReader, FindsTheListsWhateverTheirCaseAndDescribesAfresh) {
         .writeXml(folder / "info.PLIST");
     writeWholeFile(folder / "payload", std::string(1500, 'x'));
     ScanState state;
-    state.BACKUP_DIRECTORY = folder.path().string();
+    useBackup(state, folder.path());
     state.deviceInfo.IMEI = "left over";
     EXPECT_TRUE(getInfoFromBackup(state));
     const DeviceInfo& device = state.deviceInfo;

@@ -4,6 +4,7 @@
 #include "export/ExportCommands.h"
 #include "scan/Categories.h"
 #include "tests/export/TempFolder.h"
+#include "tests/support/CopiedFiles.h"
 
 namespace salvor {
 namespace {
@@ -184,15 +185,22 @@ TEST_F(Exports, PicturesAndVideosAreCopied) {
     list(state_.Photos, "c.jpg", "missing", 1);
     list(state_.Photos, "folder.jpg", ".", 0);
     list(state_.Photos, "a (2).jpg", "one", 0);
-    list(state_.DeletedPhotos, "a.jpg", "two", 1);
+    // One that only its backup can hand out.
+    const TempFolder copies;
+    state_.setBackupFiles(std::make_shared<CopiedFiles>(copies.path()));
+    list(state_.DeletedPhotos, "a.jpg", "", 1);
+    state_.DeletedPhotos[0]->Location = "/encrypted/0123";
     // The photo library counts every video as deleted; the live ones come first.
     list(state_.DeletedVideos, "m.mov", "two", 0);
     list(state_.Videos, "m.mov", "one", 0);
     const auto all = exportAll(state_, target_.path(), ".csv", now);
-    const std::pair<const char*, const char*> cases[] = {
-        {"Photos/a.jpg", "1"},         {"Photos/a (2).jpg", "2"}, {"Photos/.._b.jpg", "1"},
-        {"Photos/a (2) (2).jpg", "1"}, {"Photos/a (3).jpg", "2"}, {"Videos/m.mov", "1"},
-        {"Videos/m (2).mov", "2"}};
+    const std::pair<const char*, const char*> cases[] = {{"Photos/a.jpg", "1"},
+                                                         {"Photos/a (2).jpg", "2"},
+                                                         {"Photos/.._b.jpg", "1"},
+                                                         {"Photos/a (2) (2).jpg", "1"},
+                                                         {"Photos/a (3).jpg", "decrypted 0123"},
+                                                         {"Videos/m.mov", "1"},
+                                                         {"Videos/m (2).mov", "2"}};
     for (const auto& [name, content] : cases) {
         EXPECT_EQ(contentOf(all.folder / name), content) << name;
     }

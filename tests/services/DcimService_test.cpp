@@ -20,7 +20,7 @@ class CameraRoll : public ScanFixture, public ScanObserver {
   protected:
     CameraRoll() {
         fs::create_directories(backup);
-        state.BACKUP_DIRECTORY = backup.string();
+        useBackup(state, backup);
         state.observer = this;
         state.RecoverType = 1;
         device.BackupLocation = backup.string();

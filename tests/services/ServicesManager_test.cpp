@@ -98,16 +98,16 @@ TEST_F(Manager, DrivesTheChatLayoutWhateverTheVersion) {
 
 TEST_F(Manager, ServicesFindTheirDatabase) {
     const RecordingService service(state, "3dname", calls);
-    EXPECT_EQ(service.ConnectionFileFullPath(device), folder / "3dname");
-    EXPECT_EQ(service.ConnectionString(device), std::nullopt);
+    EXPECT_EQ(service.ConnectionFileFullPath(device).path, folder / "3dname");
+    EXPECT_FALSE(service.ConnectionString(device));
     std::filesystem::create_directory(folder / "3d");
     writeWholeFile(folder / "3d/3dname", "x");
-    EXPECT_EQ(service.ConnectionString(device), folder / "3d/3dname");
+    EXPECT_EQ(service.ConnectionString(device)->path, folder / "3d/3dname");
     device.fullPath = "";
-    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "3d/3dname");
+    EXPECT_EQ(service.ConnectionStringfromDevice(device).path, folder / "3d/3dname");
     device.fullPath = (folder / "own").string();
-    EXPECT_EQ(service.ConnectionStringfromDevice(device), folder / "own");
-    EXPECT_EQ(service.ConnectionString(device), std::nullopt);
+    EXPECT_EQ(service.ConnectionStringfromDevice(device).path, folder / "own");
+    EXPECT_FALSE(service.ConnectionString(device));
     EXPECT_EQ(service.retrieved(), 0);
     EXPECT_EQ(service.recovered(), 0);
     EXPECT_TRUE(service.model().empty());

@@ -148,7 +148,7 @@ TEST_F(ChatLayout, NothingComesOfACancelledRunOrAMissingDatabase) {
     std::stop_source stop;
     stop.request_stop();
     EXPECT_TRUE(run(stop.get_token()).empty());
-    state.BACKUP_DIRECTORY = (folder / "missing").string();
+    useBackup(state, folder / "missing");
     EXPECT_TRUE(run().empty());
     state.deviceInfo.fullPath = database.string();
     EXPECT_EQ(run().size(), 1U);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "backup/BackupSource.h"
 #include "scan/ScanState.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -29,7 +30,7 @@ class ScanFixture : public ::testing::Test {
     ScanFixture() {
         ::setenv("TZ", "UTC", 1);
         ::tzset();
-        state.BACKUP_DIRECTORY = folder.string();
+        useBackup(state, folder);
     }
 
     /// Runs `sql` on a database, which is made if need be. Deleted bytes stay where they are.

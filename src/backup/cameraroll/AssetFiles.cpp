@@ -56,12 +56,12 @@ std::optional<std::string> findThumbnail(const BackupFiles& files, PhotoLibraryL
         const auto stored = files.find(storedName(location));
         if (!stored) continue;
         // The first candidate gives the location text, not the stored file: deliberate.
-        return size == kSizes.front() ? location : stored->string();
+        return size == kSizes.front() ? location : stored.place.string();
     }
     const auto dot = file.find('.');
     const std::string stem = dot == std::string::npos ? file + "." : file.substr(0, dot + 1);
     const auto stored = files.find(storedName(folder + stem + "THM"));
-    return stored ? std::optional(stored->string()) : std::nullopt;
+    return stored ? std::optional(stored.place.string()) : std::nullopt;
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ std::optional<std::string> findThumbnail(const BackupFiles& files, PhotoLibraryL
 void AssetFiles::locate(Dcmi& asset, bool video) const {
     const auto [prefix, deleted] = locationOf(asset, video, layout_);
     const std::string location = std::string(prefix) + asset.ZDirecotry + "/" + asset.ZFilename;
-    asset.DcmiPath = files_.path(storedName(location)).string();
+    asset.DcmiPath = files_->find(storedName(location)).place.string();
     asset.Recovered = deleted;
     asset.DcmiThumbnailPath =
         ResolveThumbnailPath(layout_, asset.ZFilename, asset.ZDirecotry, video, asset.DcmiPath);
@@ -78,10 +78,10 @@ void AssetFiles::locate(Dcmi& asset, bool video) const {
 std::string AssetFiles::ResolveThumbnailPath(PhotoLibraryLayout layout, const std::string& file,
                                              const std::string& directory, bool video,
                                              const std::string& dcmiPath) const {
-    auto found = findThumbnail(files_, layout, file, directory);
+    auto found = findThumbnail(*files_, layout, file, directory);
     if (!found && !video && layout == PhotoLibraryLayout::Photo &&
         directory.starts_with("PhotoData/Sync")) {
-        found = findThumbnail(files_, PhotoLibraryLayout::ThumbnailFallback, file, directory);
+        found = findThumbnail(*files_, PhotoLibraryLayout::ThumbnailFallback, file, directory);
     }
     if (found) return *found;
     return video ? std::string(kVideoPicture) : dcmiPath;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "backup/cameraroll/Dcmi.h"
 #include "backup/cameraroll/PhotoLibrary.h"
@@ -11,7 +13,7 @@ namespace salvor {
 /// Finds the stored files of photo-library assets in one backup.
 class AssetFiles {
   public:
-    AssetFiles(BackupFiles files, PhotoLibraryLayout layout)
+    AssetFiles(std::shared_ptr<const BackupFiles> files, PhotoLibraryLayout layout)
         : files_(std::move(files)), layout_(layout) {}
 
     /// Fills the asset's path and thumbnail and settles its deleted mark: every video counts as
@@ -26,7 +28,7 @@ class AssetFiles {
                                      const std::string& dcmiPath) const;
 
   private:
-    BackupFiles files_;
+    std::shared_ptr<const BackupFiles> files_;
     PhotoLibraryLayout layout_;
 };
 

@@ -1,7 +1,6 @@
 #include "backup/extraction/CategoryDatabases.h"
 
 #include <array>
-#include <system_error>
 
 #include "scan/StoredNames.h"
 
@@ -55,11 +54,8 @@ constexpr std::array kRules{
 
 // Deliberate: the size counts as a 32-bit number, so that a multiple of 4 GiB is empty.
 bool hasContent(const ScanState& state, Stored wanted) {
-    const auto file = state.backupFiles().find(storedNameOf(wanted));
-    if (!file) return false;
-    std::error_code failed;
-    const auto size = std::filesystem::file_size(*file, failed);
-    return !failed && static_cast<std::uint32_t>(size) != 0;
+    const auto file = state.backupFiles()->find(storedNameOf(wanted));
+    return file && static_cast<std::uint32_t>(file.size) != 0;
 }
 
 }  // namespace

@@ -8,19 +8,20 @@ namespace salvor {
 namespace {
 
 PropertyList propertyList(const ScanState& state, const std::string& storedName) {
-    const auto file = state.backupFiles().find(storedName);
-    return file ? PropertyList::read(*file) : PropertyList();
+    const auto file = state.backupFiles()->open(storedName);
+    return file ? PropertyList::read(file.path) : PropertyList();
 }
 
 List<Application> applications(const ScanState& state) {
     auto list = applicationsOf(propertyList(state, state.APPLICATIONS_DATABASE));
     if (!list.empty()) return list;
-    return applicationsOf(PropertyList::read(state.backupFiles().folder() / "Manifest.plist"));
+    const auto manifest = state.backupFiles()->own("Manifest.plist");
+    return manifest ? applicationsOf(PropertyList::read(manifest.path)) : List<Application>();
 }
 
 List<UserDict> keyboardWords(const ScanState& state) {
-    const auto file = state.backupFiles().find(state.DYNAMICDIT_DATABASE);
-    const auto mapped = file ? MappedFile::open(*file) : std::nullopt;
+    const auto file = state.backupFiles()->open(state.DYNAMICDIT_DATABASE);
+    const auto mapped = file ? MappedFile::open(file.path) : std::nullopt;
     return mapped ? keyboardWordsOf(mapped->bytes()) : List<UserDict>();
 }
 

@@ -1,8 +1,8 @@
 #include "backup/extraction/LiveCategories.h"
 
 #include "live/DAOs.h"
+#include "scan/BackupDatabase.h"
 #include "scan/StoredNames.h"
-#include "sql/FMDBUtils.h"
 
 namespace salvor {
 namespace {
@@ -14,9 +14,8 @@ using Query = List<Record> (DAOs::*)();
 template <class Record>
 void readInto(List<Record>& list, Query<Record> query, const std::string& storedName,
               ScanState& state, const std::stop_token& cancelled) {
-    FMDBUtils database(state.backupFiles().path(storedName).string(), state.sourcePolicy,
-                       cancelled);
-    if (!database.openDatabase()) return;
+    const auto file = state.backupFiles()->open(storedName);
+    if (!backupDatabase(state, file, cancelled)->openDatabase()) return;
     DAOs daos(state, cancelled);
     const auto rows = (daos.*query)();
     list.insert(list.end(), rows.begin(), rows.end());
@@ -38,7 +37,7 @@ void read(const CategoryFacts& category, ScanState& state, const std::stop_token
 
 void readNotes(const CategoryFacts& category, ScanState& state, const std::stop_token& cancelled) {
     readInto(state.NotesContent, &DAOs::GetNotes91, NotesIOS9SqliteDbName, state, cancelled);
-    if (state.backupFiles().find(state.NOTES_DATABASE))
+    if (state.backupFiles()->find(state.NOTES_DATABASE))
         read<&DAOs::GetNotes>(category, state, cancelled);
 }
 

@@ -6,10 +6,8 @@
 #include <memory>
 #include <string_view>
 
-#include "backup/extraction/StoredFiles.h"
 #include "scan/Categories.h"
 #include "scan/ListLock.h"
-#include "util/ReadableFile.h"
 
 namespace salvor {
 namespace {
@@ -40,12 +38,12 @@ class Sweep {
 
     void run() {
         state_.updateStatus(StatusCode::Running, factsOf(Category::Photos).reading.status);
-        const StoredFiles files(state_.BACKUP_DIRECTORY);
-        const std::size_t step = files.size() / kProgressSteps;
+        const auto files = state_.backupFiles()->list();
+        const std::size_t step = files->size() / kProgressSteps;
         state_.progress.pictureSteps = 0;
-        for (std::size_t visited = 1; visited <= files.size(); ++visited) {
+        for (std::size_t visited = 1; visited <= files->size(); ++visited) {
             if (isCancelled()) break;
-            visit(files, visited - 1);
+            visit(*files, visited - 1);
             if (isCancelled()) break;
             if (step > 0 && visited % step == 0) advance();
         }
@@ -61,19 +59,16 @@ class Sweep {
         if (state_.progress.pictureSteps < kProgressSteps) ++state_.progress.pictureSteps;
     }
 
-    void visit(const StoredFiles& files, std::size_t index) {
-        const auto file = files.open(index);
-        if (!file) return;
-        const char* name = files.name(index);
+    void visit(const StoredFileList& files, std::size_t index) {
         std::array<std::uint8_t, kPictureHead> head{};
-        const std::size_t size = file->readHead(head);
+        const std::size_t size = files.readHead(index, head);
         switch (pictureKind(std::span(head).first(size))) {
             case PictureKind::Png:
-                return addPhoto(name, *file, "PNG");
+                return addPhoto(files, index, "PNG");
             case PictureKind::Jpeg:
-                return addPhoto(name, *file, "JPG");
+                return addPhoto(files, index, "JPG");
             case PictureKind::QuickTime:
-                return addVideo(name, *file);
+                return addVideo(files, index);
             // Pictures whose first segment is Exif are left out: deliberate.
             case PictureKind::ExifJpeg:
             case PictureKind::Database:
@@ -82,19 +77,18 @@ class Sweep {
         }
     }
 
-    bool copy(const char* name, const ReadableFile& file, const fs::path& target) {
-        const std::string failure = file.copyTo(target, [this] { return isCancelled(); });
+    bool copy(const StoredFileList& files, std::size_t index, const fs::path& target) {
+        const std::string failure = files.copyTo(index, target, [this] { return isCancelled(); });
         if (failure.empty()) return true;
         if (!isCancelled() && failed_++ == 0)
-            firstFailure_ = (fs::path(state_.BACKUP_DIRECTORY) / name).string() + " to " +
-                            target.string() + ": " + failure;
+            firstFailure_ = files.place(index).string() + " to " + target.string() + ": " + failure;
         return false;
     }
 
-    void addPhoto(const char* name, const ReadableFile& file, const char* extension) {
+    void addPhoto(const StoredFileList& files, std::size_t index, const char* extension) {
         const fs::path target =
             workFolder_.photos() / fmt::format("IMG_{}.{}", state_.PhotosCount.load(), extension);
-        if (!copy(name, file, target)) return;
+        if (!copy(files, index, target)) return;
         ++state_.PhotosCount;
         auto photo = std::make_shared<Photo>();
         photo->Name = target.filename().string();
@@ -103,10 +97,10 @@ class Sweep {
         state_.Photos.push_back(std::move(photo));
     }
 
-    void addVideo(const char* name, const ReadableFile& file) {
+    void addVideo(const StoredFileList& files, std::size_t index) {
         const fs::path target =
             workFolder_.videos() / fmt::format("MOV_{}.MOV", state_.VideosCount.load());
-        if (!copy(name, file, target)) return;
+        if (!copy(files, index, target)) return;
         ++state_.VideosCount;
         auto video = std::make_shared<Video>();
         video->Name = target.filename().string();
@@ -141,6 +135,7 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
         return failure;
     }
     clearLists(factsOf(Category::Photos), state);
+    state.forgetOtherBackups();
     state.DeletedPhotosCount = 0;
     state.DeletedVideosCount = 0;
     // Names are numbered from 1; at the end the counters are the number of copies.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "backup/BackupSource.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 
@@ -25,7 +26,7 @@ class Assets : public testing::Test {
         asset.ZDirecotry = directory;
         asset.ZFilename = file;
         asset.Recovered = trashed;
-        AssetFiles(BackupFiles(folder.path()), layout).locate(asset, video);
+        AssetFiles(openBackup(folder.path()), layout).locate(asset, video);
         return asset;
     }
     std::string thumbnail(Layout layout, const std::string& directory, const std::string& file,

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "backup/BackupSource.h"
 #include "backup/extraction/CategoryDatabases.h"
 #include "backup/extraction/LiveCategories.h"
 #include "scan/StoredNames.h"
@@ -16,7 +17,7 @@ class Extraction : public testing::Test {
   protected:
     Extraction() {
         std::filesystem::create_directories(backup);
-        state.BACKUP_DIRECTORY = backup.string();
+        useBackup(state, backup);
         state.deviceInfo.iOSMajorVersion = 7;
     }
     /// A message database with `count` messages of one handle.

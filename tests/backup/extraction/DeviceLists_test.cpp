@@ -3,6 +3,7 @@
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
 
+#include "backup/BackupSource.h"
 #include "backup/extraction/KeyboardDictionary.h"
 #include "backup/extraction/PropertyListReaders.h"
 #include "tests/support/TempFolder.h"
@@ -119,7 +120,7 @@ TEST(DeviceListRows, OfTheKeyboardAreTheWordsBetweenZeroesAndCounts) {
 class DeviceListFiles : public testing::Test {
   protected:
     DeviceListFiles() {
-        state.BACKUP_DIRECTORY = folder.path().string();
+        useBackup(state, folder.path());
         state.ACCOUNT_DATABASE = "accounts";
         state.APPLICATIONS_DATABASE = "applications";
         state.MAPHISTORY_DATABASE = "maps";

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include "backup/BackupSource.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -63,7 +64,7 @@ class Sweeps : public testing::Test {
         writeWholeFile(backup / name, content);
     }
     std::string sweep(const std::stop_token& cancelled = {}) {
-        state.BACKUP_DIRECTORY = backup.string();
+        useBackup(state, backup);
         return sweepPictures(state, work, cancelled);
     }
     template <class List>

@@ -1,4 +1,4 @@
-#include "backup/extraction/StoredFiles.h"
+#include "backup/FolderFileList.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,6 +8,9 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+
+#include "util/ReadableFile.h"
 
 namespace salvor {
 namespace {
@@ -39,8 +42,8 @@ bool isTwoDigits(std::string_view name) {
 
 }  // namespace
 
-StoredFiles::StoredFiles(const std::filesystem::path& backup)
-    : folder_(openFolder(AT_FDCWD, backup.c_str(), kFolderFlags)) {
+FolderFileList::FolderFileList(std::filesystem::path backup)
+    : backup_(std::move(backup)), folder_(openFolder(AT_FDCWD, backup_.c_str(), kFolderFlags)) {
     if (folder_ < 0) return;
     std::vector<std::string> subFolders;
     list("", &subFolders);
@@ -50,15 +53,22 @@ StoredFiles::StoredFiles(const std::filesystem::path& backup)
     });
 }
 
-StoredFiles::~StoredFiles() {
+FolderFileList::~FolderFileList() {
     if (folder_ >= 0) ::close(folder_);
 }
 
-std::optional<ReadableFile> StoredFiles::open(std::size_t index) const {
-    return ReadableFile::openIn(folder_, name(index));
+std::size_t FolderFileList::readHead(std::size_t index, std::span<std::uint8_t> head) const {
+    const auto file = ReadableFile::openIn(folder_, name(index));
+    return file ? file->readHead(head) : 0;
 }
 
-void StoredFiles::list(const std::string& subFolder, std::vector<std::string>* subFolders) {
+std::string FolderFileList::copyTo(std::size_t index, const std::filesystem::path& target,
+                                   const std::function<bool()>& cancelled) const {
+    const auto file = ReadableFile::openIn(folder_, name(index));
+    return file ? file->copyTo(target, cancelled) : "cannot be read";
+}
+
+void FolderFileList::list(const std::string& subFolder, std::vector<std::string>* subFolders) {
     const char* path = subFolder.empty() ? "." : subFolder.c_str();
     const int folder = openFolder(folder_, path, kFolderFlags | O_NOFOLLOW);
     if (folder < 0) return;
@@ -77,7 +87,7 @@ void StoredFiles::list(const std::string& subFolder, std::vector<std::string>* s
     }
 }
 
-void StoredFiles::add(const std::string& subFolder, const char* name) {
+void FolderFileList::add(const std::string& subFolder, const char* name) {
     starts_.push_back(names_.size());
     if (!subFolder.empty()) names_.append(subFolder).append("/");
     names_.append(name, std::strlen(name) + 1);
