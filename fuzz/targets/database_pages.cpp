@@ -61,7 +61,7 @@ SALVOR_FUZZ_TARGET(database_pages) {
 
     const auto& all = fuzz::shippedSignatures()->tableSignatures;
     const auto& chosen = *all.at(byteAt(input, kChoice) % all.size());
-    TableCarveOptions options{chosen.Name, chosen.Database, chosen.Table, {}, false, false};
+    TableCarveOptions options{chosen.Name, chosen.Database, chosen.Table, {}, false, false, {}};
     options.version = versionOf(chosen, byteAt(input, kChoice + 1) >> 2U);
     options.fullSearch = (byteAt(input, kChoice + 1) & 1) != 0;
     options.callList = (byteAt(input, kChoice + 1) & 2) != 0;

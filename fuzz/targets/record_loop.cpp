@@ -3,12 +3,12 @@
 // in its upper five bits, the first of the few patterns.
 #include <algorithm>
 
-#include "carving/AbstractSqLiteRecovery.h"
+#include "carving/RecordLoop.h"
+#include "carving/RowCollector.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "reference/case_report.h"
 #include "reference/literal_record_loop.h"
-#include "reference/row_carver.h"
 
 using namespace salvor;
 
@@ -51,11 +51,15 @@ std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Byte
 }
 
 std::vector<CarvedRow> actualRows(const Choice& choice, const std::vector<Bytes>& regions) {
-    reference::RowCarver<AbstractSqLiteRecovery> carver(choice.deduplicate);
-    carver.tablePatterns = patternsOf(choice);
-    carver._processOffset = choice.processOffset;
-    for (const Bytes region : regions) carver.ParseHeaderAndData(region, 0);
-    return carver.rows;
+    std::vector<CarvedRow> rows;
+    using enum RowCollector::RowIds;
+    RowCollector collector([&](const CarvedRow& row) { rows.push_back(row); },
+                           choice.deduplicate ? FirstOnly : Every);
+    RecordLoop loop(collector, {});
+    loop.use(patternsOf(choice));
+    for (const Bytes region : regions)
+        loop.ParseHeaderAndData({region, 0, 0, CarvedSpace::Gap, 0, choice.processOffset});
+    return rows;
 }
 
 }  // namespace

@@ -5,12 +5,9 @@
 #include <optional>
 #include <stop_token>
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "carving/RowCollector.h"
 #include "carving/signatures/SqLiteTableSignatures.h"
-#include "records/ColumnValue.h"
-#include "records/RecordOrigin.h"
 
 namespace salvor {
 
@@ -22,18 +19,11 @@ struct TableCarveOptions {
     std::optional<std::string> version;
     bool fullSearch = false;  ///< search every page whole
     bool callList = false;    ///< read freeblocks unshifted, as for the call list
+    RowCollector::RowIds rowIds = RowCollector::RowIds::FirstOnly;
 };
 
-/// A carved row: its mapped columns in the order they were read, a later value of the same name
-/// replacing an earlier one in place.
-struct CarvedRow {
-    std::int64_t rowId = 0;
-    std::vector<std::pair<std::string, OptionalColumnValue>> columns;
-    RecordOrigin origin;
-};
-
-/// Runs the engine alone over one SQLite file and hands on its records, after the row-id
-/// de-duplication, in the order in which they are found. A table without a signature yields none.
+/// Runs the engine alone over one SQLite file and hands on its rows in the order in which they are
+/// found. A table without a signature yields none. Origins name no database.
 void carveTable(const SqLiteTableSignatures& signatures, const TableCarveOptions& options,
                 const std::filesystem::path& file, std::stop_token cancelled,
                 const std::function<void(const CarvedRow&)>& found);

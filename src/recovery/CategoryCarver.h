@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "carving/AbstractSqLiteRecovery.h"
+#include "recovery/AbstractSqLiteRecovery.h"
 #include "recovery/RecordCarver.h"
 #include "sql/FMDBUtils.h"
 

@@ -5,8 +5,8 @@
 #include <span>
 #include <stop_token>
 
-#include "carving/AbstractSqLiteRecovery.h"
 #include "carving/DataPosition.h"
+#include "recovery/AbstractSqLiteRecovery.h"
 #include "recovery/ColumnAttributes.h"
 
 namespace salvor {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "carving/AbstractSqLiteRecovery.h"
 #include "records/ChatRecords.h"
 #include "records/ConversationContact.h"
 #include "records/List.h"
 #include "records/Message.h"
+#include "recovery/AbstractSqLiteRecovery.h"
 #include "services/ContactLookup.h"
 #include "services/abstractServices.h"
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "carving/AbstractSqLiteRecovery.h"
+#include "carving/CarvingEngine.h"
 #include "tests/support/Signatures.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -76,14 +76,10 @@ class TemporaryFile {
     TempFolder folder_;
 };
 
-/// Made before the carver that refers to it.
-struct OwnState {
-    ScanState state;
-};
+using Patterns = std::initializer_list<std::shared_ptr<TablePattern>>;
 
-/// A carver that notes what the engine hands on and shows the engine's own state.
-template <class Engine = AbstractSqLiteRecovery>
-class NotingCarver : public OwnState, public Engine {
+/// Notes what the engine hands on.
+class NotingReceiver : public RowReceiver {
   public:
     struct Column {
         std::int64_t index;
@@ -91,36 +87,35 @@ class NotingCarver : public OwnState, public Engine {
         friend bool operator==(const Column&, const Column&) = default;
     };
 
-    explicit NotingCarver(std::initializer_list<std::shared_ptr<TablePattern>> patterns,
-                          std::stop_token cancelled = {})
-        : Engine(OwnState::state, std::move(cancelled)) {
-        this->tablePatterns.assign(patterns.begin(), patterns.end());
-    }
-
-    using Engine::_field;
-    using Engine::_processOffset;
-
-    std::int32_t verifyDataPosition(Bytes text) override {
-        return position ? position(text) : Engine::verifyDataPosition(text);
-    }
-
     std::vector<Column> columns;         ///< every column, dropped readings included
-    std::vector<std::uint64_t> offsets;  ///< where the headers of the records begin
+    std::vector<std::uint64_t> offsets;  ///< where the headers of the rows begin
     std::vector<std::int64_t> rowIds;
-    bool keep = false;                            ///< fills `RecoveredData`
-    std::function<std::int32_t(Bytes)> position;  ///< stands in for the data-start rule
+    std::function<std::int32_t(Bytes)> position = [](Bytes) { return kNoCorrection; };
 
-  protected:
-    void FillModel(std::int64_t column, const OptionalColumnValue& value,
-                   const TablePattern& pattern) override {
+    RegionEnd parse(Patterns patterns, Bytes data, std::int64_t start = 0) {
+        RecordLoop loop(*this, {});
+        loop.use({patterns.begin(), patterns.end()});
+        Region region{data};
+        region.start = start;
+        return loop.ParseHeaderAndData(region);
+    }
+
+    void rowBegins(std::int64_t rowId, const RecordOrigin& origin) override {
+        begun_ = {rowId, origin.offset};
+    }
+    void columnRead(std::int64_t column, const OptionalColumnValue& value,
+                    const TablePattern&) override {
         columns.push_back({column, value});
-        if (const auto* mapping = pattern.mappingForColumn(column)) _field = mapping->Name;
     }
-    void addRecoveredObject() override {
-        offsets.push_back(this->_recObject->Origin->offset);
-        rowIds.push_back(this->_recObject->RowId);
-        if (keep) this->RecoveredData.push_back(this->_recObject);
+    std::int32_t correctionFor(Bytes text) override { return position(text); }
+    void rowDropped() override {}
+    void rowEnds() override {
+        rowIds.push_back(begun_.first);
+        offsets.push_back(begun_.second);
     }
+
+  private:
+    std::pair<std::int64_t, std::uint64_t> begun_;
 };
 
 }  // namespace salvor::testing

@@ -11,14 +11,10 @@ using ::testing::IsEmpty;
 
 /// Where the bytes lie that were searched: the pattern fits at every position, so that the records'
 /// origins tell. The last byte of a region is never among them.
-std::vector<std::uint64_t> searched(const Buffer& file) {
-    const TemporaryFile onDisk(file);
-    NotingCarver<> carver({makePattern("[0]")});
-    carver.DoRecoveryPath(onDisk.path());
-    EXPECT_EQ(carver.state.progress.bytesDone, carver.state.progress.bytesTotal);
-    EXPECT_EQ(carver.state.progress.bytesTotal, file.size() > 16 ? file.size() : 0);
-    EXPECT_EQ(carver._processOffset, 0);
-    return carver.offsets;
+std::vector<std::uint64_t> searched(const Buffer& file, std::stop_token cancelled = {}) {
+    NotingReceiver rows;
+    CarvingEngine(rows, PageSearch::Unused, std::move(cancelled)).carve(file, {makePattern("[0]")});
+    return rows.offsets;
 }
 
 TEST(PageWalkTest, TypesAndContentStarts) {
@@ -71,13 +67,20 @@ TEST(PageWalkTest, OddFilesYieldNothing) {
     }
     put16(image.bytes, 16, 16);
     EXPECT_FALSE(searched(image.bytes).empty());
-    NotingCarver<> carver({makePattern("[0]")});
-    carver.DoRecoveryPath("");
-    carver.DoRecoveryPath("/nowhere/at-all.db");
-    carver.DoRecoveryPath(std::filesystem::temp_directory_path());
-    EXPECT_THAT(carver.offsets, IsEmpty());
-    carveTable({}, {}, TemporaryFile(image.bytes).path(), {},
-               [](const CarvedRow&) { ADD_FAILURE() << "no such table"; });
+}
+
+TEST(PageWalkTest, FilesThatAreNotOpened) {
+    const auto opens = [](const std::filesystem::path& path) {
+        return CarvingEngine::open(path).has_value();
+    };
+    EXPECT_TRUE(opens(TemporaryFile(Buffer(17, 0)).path()));
+    EXPECT_FALSE(opens(TemporaryFile(Buffer(16, 0)).path()));
+    EXPECT_FALSE(opens(""));
+    EXPECT_FALSE(opens("/nowhere/at-all.db"));
+    EXPECT_FALSE(opens(std::filesystem::temp_directory_path()));
+    const TemporaryFile file(Buffer(100, 0));
+    for (const auto& path : {file.path(), std::filesystem::path("/nowhere/at-all.db")})
+        carveTable({}, {}, path, {}, [](const CarvedRow&) { ADD_FAILURE() << "no such table"; });
 }
 
 TEST(PageWalkTest, EveryTruncationIsReadWithoutHarm) {
@@ -95,16 +98,13 @@ TEST(PageWalkTest, EveryTruncationIsReadWithoutHarm) {
     }
 }
 
-TEST(PageWalkTest, CancelledScanEndsAndSettlesItsProgress) {
+TEST(PageWalkTest, CancelledSearchFindsNothing) {
     FileImage image(512, 4);
     image.btree(3, 13, 0, 60);
-    const TemporaryFile file(image.bytes);
+    EXPECT_FALSE(searched(image.bytes).empty());
     std::stop_source stop;
     stop.request_stop();
-    NotingCarver<> carver({makePattern("[0]")}, stop.get_token());
-    carver.DoRecoveryPath(file.path());
-    EXPECT_THAT(carver.offsets, IsEmpty());
-    EXPECT_EQ(carver.state.progress.bytesDone, image.bytes.size());
+    EXPECT_THAT(searched(image.bytes, stop.get_token()), IsEmpty());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "carving/AbstractSQLiteRecoveryFullSearch.h"
+#include "carving/DataPosition.h"
 #include "tests/carving/CarvingFixture.h"
 
 namespace salvor::testing {
@@ -9,7 +9,16 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Carver = NotingCarver<>;
+
+/// The first header in `data`; nothing when a read past the end ended the search.
+std::optional<SQLiteTableHeaderInfo> firstHeader(const char* header, Bytes data) {
+    PatternMatcher matcher;
+    matcher.use({makePattern(header)});
+    matcher.begin(data);
+    SQLiteTableHeaderInfo info;
+    if (matcher.find(0, info) == MatchResult::ReadFailed) return std::nullopt;
+    return info;
+}
 
 TEST(MatcherTest, HeadersAtTheEndOfTheData) {
     const Buffer longRowId = Buffer(8, 0xFF) + Buffer{1};
@@ -30,8 +39,7 @@ TEST(MatcherTest, HeadersAtTheEndOfTheData) {
         {"cut off behind a long row id", "[1];[0];[0];[5];[5]", longRowId + Buffer{3, 0}, 3},
     };
     for (const auto& [what, header, data, entries] : cases) {
-        Carver carver({makePattern(header)});
-        const auto info = carver.FindSQLiteTableHeader(data, 0);
+        const auto info = firstHeader(header, data);
         ASSERT_EQ(!info, entries == kFailed) << what;
         if (!info) continue;
         EXPECT_EQ(info->Valid, entries > 0) << what;
@@ -42,8 +50,7 @@ TEST(MatcherTest, HeadersAtTheEndOfTheData) {
 
 TEST(MatcherTest, RowIdPatternTakesTwoBytesUnchecked) {
     const Buffer data = Buffer{0x81, 0x01, 99, 88, 4, 0x82, 0x00} + Buffer(33, 0);
-    Carver carver({makePattern("[1];[0];[0];[4];[-20]")});
-    const auto info = carver.FindSQLiteTableHeader(data, 0);
+    const auto info = firstHeader("[1];[0];[0];[4];[-20]", data);
     ASSERT_TRUE(info && info->Valid);
     EXPECT_EQ(info->RowId, 129);
     EXPECT_THAT(info->Header, ElementsAre(ElementsAre(0, 2), ElementsAre(0, 1), ElementsAre(0, 1),
@@ -83,13 +90,13 @@ TEST(RecordLoopTest, DecodesSerialTypes) {
     for (const auto& [serialType, bytes, values] : cases) {
         // One column, whose value ends with the data.
         const std::string type = std::to_string(serialType);
-        Carver carver({makePattern("[0];[" + type + "];[-25]")});
         Buffer data{0, static_cast<std::uint8_t>(serialType), 41};
         data = data + bytes + Buffer(14, ' ');
-        carver.ParseHeaderAndData(data, 0);
-        ASSERT_EQ(carver.rowIds.size(), 1u) << type;
+        NotingReceiver rows;
+        rows.parse({makePattern("[0];[" + type + "];[-25]")}, data);
+        ASSERT_EQ(rows.rowIds.size(), 1u) << type;
         std::vector<OptionalColumnValue> seen;
-        for (const auto& [column, value] : carver.columns) {
+        for (const auto& [column, value] : rows.columns) {
             if (column == 1) seen.push_back(value);
         }
         EXPECT_EQ(seen, values) << type;
@@ -99,14 +106,15 @@ TEST(RecordLoopTest, DecodesSerialTypes) {
 TEST(RecordLoopTest, ValuesThatAreNotWhollyInsideTakeNoRoom) {
     // 8 bytes of data: 6 for a number leave no room for 8, nor for a blob of 8.
     const Buffer data = Buffer{0, 5, 6, 28, 15, 33, 13, 28, 9} + Buffer(8, 'x');
-    Carver carver({makePattern("[0];[5];[6];[28];[15];[33];[13];[28];[9]")});
-    carver.ParseHeaderAndData(data, 0);
+    NotingReceiver rows;
+    rows.parse({makePattern("[0];[5];[6];[28];[15];[33];[13];[28];[9]")}, data);
     const std::int64_t six = 0x787878787878;
     // A text that runs past the end is cut, one that begins there is empty.
-    EXPECT_THAT(carver.columns,
-                ElementsAre(Carver::Column{1, six}, Carver::Column{4, "x"}, Carver::Column{5, "x"},
-                            Carver::Column{6, ""}, Carver::Column{8, std::int64_t{1}}));
-    EXPECT_EQ(carver.offsets.size(), 1u);
+    EXPECT_THAT(rows.columns,
+                ElementsAre(NotingReceiver::Column{1, six}, NotingReceiver::Column{4, "x"},
+                            NotingReceiver::Column{5, "x"}, NotingReceiver::Column{6, ""},
+                            NotingReceiver::Column{8, std::int64_t{1}}));
+    EXPECT_EQ(rows.offsets.size(), 1u);
 }
 
 TEST(RecordLoopTest, HugeTextsEndTheRegion) {
@@ -115,40 +123,26 @@ TEST(RecordLoopTest, HugeTextsEndTheRegion) {
         data = data + Buffer{0xBF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
     }
     data = data + Buffer(20, 'x');
-    Carver carver({makePattern("[0];[-1];[-1];[-1]")});
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_EQ(carver.offsets.size(), 1u);
-    EXPECT_THAT(carver.columns, ElementsAre(Carver::Column{1, std::string(20, 'x')},
-                                            Carver::Column{2, ""}, Carver::Column{3, ""}));
+    NotingReceiver rows;
+    rows.parse({makePattern("[0];[-1];[-1];[-1]")}, data);
+    EXPECT_EQ(rows.offsets.size(), 1u);
+    EXPECT_THAT(rows.columns,
+                ElementsAre(NotingReceiver::Column{1, std::string(20, 'x')},
+                            NotingReceiver::Column{2, ""}, NotingReceiver::Column{3, ""}));
 }
 
 TEST(RecordLoopTest, SmallRegionsAndTheBoundOfTheLoop) {
-    Carver carver({makePattern("[0]")});
-    carver.ParseHeaderAndData(Buffer(15, 0), 0);
-    EXPECT_EQ(carver.offsets.size(), 0u);
     // The pattern fits everywhere; the last byte is no place where a search begins.
-    carver.ParseHeaderAndData(Buffer(16, 0), 0);
-    EXPECT_EQ(carver.offsets.size(), 15u);
-    carver.ParseHeaderAndData(Buffer(16, 0), 15);
-    EXPECT_EQ(carver.offsets.size(), 15u);
-}
-
-TEST(RecordLoopTest, FirstCarvingOfARowIdWins) {
-    Buffer cell{5, 3, 0, 8};  // row id 5, one column with the constant 0
-    Carver carver({makePattern("[1];[0];[0];[8]")});
-    carver.keep = true;
-    Buffer zero = cell;
-    zero[0] = 0;
-    const Buffer data = cell + zero + cell + zero + Buffer(20, 7);
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_THAT(carver.rowIds, ElementsAre(5, 1));  // a row id of 0 counts as 1
-    // A list handed over from outside takes the place of the carver's own.
-    auto other = std::make_shared<baseRecoveryObject>();
-    other->RowId = 1;
-    carver.RecoveredData = {other};
-    carver.rowIds.clear();
-    carver.ParseHeaderAndData(data, 0);
-    EXPECT_THAT(carver.rowIds, ElementsAre(5));
+    const struct {
+        std::size_t size;
+        std::int64_t start;
+        std::size_t found;
+    } cases[] = {{15, 0, 0}, {16, 0, 15}, {16, 15, 0}};
+    for (const auto& [size, start, found] : cases) {
+        NotingReceiver rows;
+        rows.parse({makePattern("[0]")}, Buffer(size, 0), start);
+        EXPECT_EQ(rows.offsets.size(), found) << size << " from " << start;
+    }
 }
 
 // A text may ask for its record to be read anew from up to six bytes away; one that would then
@@ -160,20 +154,20 @@ TEST(RecordLoopTest, CorrectionsReachSixBytes) {
     } cases[] = {{-7, 2, 1}, {-6, 1, 0}, {-3, 3, 1}, {6, 3, 1}, {7, 2, 1}, {0, 2, 1}, {-100, 2, 1}};
     const Buffer record = Buffer{0, 37, 37} + bytesOf("abcdefghijklmnopqrstuvwx");
     for (const auto& [answer, texts, records] : cases) {
-        Carver carver({makePattern("[0];[37];[37]")});
+        NotingReceiver rows;
         bool asked = false;
-        carver.position = [&asked, first = answer](Bytes) {
+        rows.position = [&asked, first = answer](Bytes) {
             return std::exchange(asked, true) ? -100 : first;
         };
         // The search behind a record reads past the end; what begins too early does so itself.
-        EXPECT_EQ(carver.ParseHeaderAndData(record + Buffer(20, 7), 0), RegionEnd::ReadFailed);
-        EXPECT_EQ(carver.columns.size(), texts) << answer;
-        EXPECT_EQ(carver.offsets.size(), records) << answer;
+        EXPECT_EQ(rows.parse({makePattern("[0];[37];[37]")}, record + Buffer(20, 7)),
+                  RegionEnd::ReadFailed);
+        EXPECT_EQ(rows.columns.size(), texts) << answer;
+        EXPECT_EQ(rows.offsets.size(), records) << answer;
     }
 }
 
 TEST(DataPositionTest, LooksForTheFirstDashOfOneField) {
-    NotingCarver<AbstractSQLiteRecoveryFullSearch> carver({});
     const struct {
         Text field;
         const char* text;
@@ -185,12 +179,8 @@ TEST(DataPositionTest, LooksForTheFirstDashOfOneField) {
         {std::nullopt, "-", -100},          {"zStandZAid", "-", -100},
     };
     for (const auto& [field, text, correction] : cases) {
-        carver._field = field;
-        EXPECT_EQ(carver.verifyDataPosition(bytesOf(text)), correction) << text;
+        EXPECT_EQ(standardDataPosition(field, bytesOf(text)), correction) << text;
     }
-    NotingCarver<> plain({});
-    plain._field = "ZStandZAid";
-    EXPECT_EQ(plain.verifyDataPosition(bytesOf("0123456789ab-")), -100);
 }
 
 }  // namespace

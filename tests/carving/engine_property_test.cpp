@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "carving/AbstractSQLiteRecoveryFullSearch.h"
 #include "reference/case_report.h"
 #include "reference/literal_engine.h"
 #include "reference/property_case.h"
-#include "reference/row_carver.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 
@@ -21,35 +19,19 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise) {
     return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
 }
 
-template <class Engine>
-std::vector<CarvedRow> carveEveryRecord(const TablePatterns& patterns, bool callList,
-                                        const std::filesystem::path& file) {
-    RowCarver<Engine> carver;
-    carver.tablePatterns = patterns;
-    carver.setWorkingOnCallList(callList);
-    carver.DoRecoveryPath(file);
-    return carver.rows;
-}
-
-/// Every record, those with a known row id too.
-std::vector<CarvedRow> carveEveryRecord(const SqLiteTableSignatures& signatures, const CaseRun& run,
-                                        const std::filesystem::path& file) {
-    const auto signature = signatures.Find(kCaseDomain, kCaseDatabase, kCaseTable);
-    const TablePatterns patterns =
-        run.version ? signature->FindPatternsByVersion(*run.version) : signature->TablePatterns;
-    const auto carve = run.fullSearch ? carveEveryRecord<AbstractSQLiteRecoveryFullSearch>
-                                      : carveEveryRecord<AbstractSqLiteRecovery>;
-    return carve(patterns, run.callList, file);
-}
-
 class EngineProperty : public testing::Test {
   protected:
     static std::vector<CarvedRow> actualRows(const SqLiteTableSignatures& signatures,
                                              const CaseRun& run,
                                              const std::filesystem::path& file) {
-        if (run.everyRecord) return carveEveryRecord(signatures, run, file);
-        const TableCarveOptions options{kCaseDomain, kCaseDatabase,  kCaseTable,
-                                        run.version, run.fullSearch, run.callList};
+        using enum RowCollector::RowIds;
+        const TableCarveOptions options{kCaseDomain,
+                                        kCaseDatabase,
+                                        kCaseTable,
+                                        run.version,
+                                        run.fullSearch,
+                                        run.callList,
+                                        run.everyRecord ? Every : FirstOnly};
         std::vector<CarvedRow> rows;
         carveTable(signatures, options, file, {},
                    [&](const CarvedRow& row) { rows.push_back(row); });

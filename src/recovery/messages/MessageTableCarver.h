@@ -4,7 +4,7 @@
 #include <stop_token>
 #include <string>
 
-#include "carving/AbstractSQLiteRecoveryFullSearch.h"
+#include "recovery/AbstractSQLiteRecoveryFullSearch.h"
 #include "recovery/RecordCarver.h"
 #include "recovery/messages/MessagePatterns.h"
 

@@ -13,7 +13,7 @@ namespace salvor::reference {
 struct CaseRun {
     bool fullSearch = false;
     bool callList = false;
-    bool everyRecord = false;  ///< by a carver that keeps no list, so that no row id is known
+    bool everyRecord = false;  ///< those with a known row id too
     std::optional<std::string> version;
 };
 

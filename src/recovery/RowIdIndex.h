@@ -13,8 +13,6 @@ namespace salvor {
 class RowIdIndex {
   public:
     bool contains(const List<baseRecoveryObject>& list, std::int64_t rowId);
-    /// Counts a row id as listed without a record, as long as the list stays empty.
-    void remember(std::int64_t rowId) { rowIds_.insert(rowId); }
 
   private:
     void follow(const List<baseRecoveryObject>& list);

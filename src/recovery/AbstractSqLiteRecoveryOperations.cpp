@@ -1,10 +1,10 @@
-// Small operations of the engine that the passes do not need.
+// Operations that no scan calls.
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
 
-#include "carving/AbstractSqLiteRecovery.h"
 #include "carving/format/SQLiteUtils.h"
+#include "recovery/AbstractSqLiteRecovery.h"
 
 namespace salvor {
 namespace {
@@ -25,12 +25,19 @@ List<baseRecoveryObject> AbstractSqLiteRecovery::FindAll(const baseRecoveryObjec
 }
 
 std::optional<SQLiteTableHeaderInfo> AbstractSqLiteRecovery::FindSQLiteTableHeader(
-    Bytes data, std::int64_t offset) {
-    matcher_.use(tablePatterns);
-    matcher_.begin(data);
+    Bytes data, std::int64_t offset) const {
+    PatternMatcher matcher;
+    matcher.use(tablePatterns);
+    matcher.begin(data);
     SQLiteTableHeaderInfo info;
-    if (matcher_.find(offset, info) == MatchResult::ReadFailed) return std::nullopt;
+    if (matcher.find(offset, info) == MatchResult::ReadFailed) return std::nullopt;
     return info;
+}
+
+RegionEnd AbstractSqLiteRecovery::ParseHeaderAndData(Bytes data, std::int64_t start) {
+    Region region{data};
+    region.start = start;
+    return engine_.ParseHeaderAndData(tablePatterns, region);
 }
 
 std::optional<std::uint16_t> AbstractSqLiteRecovery::convertToint16fromData(Bytes data,
@@ -88,12 +95,8 @@ std::int32_t AbstractSqLiteRecovery::headerSize(const HeaderPattern& header) {
     return sum;
 }
 
-std::int32_t AbstractSqLiteRecovery::experimentalHeaderParsing(Bytes, std::int32_t, Bytes) {
-    return 0;
-}
-
 bool AbstractSqLiteRecovery::processContent(std::int64_t size, std::int64_t& found,
-                                            std::int64_t offset, Bytes data) {
+                                            std::int64_t offset, Bytes data) const {
     found = size;
     const auto info = FindSQLiteTableHeader(data, offset);
     if (!info || !info->Valid) return false;

@@ -1,4 +1,4 @@
-#include "carving/RowIdIndex.h"
+#include "recovery/RowIdIndex.h"
 
 namespace salvor {
 

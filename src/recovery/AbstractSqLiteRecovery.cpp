@@ -1,42 +1,49 @@
-#include "carving/AbstractSqLiteRecovery.h"
+#include "recovery/AbstractSqLiteRecovery.h"
 
+#include "recovery/CarvingProgress.h"
 #include "sql/FMDBUtils.h"
-#include "util/MappedFile.h"
 
 namespace salvor {
 
-AbstractSqLiteRecovery::AbstractSqLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : state_(state), cancelled_(std::move(cancelled)) {}
+AbstractSqLiteRecovery::AbstractSqLiteRecovery(ScanState& state, std::stop_token cancelled,
+                                               PageSearch search)
+    : state_(state), cancelled_(std::move(cancelled)), engine_(*this, search, cancelled_) {}
 
 AbstractSqLiteRecovery::~AbstractSqLiteRecovery() = default;
 
 void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
-    constexpr std::size_t kTinyFile = 16;
-    if (path.empty()) return;
-    const auto file = MappedFile::open(path);
-    if (!file || file->bytes().size() <= kTinyFile) return;
+    const auto file = CarvingEngine::open(path);
+    if (!file) return;
     if (fullDBPath.empty()) fullDBPath = path.string();
     if (originDatabase.empty()) originDatabase = path.filename().string();
-    file_ = file->bytes();
-    progress_.emplace(state_.progress, file_.size());
-    if (const auto header = SQLiteHeader::fromBytes(file_)) runPasses(*header);
-    progress_.reset();
-    file_ = {};
-    pageSize_ = 0;
+    CarvingProgress progress(state_.progress, file->bytes().size());
+    engine_.carve(
+        file->bytes(), tablePatterns,
+        {workingOnCallList_, [&progress](std::uint64_t bytes) { progress.advance(bytes); }});
 }
 
-void AbstractSqLiteRecovery::runPasses(const SQLiteHeader& header) {
-    if (header.PageSize == 0) return;
-    pageSize_ = static_cast<std::uint64_t>(header.PageSize);
-    if (header.IsAutoVacuum) {
-        ProcessAutoVacuumSqliteDatabase(header);
-        if (header.HighestNUmberedRootPageNumber > 0) {
-            ProcessPagesAfterHighestNumberedRootPage(header);
-        }
-    } else {
-        ProcessNonAutoVacuumSqliteDatabase(header);
-    }
-    if (header.PageNumberOfFirstListTrunkPage > 0) ProcessFreeListTrunkPage(header);
+void AbstractSqLiteRecovery::rowBegins(std::int64_t rowId, const RecordOrigin& origin) {
+    _recObject = GetNewRecoveryObject();
+    _recObject->RowId = rowId;
+    _recObject->Origin = origin;
+    _recObject->Origin->database = originDatabase;
+}
+
+void AbstractSqLiteRecovery::columnRead(std::int64_t number, const OptionalColumnValue& value,
+                                        const TablePattern& pattern) {
+    FillModel(number, value, pattern);
+}
+
+std::int32_t AbstractSqLiteRecovery::correctionFor(Bytes text) {
+    return verifyDataPosition(text);
+}
+
+void AbstractSqLiteRecovery::rowDropped() {
+    _recObject = nullptr;
+}
+
+void AbstractSqLiteRecovery::rowEnds() {
+    if (!isAlreadyOnList(*_recObject)) addRecoveredObject();
 }
 
 void AbstractSqLiteRecovery::FillModel(std::int64_t, const OptionalColumnValue&,
