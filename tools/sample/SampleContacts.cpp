@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "tools/sample/Digest.h"
 #include "tools/sample/MessageStore.h"
 #include "tools/sample/SampleTable.h"
@@ -68,7 +70,7 @@ SampleColumns searchColumns(int ios) {
         "RelatedNames", "IM",           "Date"};
     if (ios >= 8) names.push_back("SupplementalCompositeNameTerms");
     for (std::size_t i = 0; i < names.size(); ++i)
-        columns.push_back({"c" + std::to_string(i) + names[i], ""});
+        columns.push_back({fmt::format("c{}{}", i, names[i]), ""});
     return SampleColumns(std::move(columns));
 }
 
@@ -85,7 +87,7 @@ SamplePerson personOf(std::int64_t number) {
     person.first = sampleWords(number, 1);
     if (random.chance(60)) person.last = sampleWords(number, 2);
     person.phone = "+4940" + std::to_string(2000000 + number * 53);
-    if (random.chance(40)) person.email = "p" + std::to_string(number) + "@example.com";
+    if (random.chance(40)) person.email = fmt::format("p{}@example.com", number);
     return person;
 }
 
