@@ -6,6 +6,7 @@
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/TextTable.h"
+#include "recovery/signatures/SignatureReaders.h"
 
 namespace salvor::cli {
 namespace {
@@ -18,6 +19,11 @@ void writeSignatures(const SignatureListing& listing, std::ostream& out) {
                    fmt::format("{} {}", one.patterns, one.patterns == 1 ? "pattern" : "patterns"),
                    fmt::format("{}", fmt::join(one.versions, ", "))});
     table.write(out);
+}
+
+void writeOddities(const std::vector<SignatureOddity>& oddities, std::ostream& out) {
+    for (const auto& oddity : oddities)
+        out << fmt::format("line {}: {}\n", oddity.line, printable(oddity.text));
 }
 
 class SignaturesCommand : public Command {
@@ -38,8 +44,8 @@ class SignaturesCommand : public Command {
         requireReadableFile(file);
         const auto listing = SignatureListing::read(file);
         writeSignatures(listing, console.out);
-        for (const auto& oddity : listing.oddities)
-            console.out << fmt::format("line {}: {}\n", oddity.line, printable(oddity.text));
+        writeOddities(listing.oddities, console.out);
+        writeOddities(unreadSignatures(listing), console.out);
         if (!listing.fault.empty())
             throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", file, listing.fault));
         return ExitStatus::Done;

@@ -30,8 +30,8 @@ std::vector<reference::LiteralPattern> literalPatterns(const TablePatterns& patt
         one.versions = pattern->SupportedVersions;
         one.hasHeader = pattern->hasHeader;
         one.columns = pattern->Header();
-        for (const auto& [name, column] : pattern->AttributesMapping)
-            one.mappings.push_back({name, column});
+        for (const auto& mapping : pattern->AttributesMapping)
+            one.mappings.push_back({mapping.Name, mapping.Column});
     }
     return literal;
 }

@@ -61,9 +61,11 @@ std::string liveEventStatement(const Calendar& event) {
 
 }  // namespace
 
+constinit const SignatureUse<Appointment> AppointmentsSQLiteRecovery::kSignature{
+    {"HomeDomain", "Calendar.sqlite", "CalendarItem"}, kAttributes};
+
 AppointmentsSQLiteRecovery::AppointmentsSQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : CategoryCarver(state, std::move(cancelled), {"HomeDomain", "Calendar.sqlite", "CalendarItem"},
-                     kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 std::int32_t AppointmentsSQLiteRecovery::verifyDataPosition(Bytes text) {
     if (_field == "summary") return !text.empty() && text.front() == 0 ? 1 : 0;

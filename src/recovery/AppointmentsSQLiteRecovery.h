@@ -13,6 +13,8 @@ namespace salvor {
 /// of the same summary and start stand in `filteredEvents`.
 class AppointmentsSQLiteRecovery : public CategoryCarver<Appointment> {
   public:
+    static const SignatureUse<Appointment> kSignature;
+
     explicit AppointmentsSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// Known by its identifier (without regard to hyphens, blanks and case) or by summary and

@@ -7,6 +7,7 @@
 namespace salvor {
 namespace {
 
+// One for both databases: deliberate.
 constexpr SignatureKey kCallRecord{"HomeDomain", "CallHistory.storedata", "zcallrecord"};
 
 void showDate(CallHistory& call, double seconds) {
@@ -61,8 +62,14 @@ constexpr ColumnAttribute<CallHistory> kNewAttributes[] = {
 
 }  // namespace
 
-CallCarver::CallCarver(ScanState& state, std::stop_token cancelled, Attributes attributes)
-    : CategoryCarver(state, std::move(cancelled), kCallRecord, attributes), names_(state) {}
+constinit const SignatureUse<CallHistory> CallHistorySQLiteRecovery::kSignature{kCallRecord,
+                                                                                kOldAttributes};
+constinit const SignatureUse<CallHistory> CallHistoryIos8Recovery::kSignature{kCallRecord,
+                                                                              kNewAttributes};
+
+CallCarver::CallCarver(ScanState& state, std::stop_token cancelled,
+                       const SignatureUse<CallHistory>& use)
+    : CategoryCarver(state, std::move(cancelled), use), names_(state) {}
 
 void CallCarver::recordCarved(const std::shared_ptr<CallHistory>& call) {
     const auto row = call->generateCallLogObject(state_, names_.find(call->Address));
@@ -91,10 +98,10 @@ std::int32_t CallCarver::incrementRecoveryCount() {
 }
 
 CallHistorySQLiteRecovery::CallHistorySQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : CallCarver(state, std::move(cancelled), kOldAttributes) {}
+    : CallCarver(state, std::move(cancelled), kSignature) {}
 
 CallHistoryIos8Recovery::CallHistoryIos8Recovery(ScanState& state, std::stop_token cancelled)
-    : CallCarver(state, std::move(cancelled), kNewAttributes) {}
+    : CallCarver(state, std::move(cancelled), kSignature) {}
 
 void CallHistoryIos8Recovery::recordCarved(const std::shared_ptr<CallHistory>& call) {
     CallCarver::recordCarved(call);

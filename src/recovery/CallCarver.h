@@ -15,7 +15,7 @@ class CallCarver : public CategoryCarver<CallHistory> {
     void filterMessages();
 
   protected:
-    CallCarver(ScanState& state, std::stop_token cancelled, Attributes attributes);
+    CallCarver(ScanState& state, std::stop_token cancelled, const SignatureUse<CallHistory>& use);
 
     bool needsRecoveredMark() const override { return false; }
     void recordCarved(const std::shared_ptr<CallHistory>& call) override;
@@ -30,12 +30,16 @@ class CallCarver : public CategoryCarver<CallHistory> {
 /// since 2001, so they come out 31 years late: deliberate.
 class CallHistorySQLiteRecovery : public CallCarver {
   public:
+    static const SignatureUse<CallHistory> kSignature;
+
     explicit CallHistorySQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 };
 
 /// Carver of CallHistory.storedata (iOS 8 and later).
 class CallHistoryIos8Recovery : public CallCarver {
   public:
+    static const SignatureUse<CallHistory> kSignature;
+
     explicit CallHistoryIos8Recovery(ScanState& state, std::stop_token cancelled = {});
 
   protected:

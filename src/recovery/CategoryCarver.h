@@ -13,24 +13,14 @@
 
 namespace salvor {
 
-/// Domain, database and table under which the signatures file keeps a carver's patterns.
-struct SignatureKey {
-    std::string_view domain;
-    std::string_view database;
-    std::string_view table;
-};
-
-/// What the carvers of notes, contacts, calls and calendar events share: their patterns come from
-/// one signature, their columns fill one `Record`, and after the pass a filter may compare the
-/// result with the live rows.
+/// What the carvers of notes, contacts, calls and calendar events share: an empty live table may
+/// keep them from carving, and after the pass a filter may compare the result with the live rows.
 template <class Record>
 class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
   protected:
     using Base = RecordCarver<AbstractSqLiteRecovery, Record>;
 
-    CategoryCarver(ScanState& state, std::stop_token cancelled, SignatureKey key,
-                   typename Base::Attributes attributes)
-        : Base(state, std::move(cancelled), attributes), key_(key) {}
+    using Base::Base;
 
     /// A statement whose live rows the patterns depend on, "" for none: with an empty live table
     /// no pattern is set and nothing is carved. Deliberate.
@@ -42,14 +32,7 @@ class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
             const auto database = openDatabase();
             if (!database || !database->executeQuery(std::string(statement)).next()) return {};
         }
-        return patternsOf(key_);
-    }
-
-    TablePatterns patternsOf(const SignatureKey& key) const {
-        if (this->state_.recoverySignatures == nullptr) return {};
-        const auto signature = this->state_.recoverySignatures->Find(
-            std::string(key.domain), std::string(key.database), std::string(key.table));
-        return signature ? signature->TablePatterns : TablePatterns{};
+        return Base::choosePatterns();
     }
 
     /// Appends to `RecoveredFiltered` what of `RecoveredData` has no live row: `statementFor` gives
@@ -81,9 +64,6 @@ class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
                                                     this->cancelled_);
         return database->openDatabase() ? std::move(database) : nullptr;
     }
-
-  private:
-    SignatureKey key_;
 };
 
 }  // namespace salvor

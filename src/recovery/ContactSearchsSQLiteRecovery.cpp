@@ -84,11 +84,12 @@ constexpr ColumnAttribute<Contact> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<Contact> ContactSearchsSQLiteRecovery::kSignature{
+    {"HomeDomain", "AddressBook.sqlite", "ABPersonFullTextSearch_content"}, kAttributes};
+
 ContactSearchsSQLiteRecovery::ContactSearchsSQLiteRecovery(ScanState& state,
                                                            std::stop_token cancelled)
-    : CategoryCarver(state, std::move(cancelled),
-                     {"HomeDomain", "AddressBook.sqlite", "ABPersonFullTextSearch_content"},
-                     kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 std::int32_t ContactSearchsSQLiteRecovery::verifyDataPosition(Bytes text) {
     if (_field != "c15Phone") return kNoCorrection;

@@ -10,6 +10,8 @@ namespace salvor {
 /// come from here. No live-row test is part of the run.
 class ContactSearchsSQLiteRecovery : public CategoryCarver<Contact> {
   public:
+    static const SignatureUse<Contact> kSignature;
+
     explicit ContactSearchsSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// The live-row test, for callers that want it.

@@ -16,10 +16,12 @@ constexpr ColumnAttribute<ContactABMultiValue> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<ContactABMultiValue> ContactsABMultiValueSQLiteRecovery::kSignature{
+    {"HomeDomain", "AddressBook.sqlite", "ABMultiValue"}, kAttributes};
+
 ContactsABMultiValueSQLiteRecovery::ContactsABMultiValueSQLiteRecovery(ScanState& state,
                                                                        std::stop_token cancelled)
-    : CategoryCarver(state, std::move(cancelled),
-                     {"HomeDomain", "AddressBook.sqlite", "ABMultiValue"}, kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 void ContactsABMultiValueSQLiteRecovery::recordCarved(
     const std::shared_ptr<ContactABMultiValue>& value) {

@@ -9,6 +9,8 @@ namespace salvor {
 /// it.
 class ContactsABMultiValueSQLiteRecovery : public CategoryCarver<ContactABMultiValue> {
   public:
+    static const SignatureUse<ContactABMultiValue> kSignature;
+
     explicit ContactsABMultiValueSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// Compares `RecoveredData` with the live rows.

@@ -38,9 +38,11 @@ constexpr ColumnAttribute<Contact> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<Contact> ContactsSQLiteRecovery::kSignature{
+    {"HomeDomain", "AddressBook.sqlite", "ABPerson"}, kAttributes};
+
 ContactsSQLiteRecovery::ContactsSQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : CategoryCarver(state, std::move(cancelled), {"HomeDomain", "AddressBook.sqlite", "ABPerson"},
-                     kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 void ContactsSQLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
     fullDBPath = path.string();

@@ -9,6 +9,8 @@ namespace salvor {
 /// carver finds nothing; the search-table carver supplies the deleted contacts. Deliberate.
 class ContactsSQLiteRecovery : public CategoryCarver<Contact> {
   public:
+    static const SignatureUse<Contact> kSignature;
+
     explicit ContactsSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     void DoRecoveryPath(const std::filesystem::path& path) override;

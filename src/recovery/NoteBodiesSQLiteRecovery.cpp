@@ -26,12 +26,16 @@ constexpr SignatureKey kNoteData{"HomeDomain", "notes.sqlite", "ZICNOTEDATA"};
 
 }  // namespace
 
+constinit const SignatureUse<NoteBody> NoteBodiesSQLiteRecovery::kSignature{kNoteBody, kAttributes};
+constinit const SignatureUse<NoteBody> NoteBodiesIOS9SQLiteRecovery::kSignature{
+    kNoteData, kNoteStoreAttributes};
+
 NoteBodiesSQLiteRecovery::NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : NoteBodiesSQLiteRecovery(state, std::move(cancelled), kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 NoteBodiesSQLiteRecovery::NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled,
-                                                   Attributes attributes)
-    : CategoryCarver(state, std::move(cancelled), kNoteBody, attributes) {}
+                                                   const SignatureUse<NoteBody>& use)
+    : CategoryCarver(state, std::move(cancelled), use) {}
 
 void NoteBodiesSQLiteRecovery::recordCarved(const std::shared_ptr<NoteBody>& body) {
     RecoveredFiltered.push_back(body);
@@ -47,7 +51,8 @@ void NoteBodiesSQLiteRecovery::filterMessages() {
 
 NoteBodiesIOS9SQLiteRecovery::NoteBodiesIOS9SQLiteRecovery(ScanState& state,
                                                            std::stop_token cancelled)
-    : NoteBodiesSQLiteRecovery(state, std::move(cancelled), kNoteStoreAttributes) {}
+    // A run reads the older table with the names of the newer one; only `DoRecovery` reads its own.
+    : NoteBodiesSQLiteRecovery(state, std::move(cancelled), {kNoteBody, kNoteStoreAttributes}) {}
 
 void NoteBodiesIOS9SQLiteRecovery::DoRecovery(const std::filesystem::path& path) {
     fullDBPath = path.string();
@@ -55,7 +60,7 @@ void NoteBodiesIOS9SQLiteRecovery::DoRecovery(const std::filesystem::path& path)
     const auto database = openDatabase();
     if (!database) return;
     if (database->executeQuery("SELECT * FROM ZICNOTEDATA").next())
-        tablePatterns = patternsOf(kNoteData);
+        tablePatterns = patternsOf(state_, kSignature.key);
     // The patterns are chosen: past the record carver, which would choose them.
     AbstractSqLiteRecovery::DoRecoveryPath(path);  // NOLINT(bugprone-parent-virtual-call)
 }

@@ -9,13 +9,16 @@ namespace salvor {
 /// looks them up by owner.
 class NoteBodiesSQLiteRecovery : public CategoryCarver<NoteBody> {
   public:
+    static const SignatureUse<NoteBody> kSignature;
+
     explicit NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// Compares `RecoveredData` with the live bodies. A run adds nothing to that list.
     void filterMessages();
 
   protected:
-    NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled, Attributes attributes);
+    NoteBodiesSQLiteRecovery(ScanState& state, std::stop_token cancelled,
+                             const SignatureUse<NoteBody>& use);
 
     std::string_view liveRowsStatement() const override { return "SELECT * FROM ZNOTEBODY"; }
     void recordCarved(const std::shared_ptr<NoteBody>& body) override;
@@ -26,6 +29,8 @@ class NoteBodiesSQLiteRecovery : public CategoryCarver<NoteBody> {
 /// replaces it before it runs.
 class NoteBodiesIOS9SQLiteRecovery : public NoteBodiesSQLiteRecovery {
   public:
+    static const SignatureUse<NoteBody> kSignature;
+
     explicit NoteBodiesIOS9SQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// The variant's own pass, over ZICNOTEDATA.

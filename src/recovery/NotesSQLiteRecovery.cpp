@@ -41,9 +41,11 @@ std::string liveNoteStatement(const Note& note) {
 
 }  // namespace
 
+constinit const SignatureUse<Note> NotesSQLiteRecovery::kSignature{
+    {"HomeDomain", "notes.sqlite", "ZNOTE"}, kAttributes};
+
 NotesSQLiteRecovery::NotesSQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : CategoryCarver(state, std::move(cancelled), {"HomeDomain", "notes.sqlite", "ZNOTE"},
-                     kAttributes) {}
+    : CategoryCarver(state, std::move(cancelled), kSignature) {}
 
 void NotesSQLiteRecovery::recordCarved(const std::shared_ptr<Note>& note) {
     incrementRecoveryCount();

@@ -10,6 +10,8 @@ namespace salvor {
 /// afterwards the ones without a live row of the same summary and title.
 class NotesSQLiteRecovery : public CategoryCarver<Note> {
   public:
+    static const SignatureUse<Note> kSignature;
+
     explicit NotesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// The values stand in the statements without quotes, and one that does not prepare counts as

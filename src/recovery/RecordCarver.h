@@ -2,37 +2,34 @@
 
 #include <filesystem>
 #include <memory>
-#include <span>
 #include <stop_token>
 
 #include "carving/DataPosition.h"
 #include "recovery/AbstractSqLiteRecovery.h"
-#include "recovery/ColumnAttributes.h"
+#include "recovery/SignatureUse.h"
 
 namespace salvor {
 
-/// What the carvers of all categories share: `Engine` (pages as SQLite left them, or whole) fills
-/// one `Record` per carved row, column by column through the subclass's table of attribute names.
-/// Without patterns a run yields nothing.
-template <class Engine, class Record>
-class RecordCarver : public Engine {
+/// What the carvers of all categories share: `Base` (searching the unused space of pages, or pages
+/// whole) fills one `Record` per carved row, column by column through the subclass's table of
+/// attribute names. The patterns come from one signature; without any a run yields nothing.
+template <class Base, class Record>
+class RecordCarver : public Base {
   public:
     void DoRecoveryPath(const std::filesystem::path& path) override {
         this->fullDBPath = path.string();
         this->tablePatterns = choosePatterns();
         this->_hasRecoveredCurrentObject = false;
         beforeRecovery();
-        Engine::DoRecoveryPath(path);
+        Base::DoRecoveryPath(path);
         afterRecovery();
     }
 
   protected:
-    using Attributes = std::span<const ColumnAttribute<Record>>;
+    RecordCarver(ScanState& state, std::stop_token cancelled, const SignatureUse<Record>& use)
+        : Base(state, std::move(cancelled)), use_(use) {}
 
-    RecordCarver(ScanState& state, std::stop_token cancelled, Attributes attributes)
-        : Engine(state, std::move(cancelled)), attributes_(attributes) {}
-
-    virtual TablePatterns choosePatterns() = 0;
+    virtual TablePatterns choosePatterns() { return patternsOf(this->state_, use_.key); }
     virtual void beforeRecovery() {}
     virtual void afterRecovery() {}
     /// A row was carved into `record`.
@@ -46,7 +43,7 @@ class RecordCarver : public Engine {
         if (mapping == nullptr || this->_recObject == nullptr) return;
         this->_field = mapping->Name;
         this->_hasRecoveredCurrentObject = true;
-        storeColumn<Record>(attributes_, mapping->Name, static_cast<Record&>(*this->_recObject),
+        storeColumn<Record>(use_.attributes, mapping->Name, static_cast<Record&>(*this->_recObject),
                             value);
     }
 
@@ -67,7 +64,7 @@ class RecordCarver : public Engine {
     }
 
   private:
-    Attributes attributes_;
+    SignatureUse<Record> use_;
 };
 
 }  // namespace salvor

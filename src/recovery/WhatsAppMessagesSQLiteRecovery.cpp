@@ -36,16 +36,12 @@ std::string contentKey(const WhatsApp& row) {
 
 }  // namespace
 
+constinit const SignatureUse<WhatsAppMessage> WhatsAppMessagesSQLiteRecovery::kSignature{
+    {"net.whatsapp.WhatsApp", "ChatStorage.sqlite", "ZWAMESSAGE"}, kAttributes};
+
 WhatsAppMessagesSQLiteRecovery::WhatsAppMessagesSQLiteRecovery(ScanState& state,
                                                                std::stop_token cancelled)
-    : RecordCarver(state, std::move(cancelled), kAttributes) {}
-
-TablePatterns WhatsAppMessagesSQLiteRecovery::choosePatterns() {
-    if (state_.recoverySignatures == nullptr) return {};
-    const auto signature = state_.recoverySignatures->Find("net.whatsapp.WhatsApp",
-                                                           "ChatStorage.sqlite", "ZWAMESSAGE");
-    return signature ? signature->TablePatterns : TablePatterns{};
-}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 std::int32_t WhatsAppMessagesSQLiteRecovery::verifyDataPosition(Bytes text) {
     if (_field != "ZStandZAid") return kNoCorrection;

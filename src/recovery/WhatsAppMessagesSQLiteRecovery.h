@@ -13,6 +13,8 @@ namespace salvor {
 class WhatsAppMessagesSQLiteRecovery
     : public RecordCarver<AbstractSqLiteRecovery, WhatsAppMessage> {
   public:
+    static const SignatureUse<WhatsAppMessage> kSignature;
+
     explicit WhatsAppMessagesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     bool alreadyInDB(const WhatsApp& row);
@@ -25,7 +27,6 @@ class WhatsAppMessagesSQLiteRecovery
     std::int32_t verifyData(const std::string& field) const;
 
   protected:
-    TablePatterns choosePatterns() override;
     void recordCarved(const std::shared_ptr<WhatsAppMessage>& message) override;
     std::int32_t setRecoveryCount(std::int32_t count) override;
     std::int32_t incrementRecoveryCount() override;

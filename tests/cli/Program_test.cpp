@@ -157,7 +157,9 @@ TEST_F(ProgramTest, AnswersUnusualCommandLines) {
         // What is known of an incomplete backup is shown before the refusal.
         {"info @/backup --json", 3, "\"iOSMajorVersion\": 0",
          "backup: Info.plist or Manifest.plist is missing"},
-        {"signatures @/signatures.xml", 0, "HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\n",
+        {"signatures @/signatures.xml", 0,
+         "HomeDomain  sms.db  T  1 pattern  iOS5, iOS6, iOS56\nline 1: table T: no carver reads "
+         "it\n",
          ""},
         {"index @/header.mbdb --json", 0, "", ""},
         {"scan @/backup --continue-anyway --category 7 --signatures @/signatures.xml", 0,

@@ -10,11 +10,16 @@ namespace {
 
 SignatureSummary summarise(const SQLiteSignature& signature) {
     SignatureSummary summary{
-        signature.Name, signature.Database, signature.Table, signature.TablePatterns.size(), {}};
+        signature.Name, signature.Database, signature.Table, signature.TablePatterns.size(), {}, {},
+        signature.line};
     std::unordered_set<std::string_view> seen;
+    std::unordered_set<std::string_view> mapped;
     for (const auto& pattern : signature.TablePatterns) {
         for (const std::string& version : pattern->SupportedVersions) {
             if (seen.insert(version).second) summary.versions.push_back(version);
+        }
+        for (const AttributesMapping& mapping : pattern->AttributesMapping) {
+            if (mapped.insert(mapping.Name).second) summary.mappings.push_back(mapping);
         }
     }
     return summary;

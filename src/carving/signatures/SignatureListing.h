@@ -14,7 +14,9 @@ struct SignatureSummary {
     std::string database;
     std::string table;
     std::size_t patterns = 0;
-    std::vector<std::string> versions;  ///< each once, in file order
+    std::vector<std::string> versions;        ///< each once, in file order
+    std::vector<AttributesMapping> mappings;  ///< each name once, where it is first mapped
+    long line = 0;
 };
 
 /// A signatures file as `salvor signatures` shows it: a line per signature and what is odd.

@@ -18,6 +18,7 @@ class SQLiteSignature {
     std::string Name;  ///< backup domain
     std::string Database;
     std::string Table;
+    long line = 0;  ///< in the signatures file, from 1
     salvor::TablePatterns TablePatterns;
 
     /// The patterns that support exactly this version, in file order.

@@ -115,6 +115,7 @@ void SqLiteTableSignaturesParser::startSignature(const Attributes& attributes) {
     signature_->Name = attribute(attributes, "signature", "name");
     signature_->Database = attribute(attributes, "signature", "database");
     signature_->Table = attribute(attributes, "signature", "table");
+    signature_->line = line_;
 }
 
 void SqLiteTableSignaturesParser::startPattern(const Attributes&) {
@@ -138,6 +139,7 @@ void SqLiteTableSignaturesParser::startMapping(const Attributes& attributes) {
     const auto number = wholeNumber(column);
     if (!number) oddity(fmt::format("column \"{}\" is not a whole number and counts as 0", column));
     mapping_->Column = number.value_or(0);
+    mapping_->line = line_;
 }
 
 void SqLiteTableSignaturesParser::endSignature() {

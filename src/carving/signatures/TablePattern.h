@@ -10,6 +10,7 @@ namespace salvor {
 struct AttributesMapping {
     std::string Name;
     std::int64_t Column = 0;
+    long line = 0;  ///< in the signatures file, from 1
 };
 
 /// A decoded header pattern: per column the allowed codes. A code of 0 or more is an exact serial

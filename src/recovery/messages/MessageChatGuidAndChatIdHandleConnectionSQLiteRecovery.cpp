@@ -21,11 +21,14 @@ constexpr ColumnAttribute<Connection> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<MessageChatGuidAndChatIdHandleConnection>
+    MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery::kSignature{
+        {"HomeDomain", "sms.db", "MessageChatGuidAndChatIdHandleConnection"}, kAttributes};
+
 MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery::
     MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery(ScanState& state,
                                                            std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "MessageChatGuidAndChatIdHandleConnection",
-                         kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 void MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery::recordCarved(
     const std::shared_ptr<Connection>& link) {

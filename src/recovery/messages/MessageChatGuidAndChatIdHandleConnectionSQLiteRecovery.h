@@ -4,7 +4,8 @@
 #include <stop_token>
 
 #include "records/ChatRecords.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/AbstractSQLiteRecoveryFullSearch.h"
+#include "recovery/RecordCarver.h"
 
 namespace salvor {
 
@@ -12,9 +13,11 @@ namespace salvor {
 /// chat's counterpart. Row ids above the largest one that the database ever handed out are noise,
 /// as are GUIDs cut off before the counterpart.
 class MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery
-    : public MessageTableCarver<AbstractSQLiteRecoveryFullSearch,
-                                MessageChatGuidAndChatIdHandleConnection> {
+    : public RecordCarver<AbstractSQLiteRecoveryFullSearch,
+                          MessageChatGuidAndChatIdHandleConnection> {
   public:
+    static const SignatureUse<MessageChatGuidAndChatIdHandleConnection> kSignature;
+
     explicit MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery(ScanState& state,
                                                                     std::stop_token cancelled = {});
 

@@ -15,9 +15,12 @@ constexpr ColumnAttribute<ChatHandleJoin> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<ChatHandleJoin> MessageChatHandleJoinSQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "ChatHandleJoin"}, kAttributes};
+
 MessageChatHandleJoinSQLiteRecovery::MessageChatHandleJoinSQLiteRecovery(ScanState& state,
                                                                          std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "ChatHandleJoin", kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 void MessageChatHandleJoinSQLiteRecovery::recordCarved(
     const std::shared_ptr<ChatHandleJoin>& join) {

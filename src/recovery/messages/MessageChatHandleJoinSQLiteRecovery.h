@@ -4,14 +4,17 @@
 #include <stop_token>
 
 #include "records/ChatRecords.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/AbstractSQLiteRecoveryFullSearch.h"
+#include "recovery/RecordCarver.h"
 
 namespace salvor {
 
 /// Carves the links between chats and handles, live ones too. Kept are those with a chat.
 class MessageChatHandleJoinSQLiteRecovery
-    : public MessageTableCarver<AbstractSQLiteRecoveryFullSearch, ChatHandleJoin> {
+    : public RecordCarver<AbstractSQLiteRecoveryFullSearch, ChatHandleJoin> {
   public:
+    static const SignatureUse<ChatHandleJoin> kSignature;
+
     explicit MessageChatHandleJoinSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
   protected:

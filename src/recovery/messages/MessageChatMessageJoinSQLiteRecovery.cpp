@@ -10,9 +10,12 @@ constexpr ColumnAttribute<ChatMessageJoin> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<ChatMessageJoin> MessageChatMessageJoinSQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "ChatMessageJoin"}, kAttributes};
+
 MessageChatMessageJoinSQLiteRecovery::MessageChatMessageJoinSQLiteRecovery(
     ScanState& state, std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "ChatMessageJoin", kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 void MessageChatMessageJoinSQLiteRecovery::recordCarved(
     const std::shared_ptr<ChatMessageJoin>& join) {

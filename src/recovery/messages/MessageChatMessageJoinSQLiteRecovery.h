@@ -4,14 +4,17 @@
 #include <stop_token>
 
 #include "records/ChatRecords.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/AbstractSQLiteRecoveryFullSearch.h"
+#include "recovery/RecordCarver.h"
 
 namespace salvor {
 
 /// Carves the links between chats and messages, live ones too. Kept are those with both ids.
 class MessageChatMessageJoinSQLiteRecovery
-    : public MessageTableCarver<AbstractSQLiteRecoveryFullSearch, ChatMessageJoin> {
+    : public RecordCarver<AbstractSQLiteRecoveryFullSearch, ChatMessageJoin> {
   public:
+    static const SignatureUse<ChatMessageJoin> kSignature;
+
     explicit MessageChatMessageJoinSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
   protected:

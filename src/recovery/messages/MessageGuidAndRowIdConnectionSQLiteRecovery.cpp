@@ -10,10 +10,13 @@ constexpr ColumnAttribute<MessageGuidRowId> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<MessageGuidRowId>
+    MessageGuidAndRowIdConnectionSQLiteRecovery::kSignature{
+        {"HomeDomain", "sms.db", "MessageGuidAndRowIdConnection"}, kAttributes};
+
 MessageGuidAndRowIdConnectionSQLiteRecovery::MessageGuidAndRowIdConnectionSQLiteRecovery(
     ScanState& state, std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "MessageGuidAndRowIdConnection",
-                         kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 void MessageGuidAndRowIdConnectionSQLiteRecovery::recordCarved(
     const std::shared_ptr<MessageGuidRowId>& link) {

@@ -4,15 +4,18 @@
 #include <stop_token>
 
 #include "records/ChatRecords.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/AbstractSQLiteRecoveryFullSearch.h"
+#include "recovery/RecordCarver.h"
 
 namespace salvor {
 
 /// Carves which row id a message GUID had, of live messages too. A row id above the largest one
 /// that the database ever handed out is noise and dropped.
 class MessageGuidAndRowIdConnectionSQLiteRecovery
-    : public MessageTableCarver<AbstractSQLiteRecoveryFullSearch, MessageGuidRowId> {
+    : public RecordCarver<AbstractSQLiteRecoveryFullSearch, MessageGuidRowId> {
   public:
+    static const SignatureUse<MessageGuidRowId> kSignature;
+
     explicit MessageGuidAndRowIdConnectionSQLiteRecovery(ScanState& state,
                                                          std::stop_token cancelled = {});
 

@@ -14,9 +14,12 @@ constexpr ColumnAttribute<MessageHandle> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<MessageHandle> MessageHandleSQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "HANDLE"}, kAttributes};
+
 MessageHandleSQLiteRecovery::MessageHandleSQLiteRecovery(ScanState& state,
                                                          std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "HANDLE", kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 bool MessageHandleSQLiteRecovery::IsValid(const Text& id) {
     if (!id) return false;

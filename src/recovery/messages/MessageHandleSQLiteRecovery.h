@@ -4,16 +4,17 @@
 #include <stop_token>
 
 #include "records/ChatRecords.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/RecordCarver.h"
 #include "sql/FMDBUtils.h"
 
 namespace salvor {
 
 /// Carves deleted handles (counterparts). A handle is kept when its `Id` is readable text and no
 /// live row equals it.
-class MessageHandleSQLiteRecovery
-    : public MessageTableCarver<AbstractSqLiteRecovery, MessageHandle> {
+class MessageHandleSQLiteRecovery : public RecordCarver<AbstractSqLiteRecovery, MessageHandle> {
   public:
+    static const SignatureUse<MessageHandle> kSignature;
+
     explicit MessageHandleSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// Whether `id` is present and, up to its first zero byte, holds printable ASCII alone.

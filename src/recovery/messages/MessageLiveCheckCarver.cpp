@@ -7,8 +7,16 @@
 namespace salvor {
 
 MessageLiveCheckCarver::MessageLiveCheckCarver(ScanState& state, std::stop_token cancelled,
-                                               std::string version, Attributes attributes)
-    : MessageTableCarver(state, std::move(cancelled), "MESSAGE", attributes, std::move(version)) {}
+                                               const SignatureUse<Message>& use,
+                                               std::string version)
+    : RecordCarver(state, std::move(cancelled), use), key_(use.key), version_(std::move(version)) {}
+
+TablePatterns MessageLiveCheckCarver::choosePatterns() {
+    const auto signature = findSignature(state_, key_);
+    if (signature == nullptr) return {};
+    signature->TablePatterns = signature->FindPatternsByVersion(version_);
+    return signature->TablePatterns;
+}
 
 void MessageLiveCheckCarver::recordCarved(const std::shared_ptr<Message>& message) {
     RecoveredFiltered.push_back(message);

@@ -14,8 +14,11 @@ constexpr ColumnAttribute<Message> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<Message> MessagesIOS4SQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "MESSAGE"}, kAttributes};
+
 MessagesIOS4SQLiteRecovery::MessagesIOS4SQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : MessageLiveCheckCarver(state, std::move(cancelled), "iOS4", kAttributes) {}
+    : MessageLiveCheckCarver(state, std::move(cancelled), kSignature, "iOS4") {}
 
 std::int32_t MessagesIOS4SQLiteRecovery::setRecoveryCount(std::int32_t count) {
     state_.DeletedSMSCount = count;

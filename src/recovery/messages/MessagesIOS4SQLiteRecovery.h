@@ -9,6 +9,8 @@ namespace salvor {
 /// Carves deleted messages of iOS 4 databases.
 class MessagesIOS4SQLiteRecovery : public MessageLiveCheckCarver {
   public:
+    static const SignatureUse<Message> kSignature;
+
     explicit MessagesIOS4SQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
   protected:

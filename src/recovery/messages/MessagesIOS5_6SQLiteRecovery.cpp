@@ -13,9 +13,12 @@ constexpr ColumnAttribute<Message> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<Message> MessagesIOS5_6SQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "MESSAGE"}, kAttributes};
+
 MessagesIOS5_6SQLiteRecovery::MessagesIOS5_6SQLiteRecovery(ScanState& state,
                                                            std::stop_token cancelled)
-    : MessageLiveCheckCarver(state, std::move(cancelled), "iOS6", kAttributes) {}
+    : MessageLiveCheckCarver(state, std::move(cancelled), kSignature, "iOS6") {}
 
 std::int32_t MessagesIOS5_6SQLiteRecovery::setRecoveryCount(std::int32_t count) {
     state_.DeletediMessageCount = count;

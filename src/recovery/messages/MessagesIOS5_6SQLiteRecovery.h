@@ -10,6 +10,8 @@ namespace salvor {
 /// FaceTime calls alike.
 class MessagesIOS5_6SQLiteRecovery : public MessageLiveCheckCarver {
   public:
+    static const SignatureUse<Message> kSignature;
+
     explicit MessagesIOS5_6SQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
   protected:

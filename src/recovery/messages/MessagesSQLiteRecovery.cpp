@@ -20,8 +20,11 @@ constexpr ColumnAttribute<Message> kAttributes[] = {
 
 }  // namespace
 
+constinit const SignatureUse<Message> MessagesSQLiteRecovery::kSignature{
+    {"HomeDomain", "sms.db", "MESSAGE"}, kAttributes};
+
 MessagesSQLiteRecovery::MessagesSQLiteRecovery(ScanState& state, std::stop_token cancelled)
-    : MessageTableCarver(state, std::move(cancelled), "MESSAGE", kAttributes) {}
+    : RecordCarver(state, std::move(cancelled), kSignature) {}
 
 void MessagesSQLiteRecovery::recordCarved(const std::shared_ptr<Message>& message) {
     const auto row = message->generateSMSObject(state_);

@@ -7,15 +7,17 @@
 
 #include "records/Message.h"
 #include "records/SMS.h"
-#include "recovery/messages/MessageTableCarver.h"
+#include "recovery/RecordCarver.h"
 
 namespace salvor {
 
 /// The carver of deleted messages that a scan runs, whatever the iOS version. A carved message
 /// whose GUID is neither live nor found before becomes a list row of the scan at once and enters
 /// `RecoveredFiltered` with it; any other enters no list.
-class MessagesSQLiteRecovery : public MessageTableCarver<AbstractSqLiteRecovery, Message> {
+class MessagesSQLiteRecovery : public RecordCarver<AbstractSqLiteRecovery, Message> {
   public:
+    static const SignatureUse<Message> kSignature;
+
     explicit MessagesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     /// Whether a live row or a deleted one found so far is roughly equal to `row`.
