@@ -9,7 +9,8 @@ constexpr std::size_t kBlock = RegionMasks::kBlock;
 constexpr std::uint64_t kAll = ~std::uint64_t{0};
 
 /// Walks a bit row from its end to its beginning and moves it towards the beginning; behind the
-/// end all bits are set.
+/// end all bits are set. Backwards, because whether a column may begin here depends on what may
+/// begin where it ends: of each row one word of what lies behind is all that must be kept.
 class Backwards {
   public:
     /// The bits `distance` places behind those of `word`.
@@ -57,6 +58,7 @@ void CandidateMap::combineColumns(const LeadingSets& columns, const RegionMasks&
     std::array<FittingColumns, LeadingColumns::kColumns - 1> pairs;
     for (std::size_t i = masks.count(); i-- > first_;) {
         if (!masks.near(i)) {
+            // Nothing is known of the bytes here, so the block in front takes them for anything.
             columns_[i] = 0;
             goesOnRow = {};
             pairs = {};
@@ -96,6 +98,7 @@ void CandidateMap::findRowIds(const RegionMasks& masks) {
         const std::uint64_t last9 = columnsRow.behind(columns_[i], 11);
         columnsRow.pass(columns_[i]);
         // In front of it up to seven bytes that go on; eight make a row id with any ninth byte.
+        // Runs of 1, 2 and 4 such bytes, joined, reach every length without a step per byte.
         const std::uint64_t upTo1 = last | (goesOn & one.behind(last, 1));
         one.pass(last);
         const std::uint64_t run2 = goesOn & runOne.behind(goesOn, 1);

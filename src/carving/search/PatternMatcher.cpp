@@ -86,6 +86,7 @@ MatchResult PatternMatcher::find(std::int64_t offset, SQLiteTableHeaderInfo& fou
             memory = {true, result == MatchResult::None, offset, position};
         }
         if (memory.none) continue;
+        // Only now are the columns noted: a remembered answer is a position alone.
         return tryPosition(patterns_[i].compiled, memory.position, &found);
     }
     return MatchResult::None;
@@ -95,6 +96,7 @@ MatchResult PatternMatcher::search(const Pattern& pattern, std::int64_t offset,
                                    std::int64_t& position) {
     const CompiledPattern& compiled = pattern.compiled;
     const std::int64_t last = length() - static_cast<std::int64_t>(compiled.columns.size());
+    // A correction backwards can begin a search in front of the region, which no map covers.
     for (position = offset; position < 0 && position <= last; ++position) {
         const MatchResult result = tryPosition(compiled, position, nullptr);
         if (result != MatchResult::None) return result;
@@ -107,6 +109,7 @@ MatchResult PatternMatcher::search(const Pattern& pattern, std::int64_t offset,
         if (hit == nullptr || hit->position > last) break;
         position = hit->position;
         if ((hit->fits & bit) != 0) return MatchResult::Found;
+        // A span ran past the end before the family could tell: fitting, failing or neither.
         const MatchResult result = tryPosition(compiled, position, nullptr);
         if (result != MatchResult::None) return result;
     }

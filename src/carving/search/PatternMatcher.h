@@ -22,6 +22,24 @@ enum class MatchResult : std::uint8_t {
     ReadFailed,  ///< a varint's 9-byte span ran past the end before anything fitted
 };
 
+// How a region is searched. Trying every pattern at every byte costs patterns times bytes, so most
+// bytes are ruled out before any header is read, each step leaving less to the next. A step may
+// let through what does not fit and never turns down what may.
+//
+//   LeadingColumns  which bytes a pattern's first four checked columns can begin with
+//   rare bytes      of each pattern the set that lets the fewest bytes through, all united: every
+//                   header has one of them, so a block of 64 bytes far from any holds no header
+//   RegionMasks     near them, a bit per byte and set: does this byte belong to the set?
+//   CandidateMap    combines the masks of a group by shifts: a bit per byte at which the leading
+//                   columns may follow one another. One map serves every pattern of the group.
+//   PatternFamily   patterns of one group that begin alike: reads a candidate's columns once and
+//                   keeps a bit per pattern, so that twenty layouts of a table cost little more
+//                   than one. What it found is kept for the patterns that ask later.
+//   tryPosition     reads the header once more and notes its columns, for the one hit handed out
+//
+// Near the end of a region a varint's span of nine bytes runs past it. There the failing read is
+// an answer in itself, so all steps let such positions through and tryPosition decides.
+
 /// Finds record headers that fit one of a carver's patterns. Every pattern is tried at every
 /// position of a region before the next pattern has its turn, so a later match of an earlier
 /// pattern wins, and a failing read of an earlier pattern ends the search for all. Answers within
