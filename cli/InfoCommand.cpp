@@ -15,7 +15,7 @@ void writeText(const std::filesystem::path& folder, const DeviceInfo& device, st
     using enum TextTable::Align;
     TextTable table({Left, Left});
     const auto add = [&table](const char* label, const Text& value) {
-        if (value && !value->empty()) table.add({label, *value});
+        if (value && !value->empty()) table.add({label, std::string(*value)});
     };
     add("Device", device.DeviceName);
     add("Display name", device.DisplayName);

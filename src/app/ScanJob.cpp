@@ -47,7 +47,7 @@ void applyRequestedVersion(DeviceInfo& device, const ScanRequest& request,
     if (*request.ios != kAuto) {
         useVersion(device, *request.ios);
     } else if (const Text known = facts.best(); known && isUnknown(device)) {
-        useVersion(device, *known);
+        useVersion(device, std::string(*known));
     }
 }
 

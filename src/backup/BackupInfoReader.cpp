@@ -108,7 +108,7 @@ std::int32_t integerValue(std::string_view text) {
 
 void normalise(DeviceInfo& device, const std::filesystem::path& folder) {
     auto& identifier = device.UniqueDeviceID;
-    if (identifier) identifier = StringUtils::lowerCase(*identifier);
+    if (identifier) identifier = StringUtils::lowerCase(std::string(*identifier));
     splitProductVersion(device);
     device.BackupLocation = folder.string();
 }
@@ -142,7 +142,7 @@ DeviceInfo resetDescription(const std::string& assignSize) {
     DeviceInfo device;
     for (auto* field : {&device.ProductVersion, &device.IMSI, &device.IMEI, &device.ICICD,
                         &device.DeviceName, &device.DisplayName, &device.PhoneNumber}) {
-        field->emplace();
+        *field = "";
     }
     device.AssignSize = assignSize;
     device.BackupDate = "N/A";

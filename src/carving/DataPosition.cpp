@@ -4,7 +4,7 @@
 
 namespace salvor {
 
-std::int32_t standardDataPosition(const Text& field, Bytes text) {
+std::int32_t standardDataPosition(std::string_view field, Bytes text) {
     constexpr std::int32_t kNoCorrection = -100;
     constexpr std::int32_t kDashIndex = 10;
     if (field != "ZStandZAid") return kNoCorrection;

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -43,7 +44,7 @@ class RowCollector : public RowReceiver {
     RowIds rowIds_;
     std::unordered_set<std::int64_t> known_;
     CarvedRow row_;
-    Text field_;  ///< name of the column read last, of this row or an earlier one
+    std::string_view field_;  ///< name of the column read last, of this row or an earlier one
 };
 
 }  // namespace salvor

@@ -17,7 +17,7 @@ std::optional<PairRecord> PairRecord::parse(Bytes data) {
     const auto certificate = list.data("HostCertificate");
     const auto privateKey = list.data("HostPrivateKey");
     if (!hostID || !systemBUID || !certificate || !privateKey) return std::nullopt;
-    return PairRecord{*hostID, *systemBUID, *certificate, *privateKey};
+    return PairRecord{std::string(*hostID), std::string(*systemBUID), *certificate, *privateKey};
 }
 
 std::optional<PairRecord> PairRecord::ofDevice(const std::string& udid) {

@@ -29,7 +29,7 @@ void ownSerial(CsvWriter& csv, const Row& row, std::int32_t /*number*/) {
 
 template <class Row, Text Row::*Member>
 void text(CsvWriter& csv, const Row& row, std::int32_t /*number*/) {
-    csv.writeField(row.*Member);
+    csv.writeField((row.*Member).view());
 }
 
 template <class Row, std::int32_t Row::*Member>
@@ -43,7 +43,7 @@ void dateOf(CsvWriter& csv, const Row& row, std::int32_t /*number*/) {
     const Text& shown = row.*Member;
     if (!shown || shown->find_first_not_of(' ') == std::string::npos) return csv.writeField("");
     const Text date = DateUtils::reformatDisplayDate(*shown, DatePattern::Export);
-    csv.writeField(date ? date : shown);
+    csv.writeField((date ? date : shown).view());
 }
 
 inline void callDuration(CsvWriter& csv, const CallLog& row, std::int32_t /*number*/) {

@@ -40,8 +40,7 @@ Text CsvWriter::setDelimiter(const std::string& delimiter) {
     return std::nullopt;
 }
 
-void CsvWriter::writeField(std::optional<std::string_view> value) {
-    const std::string_view field = value.value_or("");
+void CsvWriter::writeField(std::string_view field) {
     started_ = true;
     if (lineHasField_) put(delimiter_);
     lineHasField_ = true;

@@ -24,8 +24,7 @@ class CsvWriter {
 
     /// Sets the separator of fields; the text of the failure when it cannot be set.
     Text setDelimiter(const std::string& delimiter);
-    /// An absent value is written as an empty field.
-    void writeField(std::optional<std::string_view> value);
+    void writeField(std::string_view field);
     void finishLine();
     /// Closes the file; "" or the cause of the first failure. Further calls repeat the answer.
     const std::string& close();

@@ -259,7 +259,7 @@ class ExportRun {
         (file.written() ? summary_.written : summary_.failed).push_back(file);
     }
 
-    static void writeValue(CsvWriter& csv, const Text& value) { csv.writeField(value); }
+    static void writeValue(CsvWriter& csv, const Text& value) { csv.writeField(value.view()); }
     static void writeValue(CsvWriter& csv, bool value) { csv.writeField(value ? "true" : "false"); }
     static void writeValue(CsvWriter& csv, std::int32_t value) {
         csv.writeField(std::to_string(value));

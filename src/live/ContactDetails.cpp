@@ -136,7 +136,7 @@ template <class Detail>
 Text joined(const List<Detail>& list, Text Detail::*member) {
     Text text;
     for (const auto& entry : list) {
-        text = (text ? *text + ", " : std::string()) + ((*entry).*member).value_or("");
+        text = (text ? text.value_or("") + ", " : "") + ((*entry).*member).value_or("");
     }
     return text;
 }
@@ -145,7 +145,7 @@ void fillComposites(Contact& contact) {
     std::string name;
     for (const auto& part : {contact.FirstName, contact.MiddleName, contact.LastName}) {
         if (!part || part->empty()) continue;
-        name += (name.empty() ? "" : " ") + *part;
+        name.append(name.empty() ? "" : " ").append(*part);
     }
     contact.FullName = name.empty() ? contact.Organization : Text(name);
     contact.ContactNumbersText = joined(contact.ContactNumbers, &ContactNumber::Number);

@@ -82,7 +82,7 @@ class DAOs : public BaseDAO, public DatabaseLookups {
     /// First name of a person with a value that ends with `number`; absent without one.
     Text GetNameForAddress(const Text& number);
     /// `text` without "(", ")", "-" and blanks; "+" and no-break blanks stay.
-    static std::string removeSpecialCharsFromString(const std::string& text);
+    static std::string removeSpecialCharsFromString(std::string_view text);
 
     // WhatsApp
     List<WhatsApp> GetWhatsAppLog();

@@ -113,8 +113,8 @@ Text DAOs::GetNameForAddress(const Text& number) {
     return rows.next() ? rows.stringForColumn("Name") : std::nullopt;
 }
 
-std::string DAOs::removeSpecialCharsFromString(const std::string& text) {
-    std::string kept = text;
+std::string DAOs::removeSpecialCharsFromString(std::string_view text) {
+    std::string kept(text);
     std::erase_if(kept, [](char c) { return c == '(' || c == ')' || c == '-' || c == ' '; });
     return kept;
 }

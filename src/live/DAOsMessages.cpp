@@ -52,8 +52,10 @@ Text typeOfFlags(std::int32_t flags) {
 }
 
 Text withoutLineFeeds(Text text) {
-    if (text) std::erase(*text, '\n');
-    return text;
+    if (!text || text->find('\n') == std::string_view::npos) return text;
+    std::string kept(*text);
+    std::erase(kept, '\n');
+    return kept;
 }
 
 /// The date is cut to 32 bits first: deliberate, and what makes nanoseconds come out wrong.
@@ -148,7 +150,7 @@ std::map<std::string, std::int64_t> DAOs::GetAllMessageGUID() {
     auto rows = open(state_.SMS_DATABASE)->executeQuery(kMessageGuids);
     while (rows.next()) {
         if (auto guid = rows.stringForColumn("guid")) {
-            rowIdOfGuid[*guid] = rows.longLongIntForColumn("ROWID");
+            rowIdOfGuid[std::string(*guid)] = rows.longLongIntForColumn("ROWID");
         }
     }
     return rowIdOfGuid;

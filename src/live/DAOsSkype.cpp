@@ -27,7 +27,8 @@ List<Skype> DAOs::getSkypeContacts() {
 
 List<Skype> DAOs::getDialogsPartner(const Text& skypeName) {
     if (!skypeName) return {};
-    return readRows<Skype>(open(storedNameOf(Stored::Skype))->executeQuery(kDialogs, {*skypeName}),
+    const std::string name(*skypeName);
+    return readRows<Skype>(open(storedNameOf(Stored::Skype))->executeQuery(kDialogs, {name}),
                            [](const ResultSet& row, Skype& skype) {
                                fillPartner(row, skype);
                                skype.time = row.stringForColumn("time");

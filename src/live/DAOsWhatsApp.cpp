@@ -20,8 +20,8 @@ constexpr auto kRowIds = "SELECT Z_PK as ROWID  FROM ZWAMESSAGE";
 constexpr std::string_view kUserServer = "@s.whatsapp.net";
 
 /// A bare telephone number as the address of a user.
-std::string userJid(const std::string& address) {
-    return address.find('@') == std::string::npos ? address + std::string(kUserServer) : address;
+std::string userJid(std::string_view address) {
+    return std::string(address).append(address.find('@') == address.npos ? kUserServer : "");
 }
 
 /// "+" and the number of a user's address; absent for groups and broadcasts.
@@ -78,15 +78,15 @@ List<WhatsApp> DAOs::GetWhatsAppLog() {
 
 List<WhatsApp> DAOs::GetWhatsApp(const Text& contactJid) {
     if (!contactJid) return {};
+    const std::string jid(*contactJid);
     const auto database = open(state_.WHATSAPP_DATABASE);
-    auto list = readRows<WhatsApp>(database->executeQuery(kMessagesOf, {*contactJid, *contactJid}),
-                                   fillMessage);
+    auto list = readRows<WhatsApp>(database->executeQuery(kMessagesOf, {jid, jid}), fillMessage);
     nameMessages(*database, list);
     return list;
 }
 
 Text DAOs::GetWhatsAppContactName(const Text& jid) {
-    return jid ? contactName(*open(state_.WHATSAPP_DATABASE), *jid) : "";
+    return jid ? contactName(*open(state_.WHATSAPP_DATABASE), std::string(*jid)) : "";
 }
 
 std::vector<std::int64_t> DAOs::GetAllWhatsAppRowID() {

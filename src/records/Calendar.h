@@ -25,7 +25,7 @@ struct Calendar {
     salvor::Text OriginalStartDate;
     salvor::Text OriginalEndDate;
     std::int32_t isChecked = 0;
-    std::optional<RecordOrigin> Origin;
+    OptionalOrigin Origin;
 
     template <class Self = Calendar>
     static constexpr auto fields() {

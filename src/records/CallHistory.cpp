@@ -90,10 +90,10 @@ Text CallHistory::getContactName(const Contact& contact) {
     return "";
 }
 
-std::string CallHistory::splittedTelNumber(const std::string& number) {
+std::string CallHistory::splittedTelNumber(std::string_view number) {
     constexpr std::size_t splitAt = 5;
-    if (utf16Length(number) <= splitAt) return number;
-    std::string split = number;
+    if (utf16Length(number) <= splitAt) return std::string(number);
+    std::string split(number);
     return split.insert(utf16Offset(number, splitAt), "\u00A0");
 }
 

@@ -49,7 +49,7 @@ struct CallHistory : baseRecoveryObject {
     /// Nickname, else first name, else last name; never a combination.
     static salvor::Text getContactName(const Contact& contact);
     /// `number` with a no-break space at index 5 when it has six characters or more.
-    static std::string splittedTelNumber(const std::string& number);
+    static std::string splittedTelNumber(std::string_view number);
     /// Equal `Address` and `Date`.
     bool IsEqual(const CallHistory& other) const;
 

@@ -21,7 +21,7 @@ struct CallLog {
     salvor::Text CallMode;
     std::int32_t isChecked = 0;
     salvor::Text OriginalAddress;
-    std::optional<RecordOrigin> Origin;
+    OptionalOrigin Origin;
 
     template <class Self = CallLog>
     static constexpr auto fields() {

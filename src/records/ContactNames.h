@@ -22,12 +22,12 @@ class ContactNames {
   private:
     /// The first contact of a list by each of its searched numbers.
     struct Numbers {
-        std::unordered_map<std::string, std::size_t> positions;
+        std::unordered_map<Text, std::size_t> positions;
         std::size_t indexed = 0;
 
         void takeIn(const List<Contact>& contacts);
         /// The position of the first contact with the number, or the end of the list.
-        std::size_t first(const std::string& number) const;
+        std::size_t first(const Text& number) const;
     };
 
     const RecordContext& context_;

@@ -17,9 +17,9 @@ std::shared_ptr<Note> NoteBody::ParseContentToGetNote(const std::shared_ptr<Note
     note->Recovered = body->Recovered;
     note->noteBody = body;
     if (!body->Content) return note;
-    const std::string& content = *body->Content;
-    note->Title =
-        utf16Length(content) < 9 ? content : std::string(utf16Substring(content, 0, 7)) + "...";
+    const std::string_view content = *body->Content;
+    note->Title = utf16Length(content) < 9 ? body->Content
+                                           : std::string(utf16Substring(content, 0, 7)) + "...";
     return note;
 }
 

@@ -14,6 +14,8 @@ const char* toString(CarvedSpace space) {
             return "after-root";
         case CarvedSpace::Page:
             return "page";
+        case CarvedSpace::None:
+            break;
     }
     return "";
 }

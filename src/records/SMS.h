@@ -23,7 +23,7 @@ struct SMS {
     salvor::Text GUID;
     std::int32_t isChecked = 0;
     bool isRecovered = false;
-    std::optional<RecordOrigin> Origin;
+    OptionalOrigin Origin;
 
     /// Equal GUIDs; an absent GUID equals nothing.
     bool isRoughlyEqual(const SMS& other) const;

@@ -20,7 +20,7 @@ struct WhatsApp {
     bool isSent = false;
     bool ishavingName = false;
     std::int32_t isChecked = 0;
-    std::optional<RecordOrigin> Origin;
+    OptionalOrigin Origin;
 
     /// Equal `MessageDate`, `FromMsgID`, `ToMsgID` and `zText`, absent and empty being the same.
     bool isRoughlyEqual(const WhatsApp& other) const;

@@ -64,7 +64,7 @@ bool WhatsAppMessage::IsEqual(const WhatsAppMessage& other) const {
 
 bool WhatsApp::isRoughlyEqual(const WhatsApp& other) const {
     for (const auto member : roughlyCompared) {
-        if ((this->*member).value_or("") != (other.*member).value_or("")) return false;
+        if ((this->*member).view() != (other.*member).view()) return false;
     }
     return true;
 }

@@ -27,8 +27,8 @@ struct baseRecoveryObject {
     salvor::Text Country;
     salvor::Text Service;
     salvor::Text Account;
-    salvor::Text Value;                  ///< free slot for carvers
-    std::optional<RecordOrigin> Origin;  ///< where the record was carved; absent for live rows
+    salvor::Text Value;     ///< free slot for carvers
+    OptionalOrigin Origin;  ///< where the record was carved; absent for live rows
 
     /// The negation of `isRecovered`, not of `Recovered`: deliberate.
     bool NotRecovered() const { return !isRecovered; }

@@ -15,7 +15,7 @@ void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
     const auto file = CarvingEngine::open(path);
     if (!file) return;
     if (fullDBPath.empty()) fullDBPath = path.string();
-    if (originDatabase.empty()) originDatabase = path.filename().string();
+    if (!originDatabase) originDatabase = path.filename().string();
     CarvingProgress progress(state_.progress, file->bytes().size());
     engine_.carve(
         file->bytes(), tablePatterns,
@@ -25,8 +25,9 @@ void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
 void AbstractSqLiteRecovery::rowBegins(std::int64_t rowId, const RecordOrigin& origin) {
     _recObject = GetNewRecoveryObject();
     _recObject->RowId = rowId;
-    _recObject->Origin = origin;
-    _recObject->Origin->database = originDatabase;
+    RecordOrigin from = origin;
+    from.database = originDatabase;
+    _recObject->Origin = std::move(from);
 }
 
 void AbstractSqLiteRecovery::columnRead(std::int64_t number, const OptionalColumnValue& value,

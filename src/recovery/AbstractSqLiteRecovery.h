@@ -6,6 +6,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <string_view>
 
 #include "carving/CarvingEngine.h"
 #include "carving/signatures/SqLiteTableSignatures.h"
@@ -30,7 +31,7 @@ class AbstractSqLiteRecovery : private RowReceiver {
     List<baseRecoveryObject> RecoveredData;      ///< row-id de-duplication looks here
     List<baseRecoveryObject> RecoveredFiltered;  ///< what passed the subclass's own filters
     std::string fullDBPath;
-    std::string originDatabase;  ///< `database` of the origins; empty: the file's name
+    Text originDatabase;  ///< `database` of the origins; absent: the file's name
 
     /// Carves the file at `path`. A missing, empty or tiny file yields nothing.
     virtual void DoRecoveryPath(const std::filesystem::path& path);
@@ -97,7 +98,7 @@ class AbstractSqLiteRecovery : private RowReceiver {
     std::stop_token cancelled_;
     std::shared_ptr<baseRecoveryObject> _recObject;  ///< the record being filled; `Origin` is set
     bool _hasRecoveredCurrentObject = false;
-    Text _field;  ///< name of the record field filled last
+    std::string_view _field;  ///< name of the record field filled last, from its pattern
 
   private:
     void rowBegins(std::int64_t rowId, const RecordOrigin& origin) final;

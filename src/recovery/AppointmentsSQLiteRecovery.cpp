@@ -37,7 +37,7 @@ constexpr ColumnAttribute<Appointment> kAttributes[] = {
     {"unique_identifier", storeText<&Appointment::UniqueIdentifier>},
 };
 
-std::string normalisedIdentifier(const std::string& identifier) {
+std::string normalisedIdentifier(std::string_view identifier) {
     std::string result;
     for (const char c : identifier) {
         if (c == '-' || c == ' ') continue;
@@ -48,7 +48,7 @@ std::string normalisedIdentifier(const std::string& identifier) {
 
 std::optional<std::string> summaryAndStart(const Calendar& event) {
     if (!event.Summary || !event.StartDate) return std::nullopt;
-    return *event.Summary + '\0' + *event.StartDate;
+    return std::string(*event.Summary).append(1, '\0').append(*event.StartDate);
 }
 
 std::string liveEventStatement(const Calendar& event) {
@@ -91,7 +91,7 @@ bool AppointmentsSQLiteRecovery::alreadyInDB(const Calendar& event) {
         return true;
     if (const auto key = summaryAndStart(event); key && liveSummariesAndStarts_.contains(*key))
         return true;
-    return event.UniqueIdentifier && deletedIdentifiers_.contains(*event.UniqueIdentifier);
+    return event.UniqueIdentifier && deletedIdentifiers_.contains(event.UniqueIdentifier);
 }
 
 void AppointmentsSQLiteRecovery::indexNewEvents() {
@@ -103,7 +103,7 @@ void AppointmentsSQLiteRecovery::indexNewEvents() {
     }
     for (; deletedIndexed_ < state_.AllDeletedCalendar.size(); ++deletedIndexed_) {
         const auto& event = *state_.AllDeletedCalendar[deletedIndexed_];
-        if (event.UniqueIdentifier) deletedIdentifiers_.insert(*event.UniqueIdentifier);
+        if (event.UniqueIdentifier) deletedIdentifiers_.insert(event.UniqueIdentifier);
     }
 }
 

@@ -37,7 +37,7 @@ class AppointmentsSQLiteRecovery : public CategoryCarver<Appointment> {
     // What `alreadyInDB` asks of the live and deleted lists, which only grow during a run.
     std::unordered_set<std::string> liveIdentifiers_;
     std::unordered_set<std::string> liveSummariesAndStarts_;
-    std::unordered_set<std::string> deletedIdentifiers_;
+    std::unordered_set<Text> deletedIdentifiers_;
     std::size_t liveIndexed_ = 0;
     std::size_t deletedIndexed_ = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <fmt/format.h>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -55,7 +56,7 @@ class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
 
     /// " column=value", without quotes (deliberate), or " column IS NULL".
     static std::string equalOrNull(std::string_view column, const Text& value) {
-        return " " + std::string(column) + (value ? "=" + *value : " IS NULL");
+        return fmt::format(" {}{}{}", column, value ? "=" : " IS NULL", value.view());
     }
 
     /// A connection to the database being carved; null when it does not open.

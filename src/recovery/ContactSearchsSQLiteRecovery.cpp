@@ -9,20 +9,20 @@
 namespace salvor {
 namespace {
 
-std::vector<std::string> splitAtBlanks(const std::string& text) {
+std::vector<std::string> splitAtBlanks(std::string_view text) {
     std::vector<std::string> tokens;
     std::size_t start = 0;
     for (auto blank = text.find(' '); blank != std::string::npos; blank = text.find(' ', start)) {
-        tokens.push_back(text.substr(start, blank - start));
+        tokens.emplace_back(text.substr(start, blank - start));
         start = blank + 1;
     }
-    tokens.push_back(text.substr(start));
+    tokens.emplace_back(text.substr(start));
     return tokens;
 }
 
 // A short first token is the country or area code of the second. Three or more tokens overwrite
 // the second number that two tokens gave: deliberate.
-void splitPhones(Contact& contact, const std::string& phones) {
+void splitPhones(Contact& contact, std::string_view phones) {
     const auto tokens = splitAtBlanks(phones);
     const bool joined = tokens.size() >= 2 && utf16Length(tokens[0]) < 7;
     contact.ContactNo1 = joined ? tokens[0] + tokens[1] : tokens[0];
@@ -38,7 +38,7 @@ void splitPhones(Contact& contact, const std::string& phones) {
     }
 }
 
-void splitEmails(Contact& contact, const std::string& emails) {
+void splitEmails(Contact& contact, std::string_view emails) {
     static constexpr salvor::Text Contact::*kSlots[] = {
         &Contact::EmailAddress1, &Contact::EmailAddress2, &Contact::EmailAddress3};
     const auto tokens = splitAtBlanks(emails);

@@ -28,8 +28,8 @@ constexpr ColumnAttribute<WhatsAppMessage> kAttributes[] = {
 std::string contentKey(const WhatsApp& row) {
     std::string key;
     for (const auto* part : {&row.MessageDate, &row.FromMsgID, &row.ToMsgID, &row.zText}) {
-        const std::string text = part->value_or("");
-        key += std::to_string(text.size()) + ':' + text;
+        const std::string_view text = part->view();
+        key.append(std::to_string(text.size())).append(1, ':').append(text);
     }
     return key;
 }

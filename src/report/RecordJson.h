@@ -77,7 +77,7 @@ Json fromValue(const std::vector<Element>& elements) {
 }
 
 inline Json fromOrigin(const RecordOrigin& origin) {
-    return {{"database", origin.database},
+    return {{"database", origin.database.view()},
             {"offset", origin.offset},
             {"page", origin.page},
             {"space", toString(origin.space)}};

@@ -22,13 +22,13 @@ std::int64_t rowIdOf(const Message& message) {
 void CarvedMessageLinks::addGuids(const List<baseRecoveryObject>& records) {
     messageOfGuid_.reserve(records.size());
     forEachLink<MessageGuidRowId>(records, [this](const auto& link) {
-        if (link.Guid) messageOfGuid_.emplace(*link.Guid, link.RowId);
+        if (link.Guid) messageOfGuid_.emplace(link.Guid, link.RowId);
     });
 }
 
 void CarvedMessageLinks::addChatGuids(const List<baseRecoveryObject>& records) {
     forEachLink<MessageChatGuidAndChatIdHandleConnection>(records, [this](const auto& link) {
-        if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, *link.Id);
+        if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, link.Id);
     });
 }
 
@@ -42,7 +42,7 @@ void CarvedMessageLinks::addChatHandles(const List<baseRecoveryObject>& records,
                                         const ConversationLookup& known) {
     forEachLink<ChatHandleJoin>(records, [&](const auto& link) {
         if (!link.HandleId || conversationOfChat_.contains(link.ChatId)) return;
-        auto conversation = known.FindConversationContactFromHandleId(*link.HandleId);
+        auto conversation = known.FindConversationContactFromHandleId(link.HandleId);
         if (conversation != nullptr)
             conversationOfChat_.emplace(link.ChatId, std::move(conversation));
     });
@@ -56,7 +56,7 @@ std::vector<std::int64_t> CarvedMessageLinks::chatsOf(const Message& message) co
     };
     addChatOf(rowIdOf(message));
     if (message.Guid) {
-        const auto row = messageOfGuid_.find(*message.Guid);
+        const auto row = messageOfGuid_.find(message.Guid);
         if (row != messageOfGuid_.end()) addChatOf(row->second);
     }
     return chats;

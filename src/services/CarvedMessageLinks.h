@@ -36,9 +36,9 @@ class CarvedMessageLinks {
   private:
     std::vector<std::int64_t> chatsOf(const Message& message) const;
 
-    std::unordered_map<std::string, std::int64_t> messageOfGuid_;
+    std::unordered_map<Text, std::int64_t> messageOfGuid_;
     std::unordered_map<std::int64_t, std::int64_t> chatOfMessage_;
-    std::unordered_map<std::int64_t, std::string> counterpartOfChat_;
+    std::unordered_map<std::int64_t, Text> counterpartOfChat_;
     std::unordered_map<std::int64_t, std::shared_ptr<ConversationContact>> conversationOfChat_;
 };
 

@@ -9,17 +9,17 @@ namespace salvor {
 namespace {
 
 void addText(std::vector<std::string>& list, const Text& text) {
-    if (!StringUtils::IsNullOrEmpty(text)) list.push_back(*text);
+    if (!StringUtils::IsNullOrEmpty(text)) list.emplace_back(*text);
 }
 
 void addNumberObject(ConversationContact& conversation, const Text& text) {
     if (!StringUtils::IsNullOrEmpty(text))
-        conversation.PhoneNumbers.emplace_back(phoneNumberOf(*text));
+        conversation.PhoneNumbers.emplace_back(phoneNumberOf(text));
 }
 
 void addPhoneContact(ConversationContact& conversation, const Contact& contact) {
     if (!StringUtils::IsNullOrEmpty(contact.ContactNo1))
-        conversation.PhoneNumbers.emplace_back(*contact.ContactNo1);
+        conversation.PhoneNumbers.emplace_back(std::string(*contact.ContactNo1));
     addText(conversation.Emails, contact.EmailAddress1);
     addText(conversation.Names, contact.FullName);
 }

@@ -22,7 +22,7 @@ void ContactLookup::add(const std::shared_ptr<Contact>& contact) {
     for (const auto slot :
          {&Contact::EmailAddress1, &Contact::EmailAddress2, &Contact::EmailAddress3}) {
         const auto& email = (*contact).*slot;
-        if (!StringUtils::IsNullOrEmpty(email)) emails_.emplace(*email, position);
+        if (!StringUtils::IsNullOrEmpty(email)) emails_.emplace(email, position);
     }
     serialNumbers_.emplace(contact->SlNo, position);
 }
@@ -36,7 +36,7 @@ std::shared_ptr<Contact> ContactLookup::FindContactFromContactsListByPhoneNumber
 std::shared_ptr<Contact> ContactLookup::FindContactFromContactsListByEmailAddress(
     const Text& address) const {
     if (!address) return nullptr;
-    const auto found = emails_.find(*address);
+    const auto found = emails_.find(address);
     return found != emails_.end() ? contacts_[found->second] : nullptr;
 }
 

@@ -34,7 +34,7 @@ class ContactLookup {
 
     List<Contact> contacts_;
     PhoneIndex phones_;
-    std::unordered_map<std::string, std::size_t> emails_;
+    std::unordered_map<Text, std::size_t> emails_;
     std::unordered_map<std::int64_t, std::size_t> serialNumbers_;
 };
 

@@ -16,7 +16,7 @@ void ConversationLookup::add(const Found& conversation) {
     for (const auto& name : conversation->Names) names_.emplace(name, position);
     for (const auto& phone : conversation->PhoneNumbers) addPhone(phone, position);
     if (conversation->PhoneNumberHandleId)
-        counterparts_.emplace(*conversation->PhoneNumberHandleId, position);
+        counterparts_.emplace(conversation->PhoneNumberHandleId, position);
     chatIds_.emplace(conversation->ChatId, position);
 }
 
@@ -29,18 +29,18 @@ void ConversationLookup::addPhone(const ConversationPhone& phone, std::size_t po
     const auto& object = std::get<ContactPhoneNumber>(phone);
     const auto& number = object.IsPhoneNumber && object.GooglePhoneNumber ? object.GooglePhoneNumber
                                                                           : object.PhoneNumber;
-    if (number) phoneObjects_.emplace(*number, position);
+    if (number) phoneObjects_.emplace(number, position);
 }
 
 ConversationLookup::Found ConversationLookup::at(const Positions& positions,
                                                  const Text& key) const {
     if (!key) return nullptr;
-    const auto found = positions.find(*key);
+    const auto found = positions.find(key);
     return found != positions.end() ? conversations_[found->second] : nullptr;
 }
 
 ConversationLookup::Found ConversationLookup::FindConversationContactFromHandleId(
-    const std::string& handleId) const {
+    const Text& handleId) const {
     return at(rowIds_, handleId);
 }
 
@@ -56,7 +56,7 @@ ConversationLookup::Found ConversationLookup::findByCounterpart(const Text& coun
 ConversationLookup::Found ConversationLookup::FindContactFromConversationContactsListByPhoneNumber(
     const Text& number) const {
     auto position = phoneTexts_.find(number);
-    const auto object = number ? phoneObjects_.find(*number) : phoneObjects_.end();
+    const auto object = number ? phoneObjects_.find(number) : phoneObjects_.end();
     if (object != phoneObjects_.end())
         position = std::min(position.value_or(object->second), object->second);
     return position ? conversations_[*position] : nullptr;

@@ -24,7 +24,7 @@ class ConversationLookup {
     void add(const Found& conversation);
 
     /// One whose `RowIds` hold this text.
-    Found FindConversationContactFromHandleId(const std::string& handleId) const;
+    Found FindConversationContactFromHandleId(const Text& handleId) const;
     Found findByChatId(std::int64_t chatId) const;
     /// One whose `PhoneNumberHandleId` is this text.
     Found findByCounterpart(const Text& counterpart) const;
@@ -33,7 +33,7 @@ class ConversationLookup {
     Found FindContactFromConversationContactsListByName(const Text& name) const;
 
   private:
-    using Positions = std::unordered_map<std::string, std::size_t>;
+    using Positions = std::unordered_map<Text, std::size_t>;
 
     void addPhone(const ConversationPhone& phone, std::size_t position);
     Found at(const Positions& positions, const Text& key) const;

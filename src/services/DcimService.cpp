@@ -38,7 +38,7 @@ void DcimService::processBothLibraries(const DeviceInfo& device, bool DCIMAccess
 void DcimService::processOlderBackups(const DeviceInfo& device) {
     if (!device.UniqueDeviceID || device.UniqueDeviceID->empty()) return;
     for (const auto& folder :
-         BackupStore::olderBackups(state_.BACKUP_DIRECTORY, *device.UniqueDeviceID)) {
+         BackupStore::olderBackups(state_.BACKUP_DIRECTORY, device.UniqueDeviceID.value_or(""))) {
         if (cancelled_.stop_requested()) return;
         DeviceInfo older;
         older.BackupLocation = folder.string();

@@ -103,7 +103,7 @@ void tieDeletedMessage(const std::shared_ptr<ConversationContact>& conversation,
     message.IsVisible = true;
 }
 
-ContactPhoneNumber phoneNumberOf(const std::string& text) {
+ContactPhoneNumber phoneNumberOf(const Text& text) {
     ContactPhoneNumber number;
     number.PhoneNumber = text;
     number.IsPhoneNumber = iPhoneNumberUtils::IsPhoneNumber(text);

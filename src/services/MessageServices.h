@@ -60,6 +60,6 @@ class MessageServices : public abstractServices {
 void tieDeletedMessage(const std::shared_ptr<ConversationContact>& conversation, Message& message);
 
 /// A phone-number object that holds this text.
-ContactPhoneNumber phoneNumberOf(const std::string& text);
+ContactPhoneNumber phoneNumberOf(const Text& text);
 
 }  // namespace salvor

@@ -77,24 +77,24 @@ void NotesServices::matchNotebodiesToNotes() {
 
 void NotesServices::AdditionalFiltering() {
     if (recoveryNoteBodies_ == nullptr) return;
-    std::unordered_set<std::string> attached;
+    std::unordered_set<Text> attached;
     std::unordered_map<std::int64_t, List<Note>> waiting;
     for (const auto& note : state_.DeletedNotes) {
         if (note->noteBody == nullptr)
             waiting[note->noteBodyId].push_back(note);
         else if (note->noteBody->Content)
-            attached.insert(*note->noteBody->Content);
+            attached.insert(note->noteBody->Content);
     }
     List<baseRecoveryObject> kept;
     for (const auto& record : recoveryNoteBodies_->RecoveredFiltered) {
         const auto body = std::dynamic_pointer_cast<NoteBody>(record);
-        if (body != nullptr && body->Content && attached.contains(*body->Content)) continue;
+        if (body != nullptr && body->Content && attached.contains(body->Content)) continue;
         kept.push_back(record);
         if (body == nullptr) continue;
         const auto notes = waiting.extract(body->Owner);
         if (notes.empty()) continue;
         for (const auto& note : notes.mapped()) note->noteBody = body;
-        if (body->Content) attached.insert(*body->Content);
+        if (body->Content) attached.insert(body->Content);
     }
     recoveryNoteBodies_->RecoveredFiltered = std::move(kept);
     indexBodies();

@@ -26,7 +26,7 @@ void PhoneIndex::add(const Text& number, std::size_t position) {
     if (StringUtils::IsNullOrEmpty(number)) return;
     auto normalised = StringUtils::RemoveSpacesAndPhoneBracketZeros(number);
     if (utf16Length(normalised) < kShortest) {
-        short_.try_emplace(*number, position);
+        short_.try_emplace(number, position);
     } else if (known_.insert(normalised).second) {
         auto& bucket = byEnding_[endingOf(normalised)];
         bucket.push_back({std::move(normalised), position});
@@ -37,7 +37,7 @@ std::optional<std::size_t> PhoneIndex::find(const Text& number) const {
     if (StringUtils::IsNullOrEmpty(number)) return std::nullopt;
     const auto normalised = StringUtils::RemoveSpacesAndPhoneBracketZeros(number);
     if (utf16Length(normalised) < kShortest) {
-        const auto found = short_.find(*number);
+        const auto found = short_.find(number);
         return found == short_.end() ? std::nullopt : std::optional(found->second);
     }
     const auto bucket = byEnding_.find(endingOf(normalised));

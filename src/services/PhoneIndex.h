@@ -28,8 +28,8 @@ class PhoneIndex {
     };
 
     std::unordered_map<std::string, std::vector<Known>> byEnding_;
-    std::unordered_set<std::string> known_;               ///< normalised
-    std::unordered_map<std::string, std::size_t> short_;  ///< by the number as it stands
+    std::unordered_set<std::string> known_;        ///< normalised
+    std::unordered_map<Text, std::size_t> short_;  ///< by the number as it stands
 };
 
 }  // namespace salvor

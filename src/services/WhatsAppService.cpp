@@ -23,7 +23,7 @@ constexpr auto kMedia =
 constexpr auto kPictures = "SELECT ZJID, ZPATH FROM ZWAPROFILEPICTUREITEM";
 
 /// What stands before the user server; the whole identifier of a group.
-std::string phoneOf(const std::string& jid) {
+std::string_view phoneOf(std::string_view jid) {
     return jid.substr(0, jid.find(kUserServer));
 }
 
@@ -35,11 +35,11 @@ struct ResolvedFile {
 /// A path that does not begin with "/" gets two of them: deliberate.
 ResolvedFile libraryFile(const BackupFiles& files, const Text& path) {
     if (!path) return {};
-    const std::string slashed = path->starts_with('/') ? *path : "//" + *path;
-    return {files.find(kDomain, "Library" + slashed).place.string(), path};
+    const std::string_view slashes = path->starts_with('/') ? "" : "//";
+    return {files.find(kDomain, fmt::format("Library{}{}", slashes, *path)).place.string(), path};
 }
 
-using PictureNames = std::unordered_map<std::string, std::string>;
+using PictureNames = std::unordered_map<Text, Text>;
 
 /// The picture file of each partner, without folder and ending, as far as the database tells.
 PictureNames readPictureNames(FMDBUtils& database) {
@@ -48,15 +48,15 @@ PictureNames readPictureNames(FMDBUtils& database) {
     while (rows.next()) {
         const auto jid = rows.stringForColumn("ZJID");
         const auto path = rows.stringForColumn("ZPATH");
-        if (jid && path) names.try_emplace(*jid, path->substr(path->rfind('/') + 1));
+        if (jid && path) names.try_emplace(jid, path->substr(path->rfind('/') + 1));
     }
     return names;
 }
 
 /// The whole picture, else its small version.
-Text profilePicture(const BackupFiles& files, const std::string& name) {
+Text profilePicture(const BackupFiles& files, const Text& name) {
     for (const std::string_view ending : {".jpg", ".thumb"}) {
-        const auto path = fmt::format("Library/Media/Profile/{}{}", name, ending);
+        const auto path = fmt::format("Library/Media/Profile/{}{}", *name, ending);
         if (const auto picture = files.find(kDomain, path)) return picture.place.string();
     }
     return std::nullopt;
@@ -80,12 +80,12 @@ void WhatsAppService::doRecovery(const DeviceInfo& device) {
     recovered_ = static_cast<std::int32_t>(whatsAppRecovery_->RecoveredFiltered.size());
 }
 
-std::shared_ptr<WhatsAppContact> WhatsAppService::partnerFor(const std::string& jid) {
+std::shared_ptr<WhatsAppContact> WhatsAppService::partnerFor(const Text& jid) {
     auto& partner = byJid_[jid];
     if (partner == nullptr) {
         partner = std::make_shared<WhatsAppContact>();
         partner->ZContactJID = jid;
-        partner->Phone = phoneOf(jid);
+        partner->Phone = phoneOf(*jid);
         partners_.push_back(partner);
     }
     return partner;
@@ -97,7 +97,7 @@ void WhatsAppService::AdditionalFiltering() {
         auto message = std::dynamic_pointer_cast<WhatsAppMessage>(record);
         if (message == nullptr) continue;
         const auto& jid = message->IsFromMe ? message->ZToJid : message->ZFromJid;
-        const auto partner = partnerFor(jid.value_or(""));
+        const auto partner = partnerFor(jid ? jid : "");
         partner->ContainsDeletedMessage = true;
         partner->ObservableCollection.push_back(message);
         message->whatsAppContact = partner;
@@ -119,12 +119,12 @@ void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
     while (rows.next()) {
         const auto jid = rows.stringForColumn("ZCONTACTJID");
         if (!jid) continue;
-        const auto partner = partnerFor(*jid);
+        const auto partner = partnerFor(jid);
         partner->ZPartnerName = rows.stringForColumn("ZPARTNERNAME");
         // Without an entry of its own a picture is named by the number alone.
-        const auto picture = pictureNames.find(*jid);
+        const auto picture = pictureNames.find(jid);
         partner->ZContactProfileBitmapImage = profilePicture(
-            *files, picture == pictureNames.end() ? *partner->Phone : picture->second);
+            *files, picture == pictureNames.end() ? partner->Phone : picture->second);
         found.push_back(partner);
     }
     for (const auto& partner : found) readMessages(device, partner);
@@ -135,7 +135,7 @@ void WhatsAppService::readMessages(const DeviceInfo& device,
     // The first identifier stands in the text without quotes, so that of an ordinary user does
     // not prepare: deliberate.
     auto rows = dbUtils_->executeNamedQuery(fmt::format(kMessages, *partner->ZContactJID),
-                                            "@ContactID", *partner->ZContactJID);
+                                            "@ContactID", partner->ZContactJID.value_or(""));
     while (rows.next()) {
         auto message = std::make_shared<WhatsAppMessage>();
         message->ZPrimaryKey = rows.longLongIntForColumn("Z_PK");

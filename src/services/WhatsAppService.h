@@ -33,11 +33,11 @@ class WhatsAppService : public abstractServices {
   private:
     void getWhatisExistingWallPaperPath(const DeviceInfo& device);
     void readMessages(const DeviceInfo& device, const std::shared_ptr<WhatsAppContact>& partner);
-    std::shared_ptr<WhatsAppContact> partnerFor(const std::string& jid);
+    std::shared_ptr<WhatsAppContact> partnerFor(const Text& jid);
 
     std::unique_ptr<WhatsAppMessagesSQLiteRecovery> whatsAppRecovery_;
     List<WhatsAppContact> partners_;
-    std::unordered_map<std::string, std::shared_ptr<WhatsAppContact>> byJid_;
+    std::unordered_map<Text, std::shared_ptr<WhatsAppContact>> byJid_;
 };
 
 }  // namespace salvor

@@ -84,7 +84,7 @@ void contactServices::readPersons(const BackupFile& file) {
         byRowId_.try_emplace(contact->RowId, contact);
         for (const auto& number : contact->ContactNumbers)
             if (number->Number && !number->Number->empty())
-                byNumber_.try_emplace(*number->Number, contact);
+                byNumber_.try_emplace(number->Number, contact);
     }
 }
 
@@ -97,7 +97,7 @@ std::optional<BackupFile> contactServices::ImagesConnectionString(const DeviceIn
 
 std::shared_ptr<Contact> contactServices::FindContactByPhoneNumber(const Text& number) const {
     if (!number) return nullptr;
-    const auto found = byNumber_.find(*number);
+    const auto found = byNumber_.find(number);
     return found == byNumber_.end() ? nullptr : found->second;
 }
 

@@ -39,7 +39,7 @@ class contactServices : public abstractServices {
     void readPersons(const BackupFile& file);
 
     List<Contact> contactsAll_;
-    std::unordered_map<std::string, std::shared_ptr<Contact>> byNumber_;
+    std::unordered_map<Text, std::shared_ptr<Contact>> byNumber_;
     std::unordered_map<std::int64_t, std::shared_ptr<Contact>> byRowId_;
 };
 

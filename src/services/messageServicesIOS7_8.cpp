@@ -114,7 +114,7 @@ std::shared_ptr<ConversationContact> messageServicesIOS7_8::conversationOf(
 std::shared_ptr<ConversationContact> messageServicesIOS7_8::addUnknownConversation(
     const Message& message) {
     const bool unknown = StringUtils::IsNullOrEmpty(message.Id);
-    const auto counterpart = unknown ? fmt::format("Unknown {}", nextUnknown_++) : *message.Id;
+    const Text counterpart = unknown ? fmt::format("Unknown {}", nextUnknown_++) : message.Id;
     auto conversation = std::make_shared<ConversationContact>();
     conversation->PhoneNumbers.emplace_back(phoneNumberOf(counterpart));
     conversation->PhoneNumberHandleId = counterpart;

@@ -6,16 +6,9 @@
 #include "util/Utf8.h"
 
 namespace salvor {
-namespace {
-
-std::string_view viewOf(const Text& text) {
-    return text ? std::string_view(*text) : "";
-}
-
-}  // namespace
 
 bool StringUtils::IsNullOrEmpty(const Text& text) {
-    return !text || text->empty();
+    return text.view().empty();
 }
 
 std::string StringUtils::NullToEmpty(const Text& text) {
@@ -41,7 +34,7 @@ std::string StringUtils::FormatAbMultiValueLabel(const Text& label) {
 
 std::string StringUtils::ClearUrl(const Text& url) {
     constexpr std::size_t maxLength = 15;
-    std::string result = replaceAll(replaceAll(viewOf(url), "http://", ""), "https://", "");
+    std::string result = replaceAll(replaceAll(url.view(), "http://", ""), "https://", "");
     for (const char end : {'/', '?'}) {
         const std::size_t at = result.find(end);
         if (at != std::string::npos) return result.substr(0, at);
@@ -57,7 +50,7 @@ std::string StringUtils::getStringFromObject(
 }
 
 std::int64_t StringUtils::indexOf(const Text& text, std::string_view toFind) {
-    const std::string_view whole = viewOf(text);
+    const std::string_view whole = text.view();
     const std::size_t at = toFind.empty() ? std::string_view::npos : whole.rfind(toFind);
     if (at == std::string_view::npos) return NotFound;
     return static_cast<std::int64_t>(utf16Length(whole.substr(0, at)));
@@ -72,7 +65,7 @@ std::string StringUtils::lowerCase(std::string text) {
 
 Text StringUtils::BytesToString(Bytes bytes) {
     if (!isValidUtf8(bytes)) return std::nullopt;
-    return std::string(bytes.begin(), bytes.end());
+    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
 std::string StringUtils::ByteArrayToString(Bytes bytes) {

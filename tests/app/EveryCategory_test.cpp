@@ -19,7 +19,7 @@ namespace {
 using Keys = std::multiset<std::string>;
 using KeysOf = std::function<Keys(const ScanState&)>;
 
-std::string shown(const Text& text) {
+std::string shown(const auto& text) {
     return text.value_or("");
 }
 std::string shown(std::int32_t number) {

@@ -169,14 +169,18 @@ TEST(RecordLoopTest, CorrectionsReachSixBytes) {
 
 TEST(DataPositionTest, LooksForTheFirstDashOfOneField) {
     const struct {
-        Text field;
+        std::string_view field;
         const char* text;
         std::int32_t correction;
     } cases[] = {
-        {"ZStandZAid", "0123456789-1-", 0}, {"ZStandZAid", "0123456789ab-", 2},
-        {"ZStandZAid", "-", -10},           {"ZStandZAid", "", -11},
-        {"ZStandZAid", "none", -11},        {"guid", "0123456789ab-", -100},
-        {std::nullopt, "-", -100},          {"zStandZAid", "-", -100},
+        {"ZStandZAid", "0123456789-1-", 0},
+        {"ZStandZAid", "0123456789ab-", 2},
+        {"ZStandZAid", "-", -10},
+        {"ZStandZAid", "", -11},
+        {"ZStandZAid", "none", -11},
+        {"guid", "0123456789ab-", -100},
+        {"", "-", -100},
+        {"zStandZAid", "-", -100},
     };
     for (const auto& [field, text, correction] : cases) {
         EXPECT_EQ(standardDataPosition(field, bytesOf(text)), correction) << text;

@@ -28,14 +28,14 @@ class DeviceAccess : public testing::Test, protected DeviceListener {
         note(device->isDevice(0) ? "disconnected, forgotten," : "disconnected", *device);
     }
     void note(const std::string& what, const AMDevice& device) {
-        told.push_back(what + ' ' + *device.deviceName() + " of " +
+        told.push_back(what + ' ' + device.deviceName().value_or("") + " of " +
                        std::to_string(access.devices().size()));
     }
     void arrive(AMDeviceRef device) { fake.happens(AMDeviceMessage::Connected, device); }
     void leave(AMDeviceRef device) { fake.happens(AMDeviceMessage::Disconnected, device); }
     Strings names() const {
         Strings all;
-        for (const auto& device : access.devices()) all.push_back(*device->deviceName());
+        for (const auto& device : access.devices()) all.emplace_back(*device->deviceName());
         return all;
     }
 

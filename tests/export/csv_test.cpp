@@ -7,8 +7,7 @@ namespace salvor {
 namespace {
 
 TEST(CsvWriter, QuotesWhatNeedsQuotes) {
-    const std::pair<Text, const char*> cases[] = {
-        {std::nullopt, ""},
+    const std::pair<std::string_view, const char*> cases[] = {
         {"", ""},
         {"plain text; with 'things'", "plain text; with 'things'"},
         {" padded ", " padded "},

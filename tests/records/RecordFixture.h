@@ -16,7 +16,7 @@ namespace salvor {
 /// Answers from maps and notes whose WhatsApp partners it was asked for.
 struct FakeLookups : DatabaseLookups {
     std::map<std::int32_t, Text> handles, handlesById;
-    std::map<std::string, std::string> partners;
+    std::map<Text, std::string> partners;
     std::vector<std::string> askedPartners;
 
     Text GetPhoneNumberForHID(std::int32_t id, const Text& fallback) override {
@@ -28,8 +28,8 @@ struct FakeLookups : DatabaseLookups {
     Text getLocationFromLocationID(std::int64_t id) override { return "at " + std::to_string(id); }
     Text GetWhatsAppContactName(const Text& jid) override {
         askedPartners.push_back(jid.value_or("(absent)"));
-        if (!jid || !partners.contains(*jid)) return std::nullopt;
-        return partners[*jid];
+        if (!jid || !partners.contains(jid)) return std::nullopt;
+        return partners[jid];
     }
 };
 

@@ -78,7 +78,7 @@ TEST(CarverBase, SearchesWholePagesInItsVariant) {
     EXPECT_THAT(plain.RecoveredData, ::testing::IsEmpty());
     ASSERT_THAT(whole.RecoveredData, ::testing::SizeIs(1));
     const auto& origin = whole.RecoveredData[0]->Origin;
-    EXPECT_EQ(origin->database, file.path().filename());
+    EXPECT_EQ(origin->database, file.path().filename().string());
     EXPECT_EQ(origin->offset, 1024U);
     EXPECT_EQ(origin->page, 3U);
     EXPECT_EQ(origin->space, CarvedSpace::Page);

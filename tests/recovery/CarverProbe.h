@@ -24,11 +24,10 @@ class CarverProbe : public Carver {
     }
     /// Column 7 of the pattern, which maps it to `name`, has this value.
     void fill(const std::string& name, const OptionalColumnValue& value) {
-        TablePattern pattern;
-        pattern.AttributesMapping = {{name, 7}, {"text that no carver knows", 8}};
-        this->FillModel(9, value, pattern);
-        this->FillModel(8, value, pattern);
-        this->FillModel(7, value, pattern);
+        pattern_.AttributesMapping = {{name, 7}, {"text that no carver knows", 8}};
+        this->FillModel(9, value, pattern_);
+        this->FillModel(8, value, pattern_);
+        this->FillModel(7, value, pattern_);
     }
     /// A record that holds these values.
     Record& filled(const Columns& columns) {
@@ -48,6 +47,9 @@ class CarverProbe : public Carver {
             Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
     }
     const auto& patterns() const { return this->tablePatterns; }
+
+  private:
+    TablePattern pattern_;
 };
 
 /// A scan over one small database.

@@ -192,7 +192,7 @@ TEST_F(Chats, FindsProfilePicturesByEntryElseByNumber) {
     service.getWhatisExisting(device);
     std::map<std::string, Text> found;
     for (const auto& partner : service.partners())
-        found[*partner->ZPartnerName] = partner->ZContactProfileBitmapImage;
+        found[partner->ZPartnerName.value_or("")] = partner->ZContactProfileBitmapImage;
     EXPECT_EQ(found, expected);
 }
 

@@ -13,7 +13,8 @@ std::string nameOf(const PropertyList& request) {
     const std::string name = request.text("Request").value_or("?");
     if (name != "GetValue") return name;
     const Text domain = request.text("Domain");
-    return name + ' ' + (domain ? *domain + '/' : "") + request.text("Key").value_or("");
+    return name + ' ' + (domain ? domain.value_or("") + '/' : "") +
+           request.text("Key").value_or("");
 }
 
 /// False when the link ends with it.
@@ -114,7 +115,7 @@ void StandInDevice::getValue(const PropertyList& request, const Talk& talk,
                              PropertyListDictionary& reply) {
     const Text domain = request.text("Domain");
     const Text key = request.text("Key");
-    const std::string prefix = domain ? *domain + '/' : "";
+    const std::string prefix = domain ? domain.value_or("") + '/' : "";
     if (!key) {
         PropertyListDictionary all;
         for (const auto& [name, value] : values) {
@@ -123,7 +124,7 @@ void StandInDevice::getValue(const PropertyList& request, const Talk& talk,
         reply.dictionary("Value", std::move(all));
         return;
     }
-    const auto found = values.find(prefix + *key);
+    const auto found = values.find(prefix + key.value_or(""));
     if (found == values.end()) {
         reply.text("Error", "MissingValue");
     } else if (talk.session.empty() && !openValues.contains(found->first)) {

@@ -1,4 +1,10 @@
+#include "util/Text.h"
+
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <optional>
+#include <thread>
+#include <vector>
 
 #include "records/ContactPhoneNumber.h"
 #include "util/StringUtils.h"
@@ -9,6 +15,63 @@ namespace salvor {
 namespace {
 
 using namespace std::string_literals;
+
+TEST(Text, ComparesAsAnOptionalStringDoes) {
+    const std::vector<std::optional<std::string>> strings = {
+        std::nullopt, "", "a", "b", std::string(2, '\0'), std::string(40, 'x'), "a"};
+    for (const auto& a : strings) {
+        const Text first = a ? Text(*a) : std::nullopt;
+        EXPECT_EQ(first.has_value(), a.has_value());
+        EXPECT_EQ(first == std::nullopt, a == std::nullopt);
+        EXPECT_EQ(first.value_or("none"), a.value_or("none"));
+        EXPECT_EQ(first == "a", a == "a");
+        for (const auto& b : strings) {
+            const Text second = b ? Text(*b) : std::nullopt;
+            EXPECT_EQ(first == second, a == b) << first << second;
+            EXPECT_EQ(first < second, a < b) << first << second;
+        }
+    }
+    EXPECT_THROW((void)Text().value(), std::bad_optional_access);
+}
+
+TEST(Text, IsHeldByWhoeverStillHasIt) {
+    for (const auto& content : {"short and shared"s, std::string(1000, 'l'), ""s}) {
+        Text kept = content;
+        const char* const bytes = kept->data();
+        {
+            const Text copy = kept;
+            Text other = "other";
+            other = copy;
+            EXPECT_EQ(other->data(), bytes);
+            kept = other;
+            kept = *&kept;
+            Text moved = std::move(other);
+            EXPECT_EQ(moved->data(), bytes);
+            EXPECT_FALSE(other);  // NOLINT(bugprone-use-after-move): absent from then on
+        }
+        EXPECT_EQ(kept, content);
+        kept.reset();
+        EXPECT_FALSE(kept);
+    }
+    EXPECT_EQ(Text("repeated")->data(), Text("repeated")->data());
+}
+
+// For the sanitizers, too: texts of one thread outlive it and are let go by others.
+TEST(Text, IsSharedByThreads) {
+    const Text common = "common";
+    std::vector<Text> texts(8);
+    {
+        std::vector<std::jthread> threads;
+        for (Text& text : texts) {
+            threads.emplace_back([&text, copy = common] {
+                for (int i = 0; i < 2000; ++i) text = i % 2 != 0 ? copy : Text(std::to_string(i));
+                text = "left behind";
+            });
+        }
+    }
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), "left behind"), 8);
+    EXPECT_EQ(common, "common");
+}
 
 TEST(Utf8, AcceptsExactlyTheStrictForms) {
     for (const auto& text : {""s, "plain ascii of some length"s, "a\0b"s, "\x7F"s, "\xC2\x80"s,

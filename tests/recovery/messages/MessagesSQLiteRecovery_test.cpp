@@ -31,7 +31,7 @@ TEST_F(Messages, DeletedRowsComeBackAndLiveOnesDoNot) {
     EXPECT_EQ(told(as<Message>(records[1])),
               "Recovered=true|RowId=4|Text=text 4|Service=SMS|Guid=GUID-0004|"
               "OriginalDate=400000000|Date=2013-09-04 15:06:40|DateRead=|HandleId=9");
-    EXPECT_EQ(records[1]->Origin.value().database, kName);
+    EXPECT_EQ(records[1]->Origin->database, kName);
     EXPECT_THAT(textsOf(state.DeletedSMS, &SMS::Message),
                 ElementsAre("text 5", "text 4", "text 3"));
     EXPECT_EQ(state.DeletedSMS, state.AllDeletedSMS);
