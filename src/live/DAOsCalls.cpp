@@ -26,10 +26,11 @@ constexpr std::int32_t kFirstVersionWithRecords = 8;
 
 /// `GetCallType` told further apart by the duration; the newer store says the direction itself.
 std::string callTypeText(const ResultSet& row, bool newer) {
-    std::string type = DAOs::GetCallType(row.intForColumn("flags"));
-    if (newer) type = row.boolForColumn("ZORIGINATED") ? kOutgoing : kIncoming;
-    if (type == kCancelled) return type;
-    return type + (row.doubleForColumn("duration") > 0 ? " -Answered" : " -Not answered");
+    std::string type = newer ? row.boolForColumn("ZORIGINATED") ? kOutgoing : kIncoming
+                             : DAOs::GetCallType(row.intForColumn("flags"));
+    if (type != kCancelled)
+        type += row.doubleForColumn("duration") > 0 ? " -Answered" : " -Not answered";
+    return type;
 }
 
 void fillCall(const ResultSet& row, CallLog& call, bool newer) {

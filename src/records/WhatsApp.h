@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "records/Field.h"
 #include "records/RecordOrigin.h"
