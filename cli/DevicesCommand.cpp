@@ -8,19 +8,17 @@
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
 #include "device/UsbDeviceFramework.h"
-#include "report/RecordJson.h"
 
 namespace salvor::cli {
 namespace {
 
 void writeJson(const std::vector<DeviceSummary>& devices, std::ostream& out) {
-    using json::fromValue;
     auto array = Json::array();
     for (const auto& one : devices)
-        array.push_back({{"DeviceName", fromValue(one.DeviceName)},
-                         {"UniqueDeviceID", fromValue(one.UniqueDeviceID)},
-                         {"ProductType", fromValue(one.ProductType)},
-                         {"ProductVersion", fromValue(one.ProductVersion)}});
+        array.push_back({{"DeviceName", jsonOf(one.DeviceName)},
+                         {"UniqueDeviceID", jsonOf(one.UniqueDeviceID)},
+                         {"ProductType", jsonOf(one.ProductType)},
+                         {"ProductVersion", jsonOf(one.ProductVersion)}});
     out << jsonText(array);
 }
 

@@ -3,10 +3,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "util/Text.h"
+
 namespace salvor::cli {
 
 /// Keeps keys in the order in which they are put.
 using Json = nlohmann::ordered_json;
+
+/// Null for an absent text.
+inline Json jsonOf(const Text& text) {
+    return text ? Json(*text) : Json(nullptr);
+}
 
 /// `value` on one line, with its line break. Bytes that are not UTF-8 become U+FFFD; NaN and
 /// infinities become null.

@@ -34,9 +34,10 @@ bool exportRows(ScanState& state, const ScanOptions& options, const std::stop_to
 
 /// Writes the JSON object and returns whether that went well; standard output is judged later.
 bool writeJson(const ScanState& state, const ScanOptions& options, const Console& console) {
-    if (options.jsonOnOut) console.out << ScanReport::text(state);
+    if (options.jsonOnOut) ScanReport::write(state, console.out);
     if (!options.json) return true;
-    const auto cause = FileUtils::writeAtomically(*options.json, ScanReport::text(state));
+    const auto cause = FileUtils::writeAtomically(
+        *options.json, [&state](std::ostream& out) { return ScanReport::write(state, out); });
     if (!cause.empty()) console.error(fmt::format("{}: {}", options.json->string(), cause));
     return cause.empty();
 }

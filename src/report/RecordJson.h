@@ -1,12 +1,9 @@
 #pragma once
 
-#include <concepts>
 #include <cstdint>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <variant>
 #include <vector>
@@ -17,82 +14,101 @@
 #include "records/ListRows.h"
 #include "records/RecordOrigin.h"
 #include "records/WhatsAppContact.h"
+#include "report/JsonStream.h"
 #include "util/DateUtils.h"
 #include "util/StringUtils.h"
 #include "util/Text.h"
 
-/// Records as JSON values, by walking their `fields()`.
+/// Records as JSON, by walking their `fields()`.
 namespace salvor::json {
 
-using Json = nlohmann::ordered_json;
-
 template <class Record>
-Json fromRecord(const Record& record);
+void writeRecord(JsonStream& out, const Record& record);
 
-inline Json fromValue(const Text& text) {
-    return text ? Json(*text) : Json(nullptr);
+inline void writeNull(JsonStream& out) {
+    out.raw("null");
 }
-inline Json fromValue(const std::string& text) {
-    return text;
+inline void writeValue(JsonStream& out, const Text& text) {
+    text ? out.text(*text) : writeNull(out);
+}
+inline void writeValue(JsonStream& out, const std::string& text) {
+    out.text(text);
 }
 template <class Number>
-requires std::is_arithmetic_v<Number> Json fromValue(Number number) {
-    return number;
+requires std::is_arithmetic_v<Number>
+void writeValue(JsonStream& out, Number number) {
+    out.number(number);
 }
-inline Json fromValue(const std::optional<Date>& date) {
-    return date ? Json(DateUtils::DateTimeToString(*date)) : Json(nullptr);
+inline void writeValue(JsonStream& out, const std::optional<Date>& date) {
+    date ? out.text(DateUtils::DateTimeToString(*date)) : writeNull(out);
 }
 /// Raw bytes (a decoded picture) as hexadecimal text; null when there are none.
-inline Json fromValue(const std::vector<std::uint8_t>& bytes) {
-    return bytes.empty() ? Json(nullptr) : Json(StringUtils::NSDataToHex(bytes));
+inline void writeValue(JsonStream& out, const std::vector<std::uint8_t>& bytes) {
+    bytes.empty() ? writeNull(out) : out.text(StringUtils::NSDataToHex(bytes));
 }
 /// A number of a conversation, whether a bare text or an object, is its text.
-inline Json fromValue(const ConversationPhone& phone) {
-    if (const auto* text = std::get_if<std::string>(&phone)) return *text;
-    return fromValue(std::get<ContactPhoneNumber>(phone).PhoneNumber);
+inline void writeValue(JsonStream& out, const ConversationPhone& phone) {
+    if (const auto* text = std::get_if<std::string>(&phone)) return out.text(*text);
+    writeValue(out, std::get<ContactPhoneNumber>(phone).PhoneNumber);
 }
-inline Json fromValue(const std::shared_ptr<Contact>& contact) {
-    return contact != nullptr ? fromValue(contact->FullName) : Json(nullptr);
+inline void writeValue(JsonStream& out, const std::shared_ptr<Contact>& contact) {
+    contact != nullptr ? writeValue(out, contact->FullName) : writeNull(out);
 }
-inline Json fromValue(const std::weak_ptr<ConversationContact>& reference) {
+inline void writeValue(JsonStream& out, const std::weak_ptr<ConversationContact>& reference) {
     const auto conversation = reference.lock();
-    return conversation != nullptr ? Json(conversation->ChatId) : Json(nullptr);
+    conversation != nullptr ? out.number(conversation->ChatId) : writeNull(out);
 }
-inline Json fromValue(const std::weak_ptr<WhatsAppContact>& reference) {
+inline void writeValue(JsonStream& out, const std::weak_ptr<WhatsAppContact>& reference) {
     const auto partner = reference.lock();
-    return partner != nullptr ? fromValue(partner->ZContactJID) : Json(nullptr);
+    partner != nullptr ? writeValue(out, partner->ZContactJID) : writeNull(out);
 }
 template <class Record>
 requires requires {
     Record::fields();
 }
-Json fromValue(const std::shared_ptr<Record>& record) {
-    return record != nullptr ? fromRecord(*record) : Json(nullptr);
+void writeValue(JsonStream& out, const std::shared_ptr<Record>& record) {
+    record != nullptr ? writeRecord(out, *record) : writeNull(out);
 }
 template <class Element>
-Json fromValue(const std::vector<Element>& elements) {
-    Json array = Json::array();
-    for (const Element& element : elements) array.push_back(fromValue(element));
-    return array;
+void writeValue(JsonStream& out, const std::vector<Element>& elements) {
+    out.raw("[");
+    bool first = true;
+    for (const Element& element : elements) {
+        if (out.ended()) return;
+        if (!first) out.raw(",");
+        first = false;
+        writeValue(out, element);
+    }
+    out.raw("]");
 }
 
-inline Json fromOrigin(const RecordOrigin& origin) {
-    return {{"database", origin.database.view()},
-            {"offset", origin.offset},
-            {"page", origin.page},
-            {"space", toString(origin.space)}};
+inline void writeOrigin(JsonStream& out, const RecordOrigin& origin) {
+    out.raw("{\"database\":");
+    out.text(origin.database.view());
+    out.raw(",\"offset\":");
+    out.number(origin.offset);
+    out.raw(",\"page\":");
+    out.number(origin.page);
+    out.raw(",\"space\":");
+    out.text(toString(origin.space));
+    out.raw("}");
 }
 
 template <class Record>
-Json fromRecord(const Record& record) {
-    Json object = Json::object();
+void writeRecord(JsonStream& out, const Record& record) {
+    out.raw("{");
+    bool first = true;
     forEachField(record, [&](const char* name, const auto& value) {
-        object.emplace(name, fromValue(value));
+        out.key(name, first);
+        writeValue(out, value);
     });
     if constexpr (requires { record.Origin; }) {
-        if (record.Origin) object["origin"] = fromOrigin(*record.Origin);
+        if (record.Origin) {
+            out.key("origin", first);
+            writeOrigin(out, *record.Origin);
+        }
     }
-    return object;
+    out.raw("}");
 }
 
 }  // namespace salvor::json

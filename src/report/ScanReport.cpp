@@ -1,6 +1,7 @@
 #include "report/ScanReport.h"
 
-#include <iterator>
+#include <sstream>
+#include <utility>
 
 #include "report/RecordJson.h"
 #include "scan/Categories.h"
@@ -8,54 +9,94 @@
 namespace salvor {
 namespace {
 
-using json::Json;
-
-// No text should hold invalid UTF-8 here; one that does must not cost the whole report.
-std::string dump(const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-/// Writes the outer objects and arrays by hand and each record through the JSON library.
+/// Writes the outer objects and arrays, a record of a list to each line.
 class Writer {
   public:
+    Writer(std::ostream& out, const WritingReport& watch, std::size_t total)
+        : out_(out, watch.stop), watch_(watch), total_(total) {}
+
     void open(const char* key, char bracket) {
         next(key);
-        text_ += bracket;
+        out_.raw({&bracket, 1});
         first_ = true;
         ++depth_;
     }
     void close(char bracket) {
         --depth_;
         if (!first_) newLine();
-        text_ += bracket;
+        out_.raw({&bracket, 1});
         first_ = false;
     }
-    void value(const char* key, const Json& json) {
+    template <class Value>
+    void value(const char* key, const Value& value) {
         next(key);
-        text_ += dump(json);
+        json::writeValue(out_, value);
+    }
+    template <class Record>
+    void record(const char* key, const Record& record) {
+        next(key);
+        json::writeRecord(out_, record);
+    }
+    void status(StatusCode code, const std::string& message) {
+        next(nullptr);
+        out_.raw("[");
+        out_.number(static_cast<int>(code));
+        out_.raw(",");
+        out_.text(message);
+        out_.raw("]");
     }
     template <class Row>
     void list(const char* key, const List<Row>& rows) {
         open(key, '[');
-        // Rows are written whole; a record inside another one may be its name alone.
-        for (const auto& row : rows)
-            value(nullptr, row != nullptr ? json::fromRecord(*row) : json::Json(nullptr));
+        for (const auto& row : rows) {
+            if (out_.ended()) return;
+            next(nullptr);
+            // Rows are written whole; a record inside another one may be its name alone.
+            row != nullptr ? json::writeRecord(out_, *row) : json::writeNull(out_);
+            if (watch_.progress) watch_.progress(++done_, total_);
+        }
         close(']');
     }
-    std::string finish() && { return std::move(text_) + "\n"; }
+    /// Whether everything was written.
+    bool finish() {
+        out_.raw("\n");
+        out_.flush();
+        return !out_.ended();
+    }
 
   private:
     void next(const char* key) {
-        if (!first_) text_ += ',';
+        if (!first_) out_.raw(",");
         if (depth_ > 0) newLine();
         first_ = false;
-        if (key != nullptr) text_.append("\"").append(key).append("\": ");
+        if (key == nullptr) return;
+        out_.raw("\"");
+        out_.raw(key);
+        out_.raw("\": ");
     }
-    void newLine() { text_.append("\n").append(2 * depth_, ' '); }
+    void newLine() {
+        constexpr std::string_view kDeepest = "\n        ";
+        out_.raw(kDeepest.substr(0, 1 + 2 * depth_));
+    }
 
-    std::string text_;
+    json::JsonStream out_;
+    const WritingReport& watch_;
+    std::size_t total_;
+    std::size_t done_ = 0;
     std::size_t depth_ = 0;
     bool first_ = true;
+};
+
+/// Counts the rows that a `Writer` would write.
+struct RowCount {
+    std::size_t rows = 0;
+
+    void open(const char*, char) {}
+    void close(char) {}
+    template <class Row>
+    void list(const char*, const List<Row>& list) {
+        rows += list.size();
+    }
 };
 
 void writeSource(Writer& writer, const ScanState& state) {
@@ -80,7 +121,8 @@ void writeCounts(Writer& writer, const ScanState& state) {
 }
 
 /// The live or the deleted lists of the categories.
-void writeLists(Writer& writer, const ScanState& state, int Places::*order,
+template <class Visitor>
+void writeLists(Visitor& writer, const ScanState& state, int Places::*order,
                 NamedList RowKind::*which) {
     for (const CategoryFacts* category : categoriesBy(order)) {
         for (const RowKind& kind : category->kinds) {
@@ -91,7 +133,8 @@ void writeLists(Writer& writer, const ScanState& state, int Places::*order,
     }
 }
 
-void writeLive(Writer& writer, const ScanState& state) {
+template <class Visitor>
+void writeLive(Visitor& writer, const ScanState& state) {
     writer.open("live", '{');
     writeLists(writer, state, &Places::liveKey, &RowKind::live);
     writer.list("MapContent", state.MapContent);
@@ -101,34 +144,50 @@ void writeLive(Writer& writer, const ScanState& state) {
     writer.close('}');
 }
 
-void writeDeleted(Writer& writer, const ScanState& state) {
+template <class Visitor>
+void writeDeleted(Visitor& writer, const ScanState& state) {
     writer.open("deleted", '{');
     writeLists(writer, state, &Places::deletedKey, &RowKind::deleted);
     writer.close('}');
 }
 
+std::size_t rowsOf(const ScanState& state) {
+    RowCount count;
+    writeLive(count, state);
+    writeDeleted(count, state);
+    return count.rows + state.Conversations.size();
+}
+
 }  // namespace
 
 nlohmann::ordered_json ScanReport::device(const DeviceInfo& device) {
-    return json::fromRecord(device);
+    std::ostringstream text;
+    json::JsonStream out(text);
+    json::writeRecord(out, device);
+    out.flush();
+    return nlohmann::ordered_json::parse(text.str());
 }
 
 std::string ScanReport::text(const ScanState& state) {
-    Writer writer;
+    std::ostringstream text;
+    write(state, text);
+    return std::move(text).str();
+}
+
+bool ScanReport::write(const ScanState& state, std::ostream& out, const WritingReport& watch) {
+    Writer writer(out, watch, rowsOf(state));
     writer.open(nullptr, '{');
-    writer.value("device", device(state.deviceInfo));
+    writer.record("device", state.deviceInfo);
     writeSource(writer, state);
     writeCounts(writer, state);
     writeLive(writer, state);
     writeDeleted(writer, state);
     writer.list("conversations", state.Conversations);
     writer.open("status", '[');
-    for (const auto& [code, message] : state.statusHistory()) {
-        writer.value(nullptr, Json::array({code, message}));
-    }
+    for (const auto& [code, message] : state.statusHistory()) writer.status(code, message);
     writer.close(']');
     writer.close('}');
-    return std::move(writer).finish();
+    return writer.finish();
 }
 
 }  // namespace salvor

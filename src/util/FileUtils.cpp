@@ -11,6 +11,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "util/FdStream.h"
+
 namespace salvor {
 namespace {
 
@@ -28,27 +30,27 @@ std::string causeOf(int error) {
     return std::generic_category().message(error);
 }
 
-// Writes everything and closes; 0 or the error.
-int writeAndClose(int fd, std::string_view content, bool sync) {
+using Writing = std::function<bool(std::ostream&)>;
+
+// Has everything written and closes; 0 or the error.
+int writeAndClose(int fd, const Writing& write, bool sync) {
     int error = 0;
-    while (!content.empty()) {
-        const ssize_t written = ::write(fd, content.data(), content.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) {
-            error = errno;
-            break;
-        }
-        content.remove_prefix(static_cast<std::size_t>(written));
+    {
+        FdStream out(fd);
+        const bool wanted = write(out);
+        out.flush();
+        error = out.errorNumber();
+        if (error == 0 && !wanted) error = ECANCELED;
     }
     if (error == 0 && sync && ::fsync(fd) != 0) error = errno;
     if (::close(fd) != 0 && error == 0) error = errno;
     return error;
 }
 
-std::string writeInPlace(const std::filesystem::path& path, std::string_view content) {
+std::string writeInPlace(const std::filesystem::path& path, const Writing& write) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd < 0) return causeOf(errno);
-    const int error = writeAndClose(fd, content, false);
+    const int error = writeAndClose(fd, write, false);
     return error == 0 ? "" : causeOf(error);
 }
 
@@ -118,6 +120,13 @@ std::string FileUtils::sizeText(std::uint64_t bytes) {
 
 std::string FileUtils::writeAtomically(const std::filesystem::path& path,
                                        std::string_view content) {
+    return writeAtomically(path, [content](std::ostream& out) {
+        out.write(content.data(), static_cast<std::streamsize>(content.size()));
+        return true;
+    });
+}
+
+std::string FileUtils::writeAtomically(const std::filesystem::path& path, const Writing& write) {
     static std::atomic<unsigned int> serial{0};
     std::error_code error;
     std::filesystem::path target = std::filesystem::canonical(path, error);
@@ -126,7 +135,7 @@ std::string FileUtils::writeAtomically(const std::filesystem::path& path,
     } else if (std::filesystem::is_directory(target, error)) {
         return causeOf(EISDIR);
     } else if (!std::filesystem::is_regular_file(target, error)) {
-        return writeInPlace(target, content);
+        return writeInPlace(target, write);
     }
     auto aside = target;
     aside.replace_filename(fmt::format(".{}.{}-{}.part",
@@ -134,7 +143,7 @@ std::string FileUtils::writeAtomically(const std::filesystem::path& path,
                                        serial.fetch_add(1)));
     const int fd = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) return causeOf(errno);
-    int failure = writeAndClose(fd, content, true);
+    int failure = writeAndClose(fd, write, true);
     if (failure == 0 && ::rename(aside.c_str(), target.c_str()) != 0) failure = errno;
     if (failure == 0) return "";
     ::unlink(aside.c_str());

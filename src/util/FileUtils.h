@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +35,10 @@ struct FileUtils {
     /// link is followed to its file; a device or pipe is written in place. Returns "" or the cause
     /// of the failure, after which the old file is untouched.
     static std::string writeAtomically(const std::filesystem::path& path, std::string_view content);
+    /// The same for what `write` writes to a stream with a small buffer; it answers false to give
+    /// the file up.
+    static std::string writeAtomically(const std::filesystem::path& path,
+                                       const std::function<bool(std::ostream&)>& write);
 
     /// `name` with "/" and control characters as "_", cut to `maxBytes` at a character's end;
     /// never "", "." or "..".

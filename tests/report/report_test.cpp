@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <limits>
+#include <sstream>
+#include <vector>
 
 #include "report/RecordJson.h"
 #include "report/ScanReport.h"
@@ -14,6 +16,15 @@ using Json = nlohmann::ordered_json;
 class Report : public testing::Test {
   protected:
     Json report() const { return Json::parse(ScanReport::text(state_)); }
+
+    template <class Record>
+    static Json recordOf(const Record& record) {
+        std::ostringstream text;
+        json::JsonStream out(text);
+        json::writeRecord(out, record);
+        out.flush();
+        return Json::parse(text.str());
+    }
 
     /// The keys of an object, one behind the other.
     static std::string keysOf(const Json& object) {
@@ -102,10 +113,10 @@ TEST_F(Report, BackReferencesAreWrittenAsKeys) {
     EXPECT_TRUE(json["Messages"][1]["MessageAttachment"].is_null());
 
     CallHistory call;
-    EXPECT_TRUE(json::fromRecord(call)["contact"].is_null());
+    EXPECT_TRUE(recordOf(call)["contact"].is_null());
     call.contact = std::make_shared<Contact>();
     call.contact->FullName = "Ann";
-    EXPECT_EQ(json::fromRecord(call)["contact"], "Ann");
+    EXPECT_EQ(recordOf(call)["contact"], "Ann");
 }
 
 TEST_F(Report, WritesPicturesAndWhatJsonCannotHold) {
@@ -118,6 +129,69 @@ TEST_F(Report, WritesPicturesAndWhatJsonCannotHold) {
     EXPECT_EQ(json["Videos"][0], Json::parse(R"({"Name": null, "Location": "b", "isChecked": 1})"));
     EXPECT_EQ(json["SMSContent"][0]["Message"], "bad \uFFFD byte");
     EXPECT_TRUE(json["NotesContent"][0]["OriginalCreationDate"].is_null());
+}
+
+// Byte for byte what the library writes: what is written past it must not differ.
+TEST(JsonStream, WritesNumbersAndTextsAsTheLibraryDoes) {
+    std::ostringstream text;
+    std::string expected;
+    json::JsonStream out(text);
+    const auto dump = [&expected](const Json& value) {
+        expected += value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    };
+    using Limits = std::numeric_limits<double>;
+    for (const double number :
+         {0.0, -0.0, 1.0, -1.0, 0.1, 398000000.25, 4e8, 999999999999999.0, 1e15, -1e15, 1e16, 1e300,
+          5e-324, 123456789012345.6, Limits::quiet_NaN(), Limits::infinity(), Limits::max()}) {
+        for (const double signedNumber : {number, -number}) {
+            out.number(signedNumber);
+            dump(signedNumber);
+        }
+    }
+    for (const auto number : {std::numeric_limits<std::int64_t>::min(), std::int64_t{-7}}) {
+        out.number(number);
+        dump(number);
+    }
+    out.number(std::numeric_limits<std::uint64_t>::max());
+    dump(std::numeric_limits<std::uint64_t>::max());
+    out.number(true);
+    dump(true);
+    for (const char* value : {"", "plain ~", "\"quoted\"", "back\\slash", "\x7F", "\n\t\x01",
+                                    "\u00E4 \u2028 \U0001F600", "bad \xFF", "cut \xF0\x9F"}) {
+        out.text(value);
+        dump(value);
+    }
+    out.flush();
+    EXPECT_EQ(text.str(), expected);
+}
+
+TEST_F(Report, EndsEarlyWhenStoppedOrWithoutRoom) {
+    for (int i = 0; i < 3000; ++i) add(state_.SMSContent).Message = std::string(100, 'x');
+    add(state_.Conversations);
+    std::vector<std::size_t> steps;
+    WritingReport watch;
+    watch.progress = [&steps](std::size_t done, std::size_t total) {
+        EXPECT_EQ(total, 3001U);
+        steps.push_back(done);
+    };
+    std::ostringstream whole;
+    EXPECT_TRUE(ScanReport::write(state_, whole, watch));
+    EXPECT_EQ(whole.str(), ScanReport::text(state_));
+    EXPECT_EQ(steps.size(), 3001U);
+    EXPECT_EQ(steps.back(), 3001U);
+
+    std::stop_source stop;
+    watch.stop = stop.get_token();
+    watch.progress = [&stop](std::size_t done, std::size_t) {
+        if (done == 1000) stop.request_stop();
+    };
+    std::ostringstream part;
+    EXPECT_FALSE(ScanReport::write(state_, part, watch));
+    EXPECT_LT(part.str().size(), whole.str().size() / 2);
+    EXPECT_TRUE(whole.str().starts_with(part.str()));
+
+    std::ostream nowhere(nullptr);
+    EXPECT_FALSE(ScanReport::write(state_, nowhere));
 }
 
 }  // namespace

@@ -56,6 +56,9 @@ TEST_F(Files, AtomicWritesReplaceWholeFilesAndLeaveNothingAside) {
     EXPECT_EQ(FileUtils::writeAtomically("/dev/null", "x"), "");
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
     EXPECT_NE(FileUtils::writeAtomically("/dev/full", "x"), "");
+    const auto givenUp = [](std::ostream& out) { return !(out << std::string(100'000, 'x')); };
+    EXPECT_NE(FileUtils::writeAtomically(folder_ / "old", givenUp), "");
+    EXPECT_EQ(readWholeFile(folder_ / "old"), "next");
     EXPECT_EQ(FileUtils::entriesOf(folder_.path()).size(), 3U);
 }
 
