@@ -19,6 +19,8 @@ struct Message : baseRecoveryObject {
     bool IsVisible = false;
     bool HasAttachment = false;
     bool IsSelected = false;
+    bool IsFromMe = false;
+    std::int32_t Flags = 0;
     std::weak_ptr<salvor::ConversationContact> ConversationContact;
     std::shared_ptr<salvor::MessageAttachment> MessageAttachment;
     salvor::Text ContactFullName;
@@ -34,9 +36,7 @@ struct Message : baseRecoveryObject {
     salvor::Text DateRead;
     salvor::Text DateDelivered;
     salvor::Text Id;
-    bool IsFromMe = false;
     std::int64_t HandleId = 0;
-    std::int32_t Flags = 0;
 
     /// The list row of a carved message. A counterpart that cannot be found is named "unknownN",
     /// N counting through the whole run.

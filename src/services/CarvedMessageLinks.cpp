@@ -19,23 +19,18 @@ std::int64_t rowIdOf(const Message& message) {
 
 }  // namespace
 
-void CarvedMessageLinks::addGuids(const List<baseRecoveryObject>& records) {
-    messageOfGuid_.reserve(records.size());
-    forEachLink<MessageGuidRowId>(records, [this](const auto& link) {
-        if (link.Guid) messageOfGuid_.emplace(link.Guid, link.RowId);
-    });
+void CarvedMessageLinks::add(const MessageGuidRowId& link) {
+    messageOfGuid_.tryEmplace(link.Guid, link.RowId);
+}
+
+void CarvedMessageLinks::add(const ChatMessageJoin& link) {
+    chatOfMessage_.try_emplace(link.MessageId, link.ChatId);
 }
 
 void CarvedMessageLinks::addChatGuids(const List<baseRecoveryObject>& records) {
     forEachLink<MessageChatGuidAndChatIdHandleConnection>(records, [this](const auto& link) {
         if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, link.Id);
     });
-}
-
-void CarvedMessageLinks::addChatMessages(const List<baseRecoveryObject>& records) {
-    chatOfMessage_.reserve(records.size());
-    forEachLink<ChatMessageJoin>(
-        records, [this](const auto& link) { chatOfMessage_.emplace(link.MessageId, link.ChatId); });
 }
 
 void CarvedMessageLinks::addChatHandles(const List<baseRecoveryObject>& records,
@@ -55,10 +50,7 @@ std::vector<std::int64_t> CarvedMessageLinks::chatsOf(const Message& message) co
         if (chat != chatOfMessage_.end()) chats.push_back(chat->second);
     };
     addChatOf(rowIdOf(message));
-    if (message.Guid) {
-        const auto row = messageOfGuid_.find(message.Guid);
-        if (row != messageOfGuid_.end()) addChatOf(row->second);
-    }
+    if (const auto* row = messageOfGuid_.find(message.Guid)) addChatOf(*row);
     return chats;
 }
 

@@ -12,6 +12,7 @@
 #include "records/Message.h"
 #include "records/baseRecoveryObject.h"
 #include "services/ConversationLookup.h"
+#include "util/TextMap.h"
 
 namespace salvor {
 
@@ -19,9 +20,9 @@ namespace salvor {
 /// handle, chat to counterpart. Where several links of one kind match, the one carved first wins.
 class CarvedMessageLinks {
   public:
-    void addGuids(const List<baseRecoveryObject>& records);
+    void add(const MessageGuidRowId& link);
+    void add(const ChatMessageJoin& link);
     void addChatGuids(const List<baseRecoveryObject>& records);
-    void addChatMessages(const List<baseRecoveryObject>& records);
     /// Links a chat to the first conversation that `known` finds by one of its handles.
     void addChatHandles(const List<baseRecoveryObject>& records, const ConversationLookup& known);
 
@@ -36,7 +37,7 @@ class CarvedMessageLinks {
   private:
     std::vector<std::int64_t> chatsOf(const Message& message) const;
 
-    std::unordered_map<Text, std::int64_t> messageOfGuid_;
+    TextMap<std::int64_t> messageOfGuid_;
     std::unordered_map<std::int64_t, std::int64_t> chatOfMessage_;
     std::unordered_map<std::int64_t, Text> counterpartOfChat_;
     std::unordered_map<std::int64_t, std::shared_ptr<ConversationContact>> conversationOfChat_;

@@ -102,7 +102,8 @@ std::shared_ptr<ConversationContact> handleConversation(const Text& id, const st
     return conversation;
 }
 
-List<Message> liveChatMessages(FMDBUtils& database) {
+void forEachLiveChatMessage(FMDBUtils& database,
+                            const std::function<void(std::shared_ptr<Message>)>& take) {
     auto rows = database.executeQuery(
         // All columns by name: a table that lacks one still gives its texts.
         "SELECT chat_message_join.chat_id AS chat_id, message.ROWID AS MSG_ROW_ID, "
@@ -111,9 +112,7 @@ List<Message> liveChatMessages(FMDBUtils& database) {
         "INNER JOIN message ON message.ROWID = chat_message_join.message_id "
         "LEFT JOIN handle ON handle.ROWID = message.handle_id "
         "ORDER BY message.date, message.ROWID");
-    List<Message> messages;
-    while (rows.next()) messages.push_back(liveMessage(rows));
-    return messages;
+    while (rows.next()) take(liveMessage(rows));
 }
 
 }  // namespace salvor

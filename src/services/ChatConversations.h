@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,8 +22,9 @@ std::shared_ptr<ConversationContact> chatConversation(const MessageChat& chat,
 std::shared_ptr<ConversationContact> handleConversation(const Text& id, const std::string& rowId,
                                                         const Contact* contact);
 
-/// The live messages of all chats in date order, each with its `ChatId`; one that stands in two
-/// chats comes twice.
-List<Message> liveChatMessages(FMDBUtils& database);
+/// Hands over the live messages of all chats in date order, each with its `ChatId`; one that stands
+/// in two chats comes twice.
+void forEachLiveChatMessage(FMDBUtils& database,
+                            const std::function<void(std::shared_ptr<Message>)>& take);
 
 }  // namespace salvor

@@ -114,7 +114,8 @@ std::ostream& operator<<(std::ostream& out, const Text& text);
 
 template <>
 struct std::hash<salvor::Text> {
-    std::size_t operator()(const salvor::Text& text) const noexcept {
+    // Not noexcept: so the unordered containers of libstdc++ keep the hash of each text.
+    std::size_t operator()(const salvor::Text& text) const {
         return std::hash<std::string_view>()(text.view());
     }
 };

@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 #include "records/ContactPhoneNumber.h"
 #include "util/StringUtils.h"
+#include "util/TextMap.h"
 #include "util/Utf8.h"
 #include "util/iPhoneNumberUtils.h"
 
@@ -54,6 +56,26 @@ TEST(Text, IsHeldByWhoeverStillHasIt) {
         EXPECT_FALSE(kept);
     }
     EXPECT_EQ(Text("repeated")->data(), Text("repeated")->data());
+}
+
+TEST(TextMap, KeepsTheFirstValueOfEachKey) {
+    TextMap<int> map;
+    std::unordered_map<std::string, int> expected;
+    for (int i = 0; i < 5000; ++i) {
+        const std::string key = std::to_string(i * i % 3001);
+        map.tryEmplace(key, i);
+        expected.try_emplace(key, i);
+    }
+    map.tryEmplace(std::nullopt, 1);
+    EXPECT_EQ(map.size(), expected.size());
+    for (int i = -1; i < 3001; ++i) {
+        const auto key = std::to_string(i);
+        ASSERT_EQ(map.contains(key), expected.contains(key)) << i;
+        if (const int* found = map.find(key)) {
+            ASSERT_EQ(*found, expected[key]) << i;
+        }
+    }
+    EXPECT_FALSE(map.contains(std::nullopt));
 }
 
 // For the sanitizers, too: texts of one thread outlive it and are let go by others.

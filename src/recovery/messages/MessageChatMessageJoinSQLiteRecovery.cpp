@@ -19,7 +19,8 @@ MessageChatMessageJoinSQLiteRecovery::MessageChatMessageJoinSQLiteRecovery(
 
 void MessageChatMessageJoinSQLiteRecovery::recordCarved(
     const std::shared_ptr<ChatMessageJoin>& join) {
-    if (join->MessageId > 0 && join->ChatId > 0) RecoveredFiltered.push_back(join);
+    if (join->MessageId <= 0 || join->ChatId <= 0) return;
+    takeLink ? takeLink(*join) : RecoveredFiltered.push_back(join);
 }
 
 }  // namespace salvor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <stop_token>
 
@@ -16,6 +17,9 @@ class MessageChatMessageJoinSQLiteRecovery
     static const SignatureUse<ChatMessageJoin> kSignature;
 
     explicit MessageChatMessageJoinSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
+
+    /// Where set, takes each link in place of `RecoveredFiltered`: a large database has millions.
+    std::function<void(const ChatMessageJoin&)> takeLink;
 
   protected:
     void recordCarved(const std::shared_ptr<ChatMessageJoin>& join) override;

@@ -21,7 +21,7 @@ MessageGuidAndRowIdConnectionSQLiteRecovery::MessageGuidAndRowIdConnectionSQLite
 void MessageGuidAndRowIdConnectionSQLiteRecovery::recordCarved(
     const std::shared_ptr<MessageGuidRowId>& link) {
     if (_maxMessageRowId > 0 && link->RowId > _maxMessageRowId) return;
-    RecoveredFiltered.push_back(link);
+    takeLink ? takeLink(*link) : RecoveredFiltered.push_back(link);
 }
 
 }  // namespace salvor

@@ -40,14 +40,11 @@ void MessagesSQLiteRecovery::recordCarved(const std::shared_ptr<Message>& messag
 bool MessagesSQLiteRecovery::alreadyInDB(const SMS& row) {
     indexNewRows(state_.AllSMSContent, liveIndexed_);
     indexNewRows(state_.AllDeletedSMS, deletedIndexed_);
-    return row.GUID && guids_.contains(row.GUID);
+    return guids_.contains(row.GUID);
 }
 
 void MessagesSQLiteRecovery::indexNewRows(const List<SMS>& rows, std::size_t& indexed) {
-    const std::size_t added = rows.size() - indexed;
-    if (added > 1) guids_.reserve(guids_.size() + added);
-    for (; indexed < rows.size(); ++indexed)
-        if (rows[indexed]->GUID) guids_.insert(rows[indexed]->GUID);
+    for (; indexed < rows.size(); ++indexed) guids_.tryEmplace(rows[indexed]->GUID);
 }
 
 std::int32_t MessagesSQLiteRecovery::setRecoveryCount(std::int32_t count) {

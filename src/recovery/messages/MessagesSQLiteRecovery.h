@@ -3,11 +3,11 @@
 #include <memory>
 #include <stop_token>
 #include <string>
-#include <unordered_set>
 
 #include "records/Message.h"
 #include "records/SMS.h"
 #include "recovery/RecordCarver.h"
+#include "util/TextMap.h"
 
 namespace salvor {
 
@@ -33,7 +33,7 @@ class MessagesSQLiteRecovery : public RecordCarver<AbstractSqLiteRecovery, Messa
 
     // Rows are roughly equal when their GUIDs are, so the GUIDs seen stand for the two lists. The
     // lists only grow while the carver lives.
-    std::unordered_set<Text> guids_;
+    TextMap<NoValue> guids_;
     std::size_t liveIndexed_ = 0;
     std::size_t deletedIndexed_ = 0;
 };
