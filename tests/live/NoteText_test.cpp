@@ -1,7 +1,5 @@
 #include "live/NoteText.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -9,6 +7,7 @@
 
 #include "sql/FMDBUtils.h"
 #include "sql/SqlFormat.h"
+#include "tests/support/RealData.h"
 
 namespace salvor {
 namespace {
@@ -75,16 +74,10 @@ TEST(NoteText, HtmlLosesItsTags) {
     EXPECT_EQ(plainTextOfHtml("<b>" + open), open);
 }
 
-std::filesystem::path realData() {
-    const char* given = std::getenv("SALVOR_REAL_DATA");
-    return given != nullptr ? given : SALVOR_SOURCE_DIR "/../shared/real";
-}
-
 TEST(NoteText, ReadsRealBodies) {
-    const auto folder = realData() / "note-bodies";
-    if (!std::filesystem::exists(folder)) GTEST_SKIP() << "no real files in " << folder;
-    const auto read = [&](const char* name) {
-        std::ifstream file(folder / name, std::ios::binary);
+    if (realData().empty()) GTEST_SKIP() << kNoRealData;
+    const auto read = [](const char* name) {
+        std::ifstream file(realData() / "note-bodies" / name, std::ios::binary);
         return std::string(std::istreambuf_iterator<char>(file), {});
     };
     const auto simple = noteTextOfStoredData(read("simple_note_protobuf_gzipped.bin"));
@@ -97,8 +90,8 @@ TEST(NoteText, ReadsRealBodies) {
 }
 
 TEST(NoteText, ReadsARealStoreAndLeavesLockedNotes) {
+    if (realData().empty()) GTEST_SKIP() << kNoRealData;
     const auto store = realData() / "ios15-notes" / "NoteStore.sqlite";
-    if (!std::filesystem::exists(store)) GTEST_SKIP() << "no real file " << store;
     FMDBUtils database(store.string(), SourcePolicy::Protected);
     ASSERT_TRUE(database.openDatabase());
     auto rows = database.executeQuery(

@@ -1,10 +1,10 @@
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <set>
 #include <string>
 
 #include "recovery/messages/MessagesSQLiteRecovery.h"
+#include "tests/support/RealData.h"
 #include "tests/support/Signatures.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -74,11 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Floor{9, AutoVacuum::Full, 75}));
 
 TEST(ShippedSignaturesOnRealFile, TheDeletedRowComesBack) {
-    const char* given = std::getenv("SALVOR_REAL_DATA");
-    const std::filesystem::path folder =
-        given != nullptr ? given : SALVOR_SOURCE_DIR "/../shared/real";
-    const auto file = folder / "ios5-messages/snapshots/sms-commit123.db";
-    if (!std::filesystem::exists(file)) GTEST_SKIP() << "no real files at " << folder;
+    if (realData().empty()) GTEST_SKIP() << kNoRealData;
+    const auto file = realData() / "ios5-messages/snapshots/sms-commit123.db";
     EXPECT_TRUE(carvedMessages(file, 5).contains("1330198000 Aight playa"));
 }
 
