@@ -41,8 +41,7 @@ void readFromInfo(DeviceInfo& device, const PropertyList& info) {
     device.PhoneNumber = info.text("Phone Number");
 }
 
-// Deliberate: the manifest's top-level version replaces the one of Info.plist even when it is
-// absent, as in most manifests; such a backup has no version.
+// Absent in most manifests. Kept: manifest-version-wins.
 void overwriteVersion(DeviceInfo& device, const PropertyList& manifest) {
     device.ProductVersion = manifest.text("ProductVersion");
     if (isEmpty(device.ProductVersion)) readEncryption(device, manifest);
@@ -114,8 +113,7 @@ void normalise(DeviceInfo& device, const std::filesystem::path& folder) {
 }
 
 bool resultOf(const DeviceInfo& device) {
-    // Deliberate asymmetry: with a name an absent version will do, without one only a blank
-    // version does.
+    // Kept: complete-without-version.
     return device.DeviceName ? !isBlank(device.ProductVersion) : isBlank(device.ProductVersion);
 }
 

@@ -8,8 +8,7 @@ namespace salvor {
 
 /// The tail of `fileName` in which a file's extension is looked for: from character k on, without
 /// blanks, where k is the length in UTF-16 units of the last path component without its extension.
-/// Deliberate: in a deeper path this is more than the extension. A leading dot starts no
-/// extension.
+/// A leading dot starts no extension. Kept: path-tail-as-extension.
 std::string extensionText(const std::string& fileName);
 
 /// Classifies a file by its Unix mode and name.

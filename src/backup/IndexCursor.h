@@ -18,7 +18,7 @@ class IndexCursor {
     bool cutShort() const { return cutShort_; }
 
     /// A big-endian integer of 1 to 8 bytes in a 32-bit accumulator: of 8 bytes only the low 32
-    /// bits survive (deliberate).
+    /// bits survive. Kept: sizes-32-bit.
     std::uint32_t getint(std::size_t count);
     /// A text with a 2-byte length; the length 0xFFFF is the empty text. The text ends at its
     /// first zero byte; one that is not valid UTF-8 reads "<null>".

@@ -21,8 +21,8 @@ enum class RecordType : std::int32_t {
 
 /// One record of a backup's index. Fields stand in the order in which the index stores them;
 /// integers are unsigned and keep the widths of the index, except that a file's size is kept
-/// modulo 2^32 (deliberate). Texts that are binary in the file (`strDataHash`, `strUnknown1`) are
-/// cut at their first zero byte or read "<null>".
+/// modulo 2^32. Kept: sizes-32-bit. Texts that are binary in the file (`strDataHash`,
+/// `strUnknown1`) are cut at their first zero byte or read "<null>".
 struct MDFileInfo : FileProperty {
     std::string strlinkTarget;
     std::string strDataHash;

@@ -25,7 +25,7 @@ class ParseMbdb {
     static bool visit(Bytes index, const std::function<void(MDFileInfo&&)>& take);
 
     /// Lower-case hexadecimal SHA-1 of the first n bytes of `text`, where n is the number of
-    /// UTF-16 units of the text. Deliberate: only pure ASCII is hashed whole.
+    /// UTF-16 units of the text. Kept: name-hash-prefix.
     static std::string digest(const std::string& text);
     /// The name under which a backup stores the file `fileName` of `domain`.
     static std::string storedName(const std::string& domain, const std::string& fileName);

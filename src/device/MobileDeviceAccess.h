@@ -34,8 +34,8 @@ class MobileDeviceAccess {
     MobileDeviceAccess& operator=(const MobileDeviceAccess&) = delete;
     ~MobileDeviceAccess() = default;
 
-    /// Sets who is told (not owned, may be null) and subscribes unless that was done. Always true,
-    /// deliberately, also when subscribing fails.
+    /// Sets who is told (not owned, may be null) and subscribes unless that was done. Always true.
+    /// Kept: listener-always-set.
     bool setListener(DeviceListener* listener);
     bool subscribed() const { return _subscribed; }
 

@@ -10,7 +10,7 @@
 #include "scan/ScanState.h"
 #include "util/DateUtils.h"
 
-/// The columns of every exported file, a table per record class.
+/// The columns of every exported file, a table per record class. Kept: no-header-line.
 namespace salvor::columns {
 
 /// Writes one column of a row; `serial` is the row's number within its file, from 1.

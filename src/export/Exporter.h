@@ -27,10 +27,10 @@ struct ExportedFile {
 
 /// Writes the rows of one category to a comma-separated file without a header line: live rows,
 /// then deleted ones. With `onlyTicked` only rows whose `isChecked` is 1; maps, accounts,
-/// applications and the user dictionary ignore it. An operation that finds no row creates no file
-/// and answers with nothing; a file that cannot be created, fails half-way or is cancelled is
-/// removed and reported, never thrown. No export command calls `ExportAccountData`,
-/// `ExportDeleted` and `GetTheLengthOfTheStringBytes`.
+/// applications and the user dictionary ignore it (Kept: unticked-lists). An operation that finds
+/// no row creates no file and answers with nothing; a file that cannot be created, fails half-way
+/// or is cancelled is removed and reported, never thrown. No export command calls
+/// `ExportAccountData`, `ExportDeleted` and `GetTheLengthOfTheStringBytes`.
 class Exporter {
   public:
     using Path = std::filesystem::path;
@@ -67,7 +67,7 @@ class Exporter {
                                  const ExportWatch& watch = {}) const;
     Result KeyboardDictionary(const ScanState& state, const Path& path, bool onlyTicked,
                               const ExportWatch& watch = {}) const;
-    /// Does nothing: deliberate.
+    /// Does nothing. Kept: deleted-export-empty.
     Result ExportDeleted(const ScanState& state, const Path& path, bool onlyTicked,
                          const ExportWatch& watch = {}) const;
 

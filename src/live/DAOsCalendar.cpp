@@ -15,7 +15,7 @@ constexpr auto kCalendarItems =
     "CalendarItem c left join Location loc on loc.rowid = c.location_id";
 constexpr auto kAllCalendarItems = "select * from CalendarItem";
 constexpr auto kCalendarRowIds = "SELECT ROWID FROM CalendarItem";
-// Malformed on purpose: it never prepares, so that every location comes back empty.
+// Never prepares. Kept: no-event-location.
 constexpr auto kLocation = "select location from Location where = location_id =%lld";
 
 Text zoneText(const ResultSet& row) {

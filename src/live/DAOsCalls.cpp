@@ -28,7 +28,7 @@ constexpr std::int32_t kFirstVersionWithRecords = 8;
 std::string callTypeText(const ResultSet& row, bool newer) {
     std::string type = newer ? row.boolForColumn("ZORIGINATED") ? kOutgoing : kIncoming
                              : DAOs::GetCallType(row.intForColumn("flags"));
-    if (type != kCancelled)
+    if (type != kCancelled)  // Kept: cancelled-stands-alone.
         type += row.doubleForColumn("duration") > 0 ? " -Answered" : " -Not answered";
     return type;
 }

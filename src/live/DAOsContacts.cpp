@@ -13,7 +13,7 @@ constexpr auto kPersons = "SELECT * FROM ABPerson";
 constexpr auto kValuesOfRecord = "SELECT * FROM ABMultiValue WHERE Record_Id = ?";
 constexpr auto kPhoneValues = "SELECT * FROM ABMultiValue WHERE property = 3";
 constexpr auto kContactRowIds = "SELECT ROWID,First FROM ABPerson";
-// No such column: the statement never prepares, as it always did.
+// Never prepares. Kept: contact-never-exists.
 constexpr auto kContactExists = "SELECT * FROM ABPerson WHERE ROW_ID = ?";
 constexpr auto kNameForAddress =
     "SELECT First as Name FROM ABMultiValue  INNER JOIN ABPerson ON ABMultiValue.record_id = "

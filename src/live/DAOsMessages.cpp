@@ -29,7 +29,7 @@ constexpr auto kMessageGuids = "SELECT guid,ROWID FROM message";
 constexpr auto kHandleForHID = "SELECT id FROM handle where ROWID=%d";
 constexpr auto kHandleForID = "SELECT id FROM handle where ROWID=%d ";
 
-constexpr std::int32_t kDeletedFlag = 129;
+constexpr std::int32_t kDeletedFlag = 129;  // Kept: older-flags.
 
 struct FlagText {
     std::int32_t flags;
@@ -51,6 +51,7 @@ Text typeOfFlags(std::int32_t flags) {
     return std::nullopt;
 }
 
+/// Kept: no-line-feeds.
 Text withoutLineFeeds(Text text) {
     if (!text || text->find('\n') == std::string_view::npos) return text;
     std::string kept(*text);
@@ -58,7 +59,7 @@ Text withoutLineFeeds(Text text) {
     return kept;
 }
 
-/// The date is cut to 32 bits first: deliberate, and what makes nanoseconds come out wrong.
+/// Kept: message-date-32-bit.
 std::string messageDate(const ResultSet& row, bool unixSeconds) {
     const std::int32_t seconds = row.intForColumn("date");
     return unixSeconds ? textOfUnixSeconds(seconds) : textOfReferenceSeconds(seconds);

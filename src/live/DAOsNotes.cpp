@@ -12,7 +12,7 @@ constexpr auto kNotes =
     "SELECT ZNOTE.ZGUID as guid, ZNOTE.Z_PK, ZCREATIONDATE as creation_date, ZTITLE as title, "
     "ZSUMMARY as summary, ZCONTENT as content FROM ZNOTE INNER JOIN ZNOTEBODY ON ZNOTEBODY.ZOWNER "
     "= ZNOTE.Z_PK WHERE ZDELETEDFLAG = 0";
-// Joins by primary key, not by owner: deliberate.
+// Kept: notes-by-own-key.
 constexpr auto kDeletedNotes =
     "SELECT ZNOTE.Z_PK, ZCREATIONDATE as creation_date, ZTITLE as title, ZSUMMARY as "
     "summary,ZCONTENT FROM ZNOTE INNER JOIN ZNOTEBODY ON ZNOTEBODY.Z_PK =  ZNOTE.Z_PK WHERE "
@@ -32,8 +32,7 @@ constexpr auto kNotes91 =
     "ON ZICCLOUDSYNCINGOBJECT.ZNOTEDATA = ZICNOTEDATA.Z_PK INNER JOIN Z_12NOTES ON "
     "ZICNOTEDATA.ZNOTE= Z_12NOTES.Z_9NOTES";
 
-/// One row of the iOS 9 store. Its creation date comes out of the statement as a raw number, the
-/// modification date as a text.
+/// One row of the iOS 9 store. Kept: newer-note-dates.
 void fillNote91(const ResultSet& row, Note& note) {
     note.Title = row.stringForColumn("ZTITLE1");
     note.Summary = row.stringForColumn("ZSNIPPET");

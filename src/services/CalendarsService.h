@@ -13,8 +13,8 @@ class CalendarsService : public abstractServices {
 
     void RecoverFromIOSBackup(const DeviceInfo& device) override;
     void doRecovery(const DeviceInfo& device);
-    /// Runs the address-book person statement on the calendar database and so reads no rows,
-    /// whatever event statement the version asks for: deliberate. No step of a scan calls it.
+    /// Runs the address-book person statement on the calendar database and so reads no rows. No
+    /// step of a scan calls it. Kept: events-ask-for-persons.
     void checkForExisitngData(const DeviceInfo& device);
     /// The statement that lists live events of a generation, for callers that run it themselves.
     static const char* existingEventsStatement(const DeviceInfo& device);

@@ -9,8 +9,8 @@
 
 namespace salvor {
 
-/// The call-history category. Both generations of the database are always tried, whatever the iOS
-/// version; a missing file yields nothing.
+/// The call-history category, from both generations of the database; a missing file yields
+/// nothing. Kept: both-call-stores.
 class CallHistoryService : public abstractServices {
   public:
     explicit CallHistoryService(ScanState& state);

@@ -24,7 +24,7 @@ DcimService::DcimService(ScanState& state)
 void DcimService::RecoverFromIOSBackup(const DeviceInfo& device) {
     for (const auto& photo : state_.Photos) photoLocations_.insert(photo->Location.value_or(""));
     processBothLibraries(device, false);
-    if (state_.RecoverType != 0) return;
+    if (state_.RecoverType != 0) return;  // Kept: older-backups-after-device.
     processOlderBackups(device);
 }
 
@@ -96,6 +96,7 @@ void DcimService::list(const Dcmi& asset, bool video) {
         ++(asset.Recovered ? state_.DeletedVideosCount : state_.VideosCount);
         return;
     }
+    // Kept: photos-alone-compared.
     if (isDuplicatePhoto(asset)) return;
     (asset.Recovered ? state_.DeletedPhotos : state_.Photos).push_back(asset.convertToPhoto());
     ++(asset.Recovered ? state_.DeletedPhotosCount : state_.PhotosCount);

@@ -5,8 +5,7 @@
 namespace salvor {
 
 /// The browser history: reads the live visits of three candidate files, each either a database or,
-/// as before iOS 8, a property list. Nothing is carved, and a history that lies in two of the
-/// places is listed twice.
+/// as before iOS 8, a property list. Nothing is carved. Kept: history-of-every-place.
 class InternetHistoryService : public abstractServices {
   public:
     explicit InternetHistoryService(ScanState& state);

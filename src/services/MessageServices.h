@@ -20,7 +20,7 @@ namespace salvor {
 /// after the contacts are complete. A database that does not open has no conversations.
 class MessageServices : public abstractServices {
   public:
-    /// The service that the scan drives: always the one for the chat layout, whatever the version.
+    /// The service that the scan drives, whatever the version. Kept: chat-layout-always.
     static std::unique_ptr<MessageServices> initwithDevice(ScanState& state,
                                                            const DeviceInfo& device);
 

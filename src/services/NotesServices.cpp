@@ -8,6 +8,7 @@
 namespace salvor {
 namespace {
 
+// Kept: notes-by-own-key.
 constexpr auto kLiveNotes =
     "SELECT DATETIME(ZNOTE.ZCREATIONDATE + 978307200, 'unixepoch', 'localtime') AS "
     "DATETIME_ZCREATIONDATE, DATETIME(ZNOTE.ZMODIFICATIONDATE + 978307200, 'unixepoch', "
@@ -31,7 +32,7 @@ void NotesServices::RecoverFromIOSBackup(const DeviceInfo& device) {
     if (device.iOSMajorVersion >= 9) {
         getWhatisExisting(device);
         SqliteDbName_ = NotesIOS9SqliteDbName;
-        // Replaced below before it runs: deliberate.
+        // Replaced below before it runs. Kept: older-note-carvers.
         recoveryNoteBodies_ = std::make_unique<NoteBodiesIOS9SQLiteRecovery>(state_, cancelled_);
     }
     const auto file = ConnectionFileFullPath(device);

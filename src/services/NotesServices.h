@@ -19,7 +19,8 @@ class NotesServices : public abstractServices {
     void RecoverFromIOSBackup(const DeviceInfo& device) override;
     /// Reads the live notes of the older store into `model`.
     void getWhatisExisting(const DeviceInfo& device);
-    /// Attaches to every deleted note without a body the first carved one that it owns.
+    /// Attaches to every deleted note without a body the first carved one that it owns. Kept:
+    /// first-body-wins.
     void matchNotebodiesToNotes();
     /// The first carved body with this owner; null without one.
     std::shared_ptr<NoteBody> FindNoteBodyFromOwner(std::int64_t owner) const;

@@ -2,7 +2,7 @@
 
 namespace salvor {
 
-/// The address-book person statement; `LastSort` is named twice, as it always was.
+/// The address-book person statement. Kept: statement-texts.
 inline constexpr const char* kPersonStatement =
     "SELECT ROWID, First, Last, Middle, FirstPhonetic, MiddlePhonetic, LastPhonetic, "
     "Organization, Department, Note, Kind, Birthday, JobTitle, Nickname, Prefix, Suffix, "

@@ -42,8 +42,7 @@ class ServicesManager {
     Service& contactServ = service(Category::Contacts);
     Service& dcmiServ = service(Category::Photos);
     Service& internetHistoryServ = service(Category::Internet);
-    /// Messages, contacts, notes, calendars, call history, WhatsApp: neither camera roll nor
-    /// internet history.
+    /// Messages, contacts, notes, calendars, call history, WhatsApp. Kept: modules-of-a-recovery.
     std::vector<abstractServices*> recoveryModules;
 
   private:

@@ -32,7 +32,7 @@ struct ResolvedFile {
     Text original;
 };
 
-/// A path that does not begin with "/" gets two of them: deliberate.
+/// Kept: two-slashes.
 ResolvedFile libraryFile(const BackupFiles& files, const Text& path) {
     if (!path) return {};
     const std::string_view slashes = path->starts_with('/') ? "" : "//";
@@ -132,8 +132,7 @@ void WhatsAppService::getWhatisExistingWallPaperPath(const DeviceInfo& device) {
 
 void WhatsAppService::readMessages(const DeviceInfo& device,
                                    const std::shared_ptr<WhatsAppContact>& partner) {
-    // The first identifier stands in the text without quotes, so that of an ordinary user does
-    // not prepare: deliberate.
+    // Kept: first-identifier-unquoted.
     auto rows = dbUtils_->executeNamedQuery(fmt::format(kMessages, *partner->ZContactJID),
                                             "@ContactID", partner->ZContactJID.value_or(""));
     while (rows.next()) {

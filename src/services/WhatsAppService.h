@@ -11,9 +11,8 @@
 
 namespace salvor {
 
-/// The WhatsApp category: carves deleted messages from the first of the two places of the chat
-/// database only, though live rows are read from whichever holds one, and groups what it finds by
-/// partner.
+/// The WhatsApp category: carves deleted messages and groups what it finds by partner. Live rows
+/// are read from whichever place holds a chat database. Kept: first-whatsapp-place-carved.
 class WhatsAppService : public abstractServices {
   public:
     explicit WhatsAppService(ScanState& state);

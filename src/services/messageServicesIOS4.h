@@ -4,8 +4,7 @@
 
 namespace salvor {
 
-/// Messages of iOS 4 databases, by group. Deleted messages are not attached to conversations here:
-/// deliberate.
+/// Messages of iOS 4 databases, by group. Kept: ios4-stays-unattached.
 class messageServicesIOS4 : public MessageServices {
   public:
     explicit messageServicesIOS4(ScanState& state) : MessageServices(state) {}

@@ -180,7 +180,7 @@ void messageServicesIOS7_8::updateSMSAddresses() {
 void messageServicesIOS7_8::updatePhoneNumbersInMessages() {
     const ContactLookup contacts(state_);
     for (const auto& row : state_.DeletedSMS)
-        // The second number slot, not the first: deliberate.
+        // Kept: second-number-as-address.
         if (const auto contact = contacts.findBySlNo(row->RowID))
             row->Address = contact->ContactNo2;
 }

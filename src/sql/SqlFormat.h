@@ -13,8 +13,8 @@ namespace salvor {
 /// A value that is spliced into a statement.
 using SqlArgument = std::variant<Text, std::int64_t, double>;
 
-/// `format` with its placeholders filled in order, without quoting: that carved texts reach the
-/// statement as they are is deliberate, the connection's guards bear it. "%@" takes any value
+/// `format` with its placeholders filled in order, without quoting, which the connection's guards
+/// make harmless. Kept: unquoted-values. "%@" takes any value
 /// ("(null)" for an absent text, the shortest text that reads back for a double), "%d" a number
 /// cut to 32 bits, "%ld" and "%lld" a 64-bit one; "%%" is a percent sign. A placeholder without
 /// a value and any other text stays.

@@ -10,7 +10,7 @@ namespace salvor {
 namespace {
 
 // Sorted. Functions that build large values out of nothing (zeroblob, printf, group_concat) are
-// missing on purpose: one step of the virtual machine must stay cheap for the budget to mean
+// left out: one step of the virtual machine must stay cheap for the budget to mean
 // anything.
 constexpr std::array<std::string_view, 28> kFunctions = {
     "abs",      "avg",    "coalesce", "count",     "date",    "datetime", "glob",

@@ -272,7 +272,7 @@ std::optional<Date> DateUtils::DoubleToIOSDateTime(double secondsSince2001) {
 
 std::string DateUtils::IOSDateTimeToString(std::int64_t secondsSince2001) {
     const auto date = LongToIOSDateTime(secondsSince2001);
-    // Twelve-hour hours without AM or PM: deliberate.
+    // Kept: twelve-hours.
     return date ? format(*date, DatePattern::TwelveHours) : "-";
 }
 

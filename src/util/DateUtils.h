@@ -40,7 +40,7 @@ struct DateUtils {
     static Date UnixDateTimeOffset();
     /// Local midnight of a calendar day; absent for a day that no calendar has.
     static std::optional<Date> dateWithYear(int year, int month, int day);
-    /// No date for 0, deliberately unlike `DoubleToIOSDateTime`.
+    /// No date for 0, unlike `DoubleToIOSDateTime`. Kept: zero-is-no-date.
     static std::optional<Date> LongToIOSDateTime(std::int64_t secondsSince2001);
     static std::optional<Date> DoubleToIOSDateTime(double secondsSince2001);
     /// "-" for 0 or no date.

@@ -26,7 +26,7 @@ struct StringUtils {
     static std::string ClearUrl(const Text& url);
     static std::string getStringFromObject(
         const std::variant<std::int64_t, double, std::string>& value);
-    /// Position of the last occurrence, despite the name: deliberate. `NotFound` without one.
+    /// Position of the last occurrence, `NotFound` without one. Kept: index-is-the-last.
     static std::int64_t indexOf(const Text& text, std::string_view toFind);
 
     /// With the letters A to Z, and no others, in lower case.

@@ -90,7 +90,7 @@ TEST_F(DeviceAccess, ASecondListenerTakesThePlaceOfTheFirst) {
     EXPECT_THAT(names(), ElementsAre("Bert"));
 }
 
-// Deliberate: setting a listener is always answered with true.
+// Kept: listener-always-set.
 TEST_F(DeviceAccess, SubscribesForAListenerAndTriesAgain) {
     EXPECT_TRUE(access.setListener(nullptr));
     EXPECT_EQ(fake.calls, "");

@@ -174,7 +174,7 @@ TEST_F(Conversions, FindAWhatsAppNumberBeforeTheLastAt) {
     }
 }
 
-// A semicolon behind "&nbsp" stays: deliberate.
+// Kept: nbsp-semicolon.
 TEST(NoteBodies, LoseThreeMarksOfTheirHtml) {
     const std::pair<Text, const char*> cases[] = {
         {"a&nbsp;b", "a ;b"},        {"a&nbsp&nbspb", "a  b"},
@@ -231,7 +231,7 @@ TEST(Equality, NeedsTextsThatAreThere) {
     EXPECT_FALSE(a.isRoughlyEqual(b));
     a.GUID = b.GUID = "";
     EXPECT_TRUE(a.isRoughlyEqual(b));
-    // Deliberate: of rows of WhatsApp, an absent text equals an empty one.
+    // Of rows of WhatsApp, an absent text equals an empty one.
     WhatsApp row, other;
     row.zText = "";
     EXPECT_TRUE(row.isRoughlyEqual(other));

@@ -45,7 +45,7 @@ class Calendars : public CategoryFixture {
 
 TEST_F(Calendars, CarvesEventsAndKeepsThoseWithoutALiveRow) {
     // A summary stands in the filter's statement without quotes, so that one which is the name of
-    // a column meets a live row of the same start: deliberate.
+    // a column meets a live row of the same start. Kept: unquoted-values.
     store(CalendarsSqliteDbName, items(itemRow(1, "live", 400000000, identifier(11))),
           {{kItemColumns, itemRow(101, "summary", 400000000, identifier(21)) + "," +
                               itemRow(102, "Lunch with Ada", 400086400, identifier(22)) + "," +

@@ -90,11 +90,11 @@ TEST_F(Calls, CarvesBothGenerationsWhateverTheVersion) {
         state.DeletedCallLog.clear();
         CallHistoryService service(state);
         service.RecoverFromIOSBackup(device);
-        // Unix seconds, shown 31 years late: deliberate.
+        // Kept: calls-31-years-late.
         EXPECT_THAT(deleted(), ElementsAre("1|+4930111|2013-09-04 15:06:40|Ada|62",
                                            "2|+4930222|2001-01-01 00:01:00||30"));
         EXPECT_EQ(service.SqliteDbName(), CallHistoryIOS8SqliteDbName);
-        // Carved calls reach the scan's lists, never the service's: deliberate.
+        // Carved calls reach the scan's lists, never the service's.
         EXPECT_THAT(service.model(), IsEmpty());
         EXPECT_EQ(service.recovered(), 0);
     }

@@ -77,7 +77,7 @@ TEST_F(CameraRoll, ListsAndFilesEveryAsset) {
     EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("live.JPG", "stream.JPG"));
     EXPECT_THAT(textsOf(state.DeletedPhotos, &Photo::Name),
                 ElementsAre("trashed.JPG", "sync.JPG", "other.PNG"));
-    EXPECT_THAT(textsOf(state.Videos, &Video::Name), IsEmpty()) << "no video is live, deliberately";
+    EXPECT_THAT(textsOf(state.Videos, &Video::Name), IsEmpty()) << "no video is live";
     EXPECT_THAT(textsOf(state.DeletedVideos, &Video::Name),
                 ElementsAre("film.MOV", "stream.MOV", "other.mp4"));
     EXPECT_EQ(state.PhotosCount, 2);
@@ -105,7 +105,7 @@ TEST_F(CameraRoll, ReadsBothLibrariesAndListsAPhotoOnce) {
     run();
     EXPECT_THAT(textsOf(state.Photos, &Photo::Name), ElementsAre("a.JPG", "b.JPG", "d.JPG"));
     EXPECT_EQ(state.PhotosCount, 3);
-    // Only photos are compared: deliberate.
+    // Kept: photos-alone-compared.
     EXPECT_THAT(textsOf(state.DeletedVideos, &Video::Name), ElementsAre("c.MOV", "c.MOV"));
     EXPECT_EQ(state.DeletedVideosCount, 2);
     EXPECT_THAT(filed(),

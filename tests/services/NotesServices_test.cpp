@@ -110,7 +110,7 @@ TEST_F(Notes, OnIos9ReadsTheOlderStoreAndCarvesTheNewerOne) {
 }
 
 TEST_F(Notes, ReadsLiveNotesWithTheBodyOfTheSameKey) {
-    // Joined by the keys of both rows, not by the owner: deliberate.
+    // Kept: notes-by-own-key.
     store(NotesIOS641SqliteDbName,
           liveTables(noteRow(3, 4, "a") + "," + noteRow(4, 3, "b") + "," + noteRow(5, 6, "c"),
                      bodyRow(3, 4, "<b>of 4</b>") + "," + bodyRow(4, 3, "of 3") + "," +

@@ -114,7 +114,7 @@ TEST_F(Chats, CarvesTheFirstOfTheTwoPlacesOnly) {
 }
 
 TEST_F(Chats, ReadsMessagesOnlyOfPartnersWhoseIdentifierIsAnExpression) {
-    // The first identifier stands in the statement without quotes: deliberate.
+    // Kept: first-identifier-unquoted.
     store(WhatsAppSqliteDbName,
           liveTables("('4911@s.whatsapp.net','Ada'),('4922','Bob'),(':x','Eve'),(NULL,'none'),"
                      "('@ContactID',NULL)",
@@ -150,7 +150,7 @@ TEST_F(Chats, ResolvesMediaBelowTheLibrary) {
         return (folder / sampleDigest("AppDomain-net.whatsapp.WhatsApp-Library" + location))
             .string();
     };
-    // Two slashes go in front of a path without one: deliberate.
+    // Kept: two-slashes.
     const std::pair<std::int64_t, std::string> cases[] = {
         {11, "ZMediaLocalPath=" + path("//Media/abc.jpg") +
                  "|OriginalZMediaLocalPath=Media/abc.jpg|ZThumbnailLocalPath=" +

@@ -158,8 +158,8 @@ TEST_F(Contacts, ValuesOfAnotherTypeAndMissingTablesLeaveThePersons) {
     EXPECT_EQ(joined({person.FirstName, person.LastName, person.ContactNo1}), "-|5|");
 }
 
-// One column is named twice, as it always was.
-TEST_F(Contacts, ThePersonStatementIsFixedToTheLetter) {
+// Kept: statement-texts.
+TEST_F(Contacts, ThePersonStatementNamesOneColumnTwice) {
     EXPECT_THAT(std::string(kPersonStatement),
                 testing::HasSubstr("FirstSort, LastSort, LastSort, datetime(CreationDate"));
 }

@@ -35,7 +35,7 @@ struct Location {
     bool deleted;
 };
 
-// Domain and deleted mark by directory. The mark overrides that of the row: deliberate.
+// Domain and deleted mark by directory. Kept: videos-count-as-deleted.
 Location locationOf(const Dcmi& asset, bool video, PhotoLibraryLayout layout) {
     const std::string_view directory = asset.ZDirecotry;
     const auto prefix = domainPrefix(layout);
@@ -55,7 +55,7 @@ std::optional<std::string> findThumbnail(const BackupFiles& files, PhotoLibraryL
         const std::string location = folder + file + std::string(size);
         const auto stored = files.find(storedName(location));
         if (!stored) continue;
-        // The first candidate gives the location text, not the stored file: deliberate.
+        // Kept: first-thumbnail-is-a-location.
         return size == kSizes.front() ? location : stored.place.string();
     }
     const auto dot = file.find('.');
@@ -79,6 +79,7 @@ std::string AssetFiles::ResolveThumbnailPath(PhotoLibraryLayout layout, const st
                                              const std::string& directory, bool video,
                                              const std::string& dcmiPath) const {
     auto found = findThumbnail(*files_, layout, file, directory);
+    // Kept: second-thumbnail-search.
     if (!found && !video && layout == PhotoLibraryLayout::Photo &&
         directory.starts_with("PhotoData/Sync")) {
         found = findThumbnail(*files_, PhotoLibraryLayout::ThumbnailFallback, file, directory);

@@ -16,13 +16,12 @@ class AssetFiles {
     AssetFiles(std::shared_ptr<const BackupFiles> files, PhotoLibraryLayout layout)
         : files_(std::move(files)), layout_(layout) {}
 
-    /// Fills the asset's path and thumbnail and settles its deleted mark: every video counts as
-    /// deleted, of the photos only those under "DCIM" keep the mark of their row. Deliberate.
+    /// Fills the asset's path and thumbnail and settles its deleted mark by kind and directory.
+    /// Kept: videos-count-as-deleted.
     void locate(Dcmi& asset, bool video) const;
 
-    /// The thumbnail of an asset: the logical location itself for the first candidate, a full
-    /// path for every other one (deliberate); the built-in picture for a video and the asset's own
-    /// path for a photo when there is none.
+    /// The thumbnail of an asset; the built-in picture for a video and the asset's own path for a
+    /// photo when there is none. Kept: first-thumbnail-is-a-location.
     std::string ResolveThumbnailPath(PhotoLibraryLayout layout, const std::string& file,
                                      const std::string& directory, bool video,
                                      const std::string& dcmiPath) const;

@@ -37,6 +37,7 @@ constexpr std::string_view kJoinedLibrary =
     "zgenericasset.Z_PK=zassets.{} WHERE zgenericasset.ZFILENAME IS NOT NULL AND "
     "zgenericasset.ZDIRECTORY IS NOT NULL";
 
+// Kept: statement-texts.
 constexpr std::string_view kPlainLibrary =
     "SELECT distinct(zgenericasset.Z_PK), zgenericasset.ZDIRECTORY, zgenericasset.ZFILENAME, "
     "zgenericasset.ZTRASHEDSTATE,DATETIME(zgenericasset.ZDATECREATED + 978307200, 'unixepoch', "

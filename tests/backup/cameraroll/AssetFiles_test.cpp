@@ -66,7 +66,7 @@ TEST_F(Assets, HaveTheirPlaceAndMarkByDirectoryAndKind) {
         {Layout::Z16, "PhotoData/Sync/100SYNCD", false, false, media, true},
         {Layout::Z11, "PhotoData/Other", false, false, roll, true},
         {Layout::Photo, "", false, false, media, true},
-        // The beginning of the directory decides, to the letter.
+        // The beginning of the directory decides, its letter case included.
         {Layout::Z6, "dcim/100APPLE", false, false, roll, true},
         {Layout::Z6, "DCIMfolder", false, false, roll, false},
         {Layout::Z6, "x/DCIM", false, false, roll, true},

@@ -111,8 +111,8 @@ TEST_F(PhotoLibrary, PassesOverRowsWithoutNamesAndKeepsThoseWithoutUsableDates) 
     }
 }
 
-// Blanks too many and one too few: deliberate, the statements are kept as they have always been.
-TEST(AssetStatement, IsFixedToTheLetter) {
+// Blanks too many and one too few. Kept: statement-texts.
+TEST(AssetStatement, KeepsItsBlanks) {
     EXPECT_THAT(assetStatement(Layout::Z16),
                 testing::HasSubstr("ZFILENAME, zgenericasset.ZTRASHEDSTATE,DATETIME("));
     EXPECT_THAT(assetStatement(Layout::Plain),

@@ -77,7 +77,7 @@ TEST_F(Extraction, NamesItsDatabasesByTheVersion) {
     EXPECT_EQ(state.KEYCHAIN_DATABASE, storedNameOf(Keychain)) << "which nothing else reads";
 }
 
-// Deliberate: its size counts as a number of 32 bits.
+// Kept: four-gib-is-empty.
 TEST_F(Extraction, AWhatsAppFileOf4GiBCountsAsEmpty) {
     writeWholeFile(backup / WhatsAppSqliteDbName, "x");
     std::filesystem::resize_file(backup / WhatsAppSqliteDbName, std::uintmax_t{1} << 32);
@@ -88,8 +88,8 @@ TEST_F(Extraction, AWhatsAppFileOf4GiBCountsAsEmpty) {
     EXPECT_EQ(state.WHATSAPP_DATABASE, WhatsAppSqliteDbName);
 }
 
-// Deliberate: most categories show the number of messages, which a scan of them alone does not
-// read but finds where an earlier one left it.
+// Kept: message-count-for-most. A scan of one category alone finds the number where an earlier one
+// left it.
 TEST_F(Extraction, ReadsTheWantedCategoriesAndShowsTheMessageCountForMost) {
     writeMessages(3);
     const std::pair<std::int32_t, std::vector<std::string>> cases[] = {
