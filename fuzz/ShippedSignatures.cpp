@@ -23,17 +23,17 @@ std::shared_ptr<SqLiteTableSignatures> shippedSignatures() {
     return signatures;
 }
 
-std::vector<reference::LiteralPattern> literalPatterns(const TablePatterns& patterns) {
-    std::vector<reference::LiteralPattern> literal;
+std::vector<reference::LiteralPattern> referencePatterns(const TablePatterns& patterns) {
+    std::vector<reference::LiteralPattern> converted;
     for (const auto& pattern : patterns) {
-        auto& one = literal.emplace_back();
+        auto& one = converted.emplace_back();
         one.versions = pattern->SupportedVersions;
         one.hasHeader = pattern->hasHeader;
         one.columns = pattern->Header();
         for (const auto& mapping : pattern->AttributesMapping)
             one.mappings.push_back({mapping.Name, mapping.Column});
     }
-    return literal;
+    return converted;
 }
 
 }  // namespace salvor::fuzz

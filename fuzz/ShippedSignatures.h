@@ -11,7 +11,7 @@ namespace salvor::fuzz {
 /// The signatures that the program ships with, read once.
 std::shared_ptr<SqLiteTableSignatures> shippedSignatures();
 
-/// The same patterns as the literal engine takes them, in the same order.
-std::vector<reference::LiteralPattern> literalPatterns(const TablePatterns& patterns);
+/// The same patterns as the reference engine takes them, in the same order.
+std::vector<reference::LiteralPattern> referencePatterns(const TablePatterns& patterns);
 
 }  // namespace salvor::fuzz

@@ -1,5 +1,5 @@
 // Database header and page walk over a whole file. Files that are small enough are carved by the
-// literal engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way;
+// reference engine too. Two bytes that SQLite keeps for later (72 and 73) choose signature and way;
 // the upper six bits of the second narrow the patterns to a version.
 #include "carving/TableCarver.h"
 #include "carving/format/SQLiteHeader.h"
@@ -13,8 +13,8 @@ using namespace salvor;
 namespace {
 
 constexpr std::size_t kChoice = 72;
-/// The literal engine copies what it looks at, pattern by pattern.
-constexpr std::size_t kMostLiterally = 12 << 10;
+/// The reference engine copies what it looks at, pattern by pattern.
+constexpr std::size_t kMostCompared = 12 << 10;
 
 std::uint8_t byteAt(Bytes input, std::size_t at) {
     return at < input.size() ? input[at] : std::uint8_t{0};
@@ -68,9 +68,9 @@ SALVOR_FUZZ_TARGET(database_pages) {
 
     const auto rows = carve(options, file);
     checkOrigins(rows, input.size());
-    if (input.size() > kMostLiterally) return;
+    if (input.size() > kMostCompared) return;
     reference::Events ignored;
-    const auto patterns = fuzz::literalPatterns(
+    const auto patterns = fuzz::referencePatterns(
         options.version ? chosen.FindPatternsByVersion(*options.version) : chosen.TablePatterns);
     const auto wrong = reference::difference(
         reference::carveLiterally(patterns, {options.fullSearch, options.callList, true},

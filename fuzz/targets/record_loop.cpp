@@ -1,5 +1,5 @@
 // Matcher and record loop over one or two regions, with patterns of a shipped signature, held
-// against the literal engine. The first byte chooses the signature, the second how to search and,
+// against the reference engine. The first byte chooses the signature, the second how to search and,
 // in its upper five bits, the first of the few patterns.
 #include <algorithm>
 
@@ -36,7 +36,7 @@ std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Byte
     reference::Events ignored;
     reference::LiteralOptions options;
     options.deduplicate = choice.deduplicate;
-    const auto patterns = fuzz::literalPatterns(patternsOf(choice));
+    const auto patterns = fuzz::referencePatterns(patternsOf(choice));
     reference::LiteralRecordLoop loop(patterns, options, ignored);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
