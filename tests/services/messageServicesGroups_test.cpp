@@ -28,6 +28,7 @@ class GroupLayout : public MessageScan {
     }
 };
 
+// No group holds a message. Kept: ios4-stays-unattached.
 TEST_F(GroupLayout, GroupsAreNamedByContactsOrBareAddresses) {
     messageServicesIOS4(state).RecoverFromIOSBackup(state.deviceInfo);
     EXPECT_THAT(toldAll(state.Conversations),

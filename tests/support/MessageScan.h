@@ -49,8 +49,10 @@ class MessageScan : public ScanFixture {
                  {"date_read", 10},
                  {"date_delivered", 11},
                  {"is_from_me", 12}});
-        pattern("MESSAGE", "iOS6", "[1];[1];[1];[-12];[4,8];[-12];[1];[8];[0];[1];[0];[8];[8];[8]",
-                {{"address", 3}, {"date", 4}, {"text", 5}, {"flags", 6}});
+        for (const char* version : {"iOS6", "iOS4"})
+            pattern("MESSAGE", version,
+                    "[1];[1];[1];[-12];[4,8];[-12];[1];[8];[0];[1];[0];[8];[8];[8]",
+                    {{"address", 3}, {"date", 4}, {"text", 5}, {"flags", 6}});
         pattern("HANDLE", "iOS7", "[1];[1];[1];[27,31];[17];[15,19]",
                 {{"id", 3}, {"country", 4}, {"service", 5}});
         pattern("ChatMessageJoin", "iOS7", "[0];[1];[1]", {{"chatId", 1}, {"messageId", 2}});
