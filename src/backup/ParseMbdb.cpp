@@ -6,8 +6,7 @@
 #include "backup/FileKind.h"
 #include "backup/IndexCursor.h"
 #include "util/MappedFile.h"
-#include "util/Sha1.h"
-#include "util/Utf8.h"
+#include "util/StoredName.h"
 
 namespace salvor {
 namespace {
@@ -75,7 +74,7 @@ bool ParseMbdb::visit(Bytes index, const std::function<void(MDFileInfo&&)>& take
 }
 
 std::string ParseMbdb::digest(const std::string& text) {
-    return Sha1::hexDigest(std::string_view(text).substr(0, utf16Length(text)));
+    return salvor::storedName(text);
 }
 
 std::string ParseMbdb::storedName(const std::string& domain, const std::string& fileName) {
