@@ -23,10 +23,9 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t maxNameBytes = 200;  // leaves room for what follows a device's name
 
-/// One file or folder of an export. Deliberate: of the tags 100 to 116, 110 and 113 to 116 export
-/// nothing.
+/// One file or folder of an export.
 struct Step {
-    int tag;
+    int place;  ///< in the order of an export, as `RowKind::exported`
     std::string word;
     Exporter::Result (Exporter::*operation)(const ScanState&, const fs::path&, bool,
                                             const ExportWatch&) const;
@@ -34,24 +33,24 @@ struct Step {
 };
 
 /// What belongs to no category and is left out where only ticked rows are exported.
-constexpr int kDeviceInfo = 112;
+constexpr int kDeviceInfo = 12;
 const Step kDeviceSteps[] = {
-    {105, "Apps", &Exporter::ExportApplicationData},
-    {106, "User dictionary", &Exporter::KeyboardDictionary},
-    {109, "Map", &Exporter::ExportMapHistory},
+    {6, "Apps", &Exporter::ExportApplicationData},
+    {7, "User dictionary", &Exporter::KeyboardDictionary},
+    {10, "Map", &Exporter::ExportMapHistory},
     {kDeviceInfo, "_info.csv", nullptr},
 };
 
-std::vector<Step> stepsByTag(bool onlyTicked) {
+std::vector<Step> stepsInOrder(bool onlyTicked) {
     std::vector<Step> steps;
     if (!onlyTicked) steps.assign(std::begin(kDeviceSteps), std::end(kDeviceSteps));
     for (const CategoryFacts& category : categories()) {
         for (const RowKind& kind : category.kinds) {
-            if (kind.listed) steps.push_back({kind.tag, kind.file, nullptr, &kind});
+            if (kind.listed) steps.push_back({kind.exported, kind.file, nullptr, &kind});
         }
     }
     std::sort(steps.begin(), steps.end(),
-              [](const Step& left, const Step& right) { return left.tag < right.tag; });
+              [](const Step& left, const Step& right) { return left.place < right.place; });
     return steps;
 }
 
@@ -82,7 +81,7 @@ class ExportRun {
     ExportSummary run(const fs::path& target, const std::string& suffix, Date now) {
         if (!makeFolder(target, now)) return std::move(summary_);
         const Exporter& exporter = Exporter::defaultExporter(summary_.folder);
-        const auto steps = stepsByTag(onlyTicked_);
+        const auto steps = stepsInOrder(onlyTicked_);
         if (watch_.progress) {
             for (const Step& step : steps) count(exporter, step);
         }
@@ -90,7 +89,7 @@ class ExportRun {
             if (!goesOn()) break;
             if (step.rows != nullptr) {
                 exportRows(exporter, *step.rows, suffix);
-            } else if (step.tag == kDeviceInfo) {
+            } else if (step.place == kDeviceInfo) {
                 writeDeviceInfo(inFolder(deviceName() + step.word));
             } else {
                 note((exporter.*step.operation)(state_, inFolder(step.word + suffix), onlyTicked_,

@@ -50,7 +50,7 @@ struct RowKind {
     /// What a scan sets to zero before it begins.
     enum class Zeroed { DeletedCount, LiveCount, None } zeroed = Zeroed::DeletedCount;
 
-    int tag = 0;                 ///< exports run in the order of their tags
+    int exported = 0;  ///< place in an export, from 1; between them stand lists of no category
     const char* file = nullptr;  ///< name of the exported file before the suffix, or of the folder
     bool deletedExported = true;
     bool tickedExported = true;

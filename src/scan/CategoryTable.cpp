@@ -15,16 +15,13 @@ using Zeroed = RowKind::Zeroed;
 #define SALVOR_DATABASE(name, place) \
     { #name, &S::name, place }
 
-// Behind the last tag of the export window.
-constexpr int kAfterTheTags = 117;
-
 constexpr RowKind kMessages[] = {
     {.live = SALVOR_FIELD(SMSContent),
      .deleted = SALVOR_FIELD(DeletedSMS),
      .liveCount = SALVOR_FIELD(SMSCount),
      .deletedCount = SALVOR_FIELD(DeletedSMSCount),
      .emptiedForRecovery = true,
-     .tag = 100,
+     .exported = 1,
      .file = "SMS"},
     // Stand among the messages, too.
     {.live = SALVOR_FIELD(iMessageContent),
@@ -40,14 +37,14 @@ constexpr RowKind kPictures[] = {
      .liveCount = SALVOR_FIELD(PhotosCount),
      .deletedCount = SALVOR_FIELD(DeletedPhotosCount),
      .zeroed = Zeroed::LiveCount,
-     .tag = 107,
+     .exported = 8,
      .file = "Photos"},
     {.live = SALVOR_FIELD(Videos),
      .deleted = SALVOR_FIELD(DeletedVideos),
      .liveCount = SALVOR_FIELD(VideosCount),
      .deletedCount = SALVOR_FIELD(DeletedVideosCount),
      .zeroed = Zeroed::LiveCount,
-     .tag = 108,
+     .exported = 9,
      .file = "Videos"},
 };
 constexpr RowKind kContacts[] = {
@@ -56,7 +53,7 @@ constexpr RowKind kContacts[] = {
      .liveCount = SALVOR_FIELD(ContactCount),
      .deletedCount = SALVOR_FIELD(DeletedContactCount),
      .emptiedForRecovery = true,
-     .tag = 101,
+     .exported = 2,
      .file = "Addressbook"},
 };
 constexpr RowKind kCalls[] = {
@@ -65,7 +62,7 @@ constexpr RowKind kCalls[] = {
      .liveCount = SALVOR_FIELD(CallLogCount),
      .deletedCount = SALVOR_FIELD(DeletedCallLogCount),
      .emptiedForRecovery = true,
-     .tag = 102,
+     .exported = 3,
      .file = "Call history"},
     // Stand among the calls, too.
     {.live = SALVOR_FIELD(faceTimeContent),
@@ -80,9 +77,9 @@ constexpr RowKind kWhatsApp[] = {
      .liveCount = SALVOR_FIELD(WhatsAppCount),
      .deletedCount = SALVOR_FIELD(DeletedWhatsAppCount),
      .emptiedForRecovery = true,
-     .tag = kAfterTheTags,
+     .exported = 13,
      .file = "WhatsApp",
-     .tickedExported = false},  // deliberate
+     .tickedExported = false},  // Kept: no-ticked-whatsapp.
 };
 // Deliberate: the deleted notes are not emptied once more before the recovery.
 constexpr RowKind kNotes[] = {
@@ -90,7 +87,7 @@ constexpr RowKind kNotes[] = {
      .deleted = SALVOR_FIELD(DeletedNotes),
      .liveCount = SALVOR_FIELD(NoteCount),
      .deletedCount = SALVOR_FIELD(DeletedNoteCount),
-     .tag = 103,
+     .exported = 4,
      .file = "Notes"},
 };
 // Deliberate: only the live visits are exported.
@@ -100,7 +97,7 @@ constexpr RowKind kInternet[] = {
      .liveCount = SALVOR_FIELD(InternetCount),
      .deletedCount = SALVOR_FIELD(DeletedInternetCount),
      .zeroed = Zeroed::None,
-     .tag = 111,
+     .exported = 11,
      .file = "Internet history",
      .deletedExported = false},
 };
@@ -110,7 +107,7 @@ constexpr RowKind kCalendar[] = {
      .liveCount = SALVOR_FIELD(CalendarCount),
      .deletedCount = SALVOR_FIELD(DeletedCalendarCount),
      .emptiedForRecovery = true,
-     .tag = 104,
+     .exported = 5,
      .file = "Calendar"},
 };
 

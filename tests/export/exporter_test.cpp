@@ -98,7 +98,7 @@ TEST_F(Exports, EveryCategoryHasItsColumnsAndDeletedRowsBehindTheLiveOnes) {
     EXPECT_EQ(namesIn(summary.folder).size(), std::size(cases) + 1);
     EXPECT_EQ(Exporter::defaultExporter("x").ExportFileLocation(), "x");
 
-    // No tag leads to the accounts.
+    // No export writes the accounts.
     const auto accounts = target_ / "accounts";
     Exporter::defaultExporter("x").ExportAccountData(state_, accounts, true);
     EXPECT_EQ(contentOf(accounts), "7,Username,ClassName,Hostname,PortNumber\n");
