@@ -157,7 +157,7 @@ TEST(JsonStream, WritesNumbersAndTextsAsTheLibraryDoes) {
     out.number(true);
     dump(true);
     for (const char* value : {"", "plain ~", "\"quoted\"", "back\\slash", "\x7F", "\n\t\x01",
-                                    "\u00E4 \u2028 \U0001F600", "bad \xFF", "cut \xF0\x9F"}) {
+                              "\u00E4 \u2028 \U0001F600", "bad \xFF", "cut \xF0\x9F"}) {
         out.text(value);
         dump(value);
     }
