@@ -23,8 +23,8 @@ std::shared_ptr<SqLiteTableSignatures> shippedSignatures() {
     return signatures;
 }
 
-std::vector<reference::LiteralPattern> referencePatterns(const TablePatterns& patterns) {
-    std::vector<reference::LiteralPattern> converted;
+std::vector<reference::PlainPattern> referencePatterns(const TablePatterns& patterns) {
+    std::vector<reference::PlainPattern> converted;
     for (const auto& pattern : patterns) {
         auto& one = converted.emplace_back();
         one.versions = pattern->SupportedVersions;

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "carving/signatures/SqLiteTableSignatures.h"
-#include "reference/literal_pattern.h"
+#include "reference/plain_pattern.h"
 
 namespace salvor::fuzz {
 
@@ -12,6 +12,6 @@ namespace salvor::fuzz {
 std::shared_ptr<SqLiteTableSignatures> shippedSignatures();
 
 /// The same patterns as the reference engine takes them, in the same order.
-std::vector<reference::LiteralPattern> referencePatterns(const TablePatterns& patterns);
+std::vector<reference::PlainPattern> referencePatterns(const TablePatterns& patterns);
 
 }  // namespace salvor::fuzz

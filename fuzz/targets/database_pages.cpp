@@ -6,7 +6,7 @@
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "reference/case_report.h"
-#include "reference/literal_engine.h"
+#include "reference/plain_engine.h"
 
 using namespace salvor;
 
@@ -73,8 +73,8 @@ SALVOR_FUZZ_TARGET(database_pages) {
     const auto patterns = fuzz::referencePatterns(
         options.version ? chosen.FindPatternsByVersion(*options.version) : chosen.TablePatterns);
     const auto wrong = reference::difference(
-        reference::carveLiterally(patterns, {options.fullSearch, options.callList, true},
-                                  {input.begin(), input.end()}, ignored),
+        reference::carvePlainly(patterns, {options.fullSearch, options.callList, true},
+                                {input.begin(), input.end()}, ignored),
         rows);
     fuzz::expect(wrong.empty(), wrong);
 }

@@ -8,7 +8,7 @@
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "reference/case_report.h"
-#include "reference/literal_record_loop.h"
+#include "reference/plain_record_loop.h"
 
 using namespace salvor;
 
@@ -34,10 +34,10 @@ TablePatterns patternsOf(const Choice& choice) {
 
 std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Bytes>& regions) {
     reference::Events ignored;
-    reference::LiteralOptions options;
+    reference::PlainOptions options;
     options.deduplicate = choice.deduplicate;
     const auto patterns = fuzz::referencePatterns(patternsOf(choice));
-    reference::LiteralRecordLoop loop(patterns, options, ignored);
+    reference::PlainRecordLoop loop(patterns, options, ignored);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
         const reference::Buffer data(region.begin(), region.end());

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "reference/case_report.h"
-#include "reference/literal_engine.h"
+#include "reference/plain_engine.h"
 #include "reference/property_case.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -42,8 +42,8 @@ class EngineProperty : public testing::Test {
         auto patterns = made.patterns;
         if (run.version)
             std::erase_if(patterns, [&](const auto& one) { return !one.supports(*run.version); });
-        return carveLiterally(patterns, {run.fullSearch, run.callList, !run.everyRecord}, made.file,
-                              events);
+        return carvePlainly(patterns, {run.fullSearch, run.callList, !run.everyRecord}, made.file,
+                            events);
     }
 
     /// What differs; empty when nothing does.
@@ -66,7 +66,7 @@ class EngineProperty : public testing::Test {
 
 /// Repeat one round with SALVOR_PROPERTY_SEED set to the printed seed and
 /// SALVOR_PROPERTY_ROUNDS to 1.
-TEST_F(EngineProperty, CarvesTheRowsOfTheLiteralEngine) {
+TEST_F(EngineProperty, CarvesTheRowsOfThePlainEngine) {
     const auto rounds = setting("SALVOR_PROPERTY_ROUNDS", kDefaultRounds);
     const auto first = setting("SALVOR_PROPERTY_SEED", 1);
     constexpr int kShown = 5;

@@ -145,7 +145,7 @@ TEST_F(CallScanner, ReadsTheColumnsBehindAHeader) {
     for (const auto& [name, value] : expected) EXPECT_EQ(call->value(name), value) << name;
 }
 
-TEST_F(CallScanner, ReadsOddLengthsAsItAlwaysDid) {
+TEST_F(CallScanner, TakesTheTypeForTheLengthOfTheMiddleIntegers) {
     // A row id of two bytes, and of one when the byte before it is 128.
     EXPECT_EQ(scan(record(bytes({0x81, 5}), types, values))->value("Z_PK"), "133");
     EXPECT_EQ(scan(record(bytes({0x80, 5}), types, values))->value("Z_PK"), "5");

@@ -10,7 +10,7 @@
 
 namespace salvor {
 
-/// What the first bytes of a stored file say it is. The numbers are the system's own.
+/// What the first bytes of a stored file say it is.
 enum class PictureKind : std::uint8_t {
     Png = 0,
     Jpeg = 1,

@@ -26,7 +26,7 @@
 
 namespace salvor::reference {
 
-/// What can happen while the literal engine runs. The property test asks that all of it did.
+/// What can happen while the plain engine runs. The property test asks that all of it did.
 enum class Event : std::uint8_t {
 #define SALVOR_EVENT(name) name,
     SALVOR_ENGINE_EVENTS(SALVOR_EVENT)

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "literal_buffer.h"
 #include "pattern_generator.h"
+#include "plain_buffer.h"
 #include "random_source.h"
 
 namespace salvor::reference {

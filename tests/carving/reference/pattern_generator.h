@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "literal_pattern.h"
+#include "plain_pattern.h"
 #include "random_source.h"
 
 namespace salvor::reference {
@@ -36,7 +36,7 @@ std::vector<PlannedPattern> makePatterns(RandomSource& random);
 /// Random attribute mappings; the correcting field is often among them.
 void addMappings(RandomSource& random, PlannedPattern& pattern);
 /// What a reader of the signatures file has to make of the pattern.
-LiteralPattern meaningOf(const PlannedPattern& pattern);
+PlainPattern meaningOf(const PlannedPattern& pattern);
 /// The text of a signatures file whose one table that counts has these patterns.
 std::string writeSignatures(RandomSource& random, const std::vector<PlannedPattern>& patterns);
 

@@ -165,8 +165,8 @@ std::vector<PlannedPattern> makePatterns(RandomSource& random) {
     return patterns;
 }
 
-LiteralPattern meaningOf(const PlannedPattern& pattern) {
-    LiteralPattern meaning;
+PlainPattern meaningOf(const PlannedPattern& pattern) {
+    PlainPattern meaning;
     meaning.hasHeader = pattern.hasHeader;
     meaning.columns = pattern.columns;
     for (const auto& version : pattern.versions) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "literal_buffer.h"
-#include "literal_pattern.h"
+#include "plain_buffer.h"
+#include "plain_pattern.h"
 
 namespace salvor::reference {
 
@@ -20,7 +20,7 @@ struct CaseRun {
 /// One signatures file, one database file and the ways in which it is carved.
 struct PropertyCase {
     std::string signatures;
-    std::vector<LiteralPattern> patterns;  ///< what the file says of the table
+    std::vector<PlainPattern> patterns;  ///< what the file says of the table
     Buffer file;
     std::string kind;
     std::vector<CaseRun> runs;

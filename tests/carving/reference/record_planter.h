@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "literal_buffer.h"
 #include "pattern_generator.h"
+#include "plain_buffer.h"
 #include "random_source.h"
 
 namespace salvor::reference {

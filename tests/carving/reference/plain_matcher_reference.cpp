@@ -1,4 +1,4 @@
-#include "literal_matcher.h"
+#include "plain_matcher.h"
 
 namespace salvor::reference {
 namespace {
@@ -18,9 +18,9 @@ bool anyAccepts(const std::vector<std::int32_t>& codes, std::int64_t type) {
 
 }  // namespace
 
-LiteralMatcher::LiteralMatcher(const std::vector<LiteralPattern>& patterns, Events& events)
+PlainMatcher::PlainMatcher(const std::vector<PlainPattern>& patterns, Events& events)
     : events_(events) {
-    for (const LiteralPattern& pattern : patterns) {
+    for (const PlainPattern& pattern : patterns) {
         if (pattern.hasHeader)
             patterns_.push_back(pattern);
         else
@@ -28,8 +28,8 @@ LiteralMatcher::LiteralMatcher(const std::vector<LiteralPattern>& patterns, Even
     }
 }
 
-bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const LiteralPattern& pattern,
-                             MatchedHeader& info) const {
+bool PlainMatcher::matchAt(const Buffer& buffer, std::int64_t p, const PlainPattern& pattern,
+                           MatchedHeader& info) const {
     const auto& columns = pattern.columns;
     const auto length = static_cast<std::int64_t>(buffer.size());
     for (std::size_t c = 0; c < columns.size();) {
@@ -60,10 +60,10 @@ bool LiteralMatcher::matchAt(const Buffer& buffer, std::int64_t p, const Literal
     return true;
 }
 
-MatchedHeader LiteralMatcher::find(const Buffer& buffer, std::int64_t start) const {
+MatchedHeader PlainMatcher::find(const Buffer& buffer, std::int64_t start) const {
     bool rowIdDecoded = false;
     for (std::size_t i = 0; i < patterns_.size(); ++i) {
-        const LiteralPattern& pattern = patterns_[i];
+        const PlainPattern& pattern = patterns_[i];
         const auto last = static_cast<std::int64_t>(buffer.size()) -
                           static_cast<std::int64_t>(pattern.columns.size());
         for (std::int64_t p = start; p <= last; ++p) {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "carving/TableCarver.h"
-#include "literal_engine.h"
-#include "literal_matcher.h"
+#include "plain_engine.h"
+#include "plain_matcher.h"
 
 namespace salvor::reference {
 
@@ -21,10 +21,10 @@ struct Region {
 
 /// Decodes the record behind each header in a region. Its correction state and the name of the
 /// field filled last outlive a region.
-class LiteralRecordLoop {
+class PlainRecordLoop {
   public:
-    LiteralRecordLoop(const std::vector<LiteralPattern>& patterns, const LiteralOptions& options,
-                      Events& events);
+    PlainRecordLoop(const std::vector<PlainPattern>& patterns, const PlainOptions& options,
+                    Events& events);
 
     std::vector<CarvedRow> rows;
     std::int64_t processOffset = 0;
@@ -45,8 +45,8 @@ class LiteralRecordLoop {
     void handOn(const Region& region, const MatchedHeader& header);
     void consume(std::int64_t length);
 
-    LiteralMatcher matcher_;
-    LiteralOptions options_;
+    PlainMatcher matcher_;
+    PlainOptions options_;
     Events& events_;
 
     // Live as long as the carving.
@@ -57,7 +57,7 @@ class LiteralRecordLoop {
 
     // The record being read.
     CarvedRow row_;
-    const LiteralPattern* pattern_ = nullptr;
+    const PlainPattern* pattern_ = nullptr;
     std::int64_t column_ = 0;
     std::int64_t dataStart_ = 0;
     std::int64_t consumed_ = 0;

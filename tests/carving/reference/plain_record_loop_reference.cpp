@@ -3,7 +3,7 @@
 #include <set>
 #include <tuple>
 
-#include "literal_record_loop.h"
+#include "plain_record_loop.h"
 
 namespace salvor::reference {
 namespace {
@@ -23,11 +23,11 @@ std::string asString(const Buffer& bytes) {
 
 }  // namespace
 
-LiteralRecordLoop::LiteralRecordLoop(const std::vector<LiteralPattern>& patterns,
-                                     const LiteralOptions& options, Events& events)
+PlainRecordLoop::PlainRecordLoop(const std::vector<PlainPattern>& patterns,
+                                 const PlainOptions& options, Events& events)
     : matcher_(patterns, events), options_(options), events_(events) {}
 
-void LiteralRecordLoop::parse(const Region& region, std::int64_t start) {
+void PlainRecordLoop::parse(const Region& region, std::int64_t start) {
     const auto length = static_cast<std::int64_t>(region.data.size());
     if (length <= 15) {
         events_.count(Event::TinyRegion);
@@ -56,7 +56,7 @@ void LiteralRecordLoop::parse(const Region& region, std::int64_t start) {
     }
 }
 
-void LiteralRecordLoop::readRecord(const Region& region, const MatchedHeader& header) {
+void PlainRecordLoop::readRecord(const Region& region, const MatchedHeader& header) {
     if (header.rowId == 0) events_.count(Event::RowIdZero);
     if (header.rowId < 0) events_.count(Event::RowIdNegative);
     if (dataOffset_ != 0 && !secondReading_) events_.count(Event::CorrectionStaysForLaterRecord);
@@ -73,7 +73,7 @@ void LiteralRecordLoop::readRecord(const Region& region, const MatchedHeader& he
     }
 }
 
-void LiteralRecordLoop::readColumn(const Buffer& data, std::int64_t type) {
+void PlainRecordLoop::readColumn(const Buffer& data, std::int64_t type) {
     if (type <= 0 || type == 10 || type == 11) return;
     if (type == 8 || type == 9) {
         fillModel(ColumnValue(std::int64_t{type == 9}));
@@ -86,7 +86,7 @@ void LiteralRecordLoop::readColumn(const Buffer& data, std::int64_t type) {
     }
 }
 
-void LiteralRecordLoop::readNumber(const Buffer& data, std::int64_t type) {
+void PlainRecordLoop::readNumber(const Buffer& data, std::int64_t type) {
     constexpr std::int64_t kWidths[] = {0, 1, 2, 3, 4, 6, 8, 8};
     const std::int64_t width = kWidths[type];
     const std::int64_t at = dataStart_ + consumed_;
@@ -114,7 +114,7 @@ void LiteralRecordLoop::readNumber(const Buffer& data, std::int64_t type) {
     }
 }
 
-void LiteralRecordLoop::readBlob(const Buffer& data, std::int64_t length) {
+void PlainRecordLoop::readBlob(const Buffer& data, std::int64_t length) {
     const std::int64_t at = dataStart_ + consumed_;
     if (!isInside(data, at, length)) {
         events_.count(Event::BlobNotInside);
@@ -130,7 +130,7 @@ void LiteralRecordLoop::readBlob(const Buffer& data, std::int64_t length) {
     }
 }
 
-void LiteralRecordLoop::readText(const Buffer& data, std::int64_t length) {
+void PlainRecordLoop::readText(const Buffer& data, std::int64_t length) {
     const auto size = static_cast<std::int64_t>(data.size());
     const std::int64_t at = dataStart_ + consumed_;
     if (at < 0) {
@@ -157,7 +157,7 @@ void LiteralRecordLoop::readText(const Buffer& data, std::int64_t length) {
     correctDataStart(bytes, inside);
 }
 
-void LiteralRecordLoop::correctDataStart(const Buffer& text, bool whollyInside) {
+void PlainRecordLoop::correctDataStart(const Buffer& text, bool whollyInside) {
     if (dontAttemptAgain_) {
         if (secondReading_) events_.count(Event::CorrectionClearedOnReread);
         dataReposition_ = false;
@@ -191,7 +191,7 @@ void LiteralRecordLoop::correctDataStart(const Buffer& text, bool whollyInside) 
     }
 }
 
-void LiteralRecordLoop::applyCorrection(std::int64_t correction, bool whollyInside) {
+void PlainRecordLoop::applyCorrection(std::int64_t correction, bool whollyInside) {
     events_.count(whollyInside ? Event::CorrectionApplied : Event::CorrectionAppliedToCutText);
     if (correction == 6 || correction == -6) events_.count(Event::CorrectionAppliedAtLimit);
     dataReposition_ = true;
@@ -200,7 +200,7 @@ void LiteralRecordLoop::applyCorrection(std::int64_t correction, bool whollyInsi
     correctionApplied_ = true;
 }
 
-std::int64_t LiteralRecordLoop::verifyDataPosition(const Buffer& text) const {
+std::int64_t PlainRecordLoop::verifyDataPosition(const Buffer& text) const {
     if (field_ != "ZStandZAid") return kNoOpinion;
     const auto dash = std::find(text.begin(), text.end(), std::uint8_t{'-'});
     if (dash == text.end()) {
@@ -210,9 +210,9 @@ std::int64_t LiteralRecordLoop::verifyDataPosition(const Buffer& text) const {
     return dash - text.begin() - 10;
 }
 
-void LiteralRecordLoop::fillModel(const OptionalColumnValue& value) {
-    const LiteralMapping* mapping = nullptr;
-    for (const LiteralMapping& candidate : pattern_->mappings) {
+void PlainRecordLoop::fillModel(const OptionalColumnValue& value) {
+    const PlainMapping* mapping = nullptr;
+    for (const PlainMapping& candidate : pattern_->mappings) {
         if (candidate.column == column_) {
             mapping = &candidate;
             break;
@@ -230,7 +230,7 @@ void LiteralRecordLoop::fillModel(const OptionalColumnValue& value) {
     row_.columns.emplace_back(mapping->name, value);
 }
 
-void LiteralRecordLoop::handOn(const Region& region, const MatchedHeader& header) {
+void PlainRecordLoop::handOn(const Region& region, const MatchedHeader& header) {
     if (options_.deduplicate) {
         for (const CarvedRow& row : rows) {
             if (row.rowId != row_.rowId) continue;
@@ -249,7 +249,7 @@ void LiteralRecordLoop::handOn(const Region& region, const MatchedHeader& header
     rows.push_back(row_);
 }
 
-void LiteralRecordLoop::consume(std::int64_t length) {
+void PlainRecordLoop::consume(std::int64_t length) {
     consumed_ = std::min(consumed_ + std::min(length, kFar), kFar);
 }
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "engine_events.h"
-#include "literal_buffer.h"
-#include "literal_pattern.h"
+#include "plain_buffer.h"
+#include "plain_pattern.h"
 
 namespace salvor::reference {
 
@@ -20,22 +20,22 @@ struct MatchedHeader {
     std::int64_t start = 0;
     std::vector<HeaderEntry> entries;
     std::int64_t rowId = 0;
-    const LiteralPattern* pattern = nullptr;
+    const PlainPattern* pattern = nullptr;
     std::int64_t taken = 0;
     bool cutOff = false;
 };
 
 /// Tries the patterns one after another, each at every position of the buffer.
-class LiteralMatcher {
+class PlainMatcher {
   public:
-    LiteralMatcher(const std::vector<LiteralPattern>& patterns, Events& events);
+    PlainMatcher(const std::vector<PlainPattern>& patterns, Events& events);
     MatchedHeader find(const Buffer& buffer, std::int64_t start) const;
 
   private:
-    bool matchAt(const Buffer& buffer, std::int64_t p, const LiteralPattern& pattern,
+    bool matchAt(const Buffer& buffer, std::int64_t p, const PlainPattern& pattern,
                  MatchedHeader& info) const;
 
-    std::vector<LiteralPattern> patterns_;
+    std::vector<PlainPattern> patterns_;
     Events& events_;
 };
 

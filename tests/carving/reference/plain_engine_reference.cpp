@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <set>
 
-#include "literal_engine.h"
-#include "literal_record_loop.h"
+#include "plain_engine.h"
+#include "plain_record_loop.h"
 
 namespace salvor::reference {
 namespace {
@@ -20,10 +20,10 @@ std::int64_t signedField(const Buffer& file, std::int64_t offset) {
 }
 
 /// The passes over one file.
-class LiteralEngine {
+class PlainEngine {
   public:
-    LiteralEngine(const std::vector<LiteralPattern>& patterns, const LiteralOptions& options,
-                  const Buffer& file, Events& events)
+    PlainEngine(const std::vector<PlainPattern>& patterns, const PlainOptions& options,
+                const Buffer& file, Events& events)
         : loop_(patterns, options, events), options_(options), file_(file), events_(events) {}
 
     std::vector<CarvedRow> carve();
@@ -40,14 +40,14 @@ class LiteralEngine {
                                 std::int64_t next) const;
     std::int64_t fileSize() const { return static_cast<std::int64_t>(file_.size()); }
 
-    LiteralRecordLoop loop_;
-    LiteralOptions options_;
+    PlainRecordLoop loop_;
+    PlainOptions options_;
     const Buffer& file_;
     Events& events_;
     DatabaseHeader header_;
 };
 
-std::vector<CarvedRow> LiteralEngine::carve() {
+std::vector<CarvedRow> PlainEngine::carve() {
     if (file_.size() <= 16) return {};
     try {
         header_.pageSize = static_cast<std::int64_t>(bigEndian(file_, 16, 2));
@@ -68,7 +68,7 @@ std::vector<CarvedRow> LiteralEngine::carve() {
     return loop_.rows;
 }
 
-void LiteralEngine::carveEveryPage() {
+void PlainEngine::carveEveryPage() {
     std::int64_t position = 0;
     std::int64_t n = 1;
     while (fileSize() - position >= header_.pageSize && n <= header_.numberOfPages) {
@@ -79,7 +79,7 @@ void LiteralEngine::carveEveryPage() {
     }
 }
 
-void LiteralEngine::carveAutoVacuum() {
+void PlainEngine::carveAutoVacuum() {
     std::int64_t position = 0;
     std::int64_t n = 1;
     std::int64_t nextPointerMapPage = 2;
@@ -100,8 +100,8 @@ void LiteralEngine::carveAutoVacuum() {
 }
 
 /// Returns the next pointer-map page, which stays when this page does not reach its last entry.
-std::int64_t LiteralEngine::readPointerMap(const Buffer& page, std::int64_t pagesFound,
-                                           std::int64_t next) const {
+std::int64_t PlainEngine::readPointerMap(const Buffer& page, std::int64_t pagesFound,
+                                         std::int64_t next) const {
     for (std::int64_t i = 1; i * 5 + 5 <= header_.pageSize;) {
         const std::uint64_t type = bigEndian(page, (i - 1) * 5, 1);
         if (type < 1 || type > 5) break;
@@ -111,7 +111,7 @@ std::int64_t LiteralEngine::readPointerMap(const Buffer& page, std::int64_t page
     return next;
 }
 
-void LiteralEngine::carveAfterRoot() {
+void PlainEngine::carveAfterRoot() {
     std::int64_t position = header_.highestRootPage * header_.pageSize;
     try {
         for (std::int64_t block = 1; fileSize() - position >= header_.pageSize; ++block) {
@@ -126,7 +126,7 @@ void LiteralEngine::carveAfterRoot() {
     }
 }
 
-void LiteralEngine::carveFreeList() {
+void PlainEngine::carveFreeList() {
     std::int64_t position = (header_.firstTrunkPage - 1) * header_.pageSize;
     try {
         // The count runs from the start of the file, not from the first trunk page.
@@ -146,7 +146,7 @@ void LiteralEngine::carveFreeList() {
     }
 }
 
-void LiteralEngine::carvePage(const Buffer& page, std::int64_t number) {
+void PlainEngine::carvePage(const Buffer& page, std::int64_t number) {
     if (!options_.fullSearch) {
         carveTreePage(page, number);
         return;
@@ -158,7 +158,7 @@ void LiteralEngine::carvePage(const Buffer& page, std::int64_t number) {
     }
 }
 
-void LiteralEngine::carveTreePage(const Buffer& page, std::int64_t number) {
+void PlainEngine::carveTreePage(const Buffer& page, std::int64_t number) {
     Event failure = Event::FailingReadOfPage;
     try {
         const std::uint64_t type = bigEndian(page, 0, 1);
@@ -187,7 +187,7 @@ void LiteralEngine::carveTreePage(const Buffer& page, std::int64_t number) {
     }
 }
 
-void LiteralEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
+void PlainEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
     std::set<std::int64_t> visited;
     auto offset = static_cast<std::int64_t>(bigEndian(page, 1, 2));
     while (offset != 0) {
@@ -216,10 +216,10 @@ void LiteralEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
 
 }  // namespace
 
-std::vector<CarvedRow> carveLiterally(const std::vector<LiteralPattern>& patterns,
-                                      const LiteralOptions& options, const Buffer& file,
-                                      Events& events) {
-    return LiteralEngine(patterns, options, file, events).carve();
+std::vector<CarvedRow> carvePlainly(const std::vector<PlainPattern>& patterns,
+                                    const PlainOptions& options, const Buffer& file,
+                                    Events& events) {
+    return PlainEngine(patterns, options, file, events).carve();
 }
 
 }  // namespace salvor::reference

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "literal_buffer.h"
+#include "plain_buffer.h"
 
 namespace salvor::reference {
 namespace {

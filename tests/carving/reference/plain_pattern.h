@@ -7,17 +7,17 @@
 
 namespace salvor::reference {
 
-struct LiteralMapping {
+struct PlainMapping {
     std::string name;
     std::int64_t column = 0;
 };
 
 /// A pattern as what it means, not as text: per column the allowed codes.
-struct LiteralPattern {
+struct PlainPattern {
     std::vector<std::string> versions;
     bool hasHeader = true;
     std::vector<std::vector<std::int32_t>> columns;
-    std::vector<LiteralMapping> mappings;
+    std::vector<PlainMapping> mappings;
 
     bool supports(const std::string& version) const {
         return std::find(versions.begin(), versions.end(), version) != versions.end();
