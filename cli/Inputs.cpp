@@ -11,14 +11,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void requireNoFault(std::string fault) {
+void requireNoFault(const std::string& fault) {
     if (!fault.empty()) throw Failure(ExitStatus::SourceUnusable, fault);
 }
 
 }  // namespace
 
 fs::path require(NamedSource source) {
-    requireNoFault(std::move(source.fault));
+    requireNoFault(source.fault);
     return std::move(source.path);
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <string_view>
 
 #include "device/AMDStatus.h"
 #include "device/RunLoop.h"
@@ -31,7 +32,7 @@ class AMDeviceValue {
     explicit AMDeviceValue(const PropertyList& answer)
         : text_(answer.scalar("Value")), dictionary_(answer.dictionary("Value")) {}
     /// A value that is known without the device.
-    explicit AMDeviceValue(std::string text) : text_(std::move(text)) {}
+    explicit AMDeviceValue(std::string_view text) : text_(text) {}
 
     /// A text, or a number in decimal digits.
     const Text& text() const { return text_; }

@@ -110,9 +110,8 @@ class ExportRun {
         for (const NamedList* list : {&step.rows->live, &step.rows->deleted}) {
             withList(state_, *list, [this]<class Row>(const List<Row>& rows) {
                 if constexpr (columns::Medium<Row>)
-                    progress_.filesTotal += static_cast<std::size_t>(
-                        std::count_if(rows.begin(), rows.end(),
-                                      [this](const auto& item) { return wanted(*item); }));
+                    progress_.filesTotal += static_cast<std::size_t>(std::count_if(
+                        rows.begin(), rows.end(), [&](const auto& item) { return wanted(*item); }));
             });
         }
     }

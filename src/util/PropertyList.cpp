@@ -49,7 +49,7 @@ Text textOf(plist_t node) {
     const char* characters = plist_get_string_ptr(node, &length);
     if (characters == nullptr) return std::string();
     std::string text(characters, static_cast<std::size_t>(length));
-    return isValidUtf8(text) ? Text(std::move(text)) : std::nullopt;
+    return isValidUtf8(text) ? Text(text) : std::nullopt;
 }
 
 Text decimal(plist_t node) {

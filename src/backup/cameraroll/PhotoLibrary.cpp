@@ -91,7 +91,7 @@ void readAssets(FMDBUtils& database, PhotoLibraryLayout layout,
         Dcmi asset;
         asset.ZDirecotry = rows.stringForColumn("ZDIRECTORY").value_or("");
         asset.ZFilename = *fileName;
-        asset.DcmiName = std::move(*fileName);
+        asset.DcmiName = *fileName;
         asset.CreatedDate = dateText(rows.stringForColumn("ZDATECREATED"));
         asset.ModifiedDate = dateText(rows.stringForColumn("ZMODIFICATIONDATE"));
         asset.Recovered = hasTrashedState(layout) && rows.intForColumn("ZTRASHEDSTATE") != 0;
