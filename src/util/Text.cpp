@@ -48,7 +48,7 @@ Text::Block* Text::newBlock(std::string_view text) {
 }
 
 void Text::free(Block* block) noexcept {
-    ::operator delete(block, sizeof(Block) + block->size);
+    ::operator delete(block);
 }
 
 std::string_view Text::value() const& {
