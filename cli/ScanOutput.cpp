@@ -33,13 +33,22 @@ bool exportRows(ScanState& state, const ScanOptions& options, const std::stop_to
 }
 
 /// Writes the JSON object and returns whether that went well; standard output is judged later.
-bool writeJson(const ScanState& state, const ScanOptions& options, const Console& console) {
-    if (options.jsonOnOut) ScanReport::write(state, console.out);
-    if (!options.json) return true;
-    const auto cause = FileUtils::writeAtomically(
-        *options.json, [&state](std::ostream& out) { return ScanReport::write(state, out); });
-    if (!cause.empty()) console.error(fmt::format("{}: {}", options.json->string(), cause));
-    return cause.empty();
+bool writeJson(const ScanState& state, const ScanOptions& options, const std::stop_token& cancelled,
+               const Console& console) {
+    bool stopped = false;
+    const auto write = [&](std::ostream& out) {
+        const bool whole = ScanReport::write(state, out, {cancelled, {}});
+        stopped = !whole && out.good();
+        return whole;
+    };
+    if (options.jsonOnOut) write(console.out);
+    const auto cause = options.json ? FileUtils::writeAtomically(*options.json, write) : "";
+    const auto name = options.json ? options.json->string() : "standard output";
+    if (stopped && !options.quiet)
+        console.warning(name + ": cancelled before the JSON object was whole");
+    if (stopped || cause.empty()) return true;
+    console.error(fmt::format("{}: {}", name, cause));
+    return false;
 }
 
 }  // namespace
@@ -51,7 +60,7 @@ ExitStatus writeResults(ScanState& state, const ScanOptions& options,
     if (!options.quiet) writeTable(state, options.request.category, out);
     bool written = true;
     if (options.exports) written = exportRows(state, options, cancelled, out, console);
-    written = writeJson(state, options, console) && written;
+    written = writeJson(state, options, cancelled, console) && written;
     return written ? ExitStatus::Done : ExitStatus::NotWritten;
 }
 

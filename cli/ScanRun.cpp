@@ -54,7 +54,7 @@ ExitStatus runAndShow(ScanJob& job, RunDisplay& display, const ScanOptions& opti
                                    display.elapsed())
                     << '\n'
                     << std::flush;
-    // What a cancelled scan found is exported; a signal that comes later ends the export.
+    // What a cancelled scan found is written; a signal that comes later ends the writing.
     const auto ended = cancelled ? std::stop_token() : job.application().stopToken();
     const auto written = writeResults(job.state(), options, ended, console);
     if (outcome.encrypted)

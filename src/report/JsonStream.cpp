@@ -42,9 +42,11 @@ void JsonStream::key(const char* name, bool& first) {
 }
 
 void JsonStream::flush() {
+    // Asked before the write: a stop that comes with the last piece leaves a text that is whole.
+    ended_ = ended_ || stop_.stop_requested();
     if (!ended_) out_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     buffer_.clear();
-    ended_ = ended_ || !out_ || stop_.stop_requested();
+    ended_ = ended_ || !out_;
 }
 
 }  // namespace salvor::json
