@@ -32,15 +32,18 @@ std::string causeOf(int error) {
 
 using Writing = std::function<bool(std::ostream&)>;
 
-// Has everything written and closes; 0 or the error.
+// Has everything written and closes, also when `write` throws; 0 or the error.
 int writeAndClose(int fd, const Writing& write, bool sync) {
     int error = 0;
-    {
+    try {
         FdStream out(fd);
         const bool wanted = write(out);
         out.flush();
         error = out.errorNumber();
         if (error == 0 && !wanted) error = ECANCELED;
+    } catch (...) {
+        ::close(fd);
+        throw;
     }
     if (error == 0 && sync && ::fsync(fd) != 0) error = errno;
     if (::close(fd) != 0 && error == 0) error = errno;
@@ -143,7 +146,13 @@ std::string FileUtils::writeAtomically(const std::filesystem::path& path, const 
                                        serial.fetch_add(1)));
     const int fd = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) return causeOf(errno);
-    int failure = writeAndClose(fd, write, true);
+    int failure = 0;
+    try {
+        failure = writeAndClose(fd, write, true);
+    } catch (...) {
+        ::unlink(aside.c_str());
+        throw;
+    }
     if (failure == 0 && ::rename(aside.c_str(), target.c_str()) != 0) failure = errno;
     if (failure == 0) return "";
     ::unlink(aside.c_str());

@@ -58,6 +58,8 @@ TEST_F(Files, AtomicWritesReplaceWholeFilesAndLeaveNothingAside) {
     EXPECT_NE(FileUtils::writeAtomically("/dev/full", "x"), "");
     const auto givenUp = [](std::ostream& out) { return !(out << std::string(100'000, 'x')); };
     EXPECT_NE(FileUtils::writeAtomically(folder_ / "old", givenUp), "");
+    const auto thrown = [](std::ostream&) -> bool { throw std::bad_alloc(); };
+    EXPECT_THROW(FileUtils::writeAtomically(folder_ / "old", thrown), std::bad_alloc);
     EXPECT_EQ(readWholeFile(folder_ / "old"), "next");
     EXPECT_EQ(FileUtils::entriesOf(folder_.path()).size(), 3U);
 }
