@@ -16,6 +16,7 @@ void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
     if (!file) return;
     if (fullDBPath.empty()) fullDBPath = path.string();
     if (!originDatabase) originDatabase = path.filename().string();
+    _field = {};  // of the patterns of an earlier run, which may be gone
     CarvingProgress progress(state_.progress, file->bytes().size());
     engine_.carve(
         file->bytes(), tablePatterns,
