@@ -1,7 +1,6 @@
-#include <array>
-
 #include "live/ContactDetails.h"
 #include "live/DAOs.h"
+#include "live/PersonColumns.h"
 #include "live/RowDates.h"
 #include "live/RowReading.h"
 #include "sql/SqlFormat.h"
@@ -20,41 +19,12 @@ constexpr auto kNameForAddress =
     "ABPerson.ROWID WHERE REPLACE(REPLACE(REPLACE(REPLACE(REPLACE(value ,')' "
     ",''),'+',''),'-',''),' ',''),'(','') \t  Like '%%%@'";
 
-struct TextColumn {
-    const char* column;
-    Text Contact::*member;
-};
-
-constexpr std::array<TextColumn, 23> kTextColumns = {
-    {{"First", &Contact::FirstName},
-     {"First", &Contact::OriginalFirstName},
-     {"Last", &Contact::LastName},
-     {"Last", &Contact::OriginalLastName},
-     {"Middle", &Contact::MiddleName},
-     {"FirstPhonetic", &Contact::FirstPhonetic},
-     {"MiddlePhonetic", &Contact::MiddlePhonetic},
-     {"LastPhonetic", &Contact::LastPhonetic},
-     {"Organization", &Contact::Organization},
-     {"Department", &Contact::Department},
-     {"Note", &Contact::Note},
-     {"Birthday", &Contact::Birthday},
-     {"JobTitle", &Contact::JobTitle},
-     {"Nickname", &Contact::Nickname},
-     {"Nickname", &Contact::NickName},
-     {"Prefix", &Contact::Prefix},
-     {"Suffix", &Contact::Suffix},
-     {"DisplayName", &Contact::DisplayName},
-     {"ExternalIdentifier", &Contact::ExternalIdentifier},
-     {"ExternalModificationTag", &Contact::ExternalModificationTag},
-     {"ExternalUUID", &Contact::ExternalUUID},
-     {"ImageURI", &Contact::ImageUri},
-     {"guid", &Contact::Guid}}};
-
 void fillPerson(const ResultSet& row, Contact& contact) {
-    contact.RowId = row.longLongIntForColumn("ROWID");
-    for (const auto& [column, member] : kTextColumns) {
-        contact.*member = row.stringForColumn(column);
-    }
+    fillPersonTexts(row, contact);
+    contact.OriginalFirstName = contact.FirstName;
+    contact.OriginalLastName = contact.LastName;
+    contact.NickName = contact.Nickname;
+    contact.Guid = row.stringForColumn("guid");
     contact.CreationDate = textOfReferenceColumn(row, "CreationDate");
     contact.ModificationDate = textOfReferenceColumn(row, "ModificationDate");
     contact.CreatedDate = contact.CreationDate;

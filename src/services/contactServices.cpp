@@ -1,9 +1,7 @@
 #include "services/contactServices.h"
 
-#include <array>
-#include <system_error>
-
 #include "live/ContactDetails.h"
+#include "live/PersonColumns.h"
 #include "live/RowReading.h"
 #include "recovery/ContactSearchsSQLiteRecovery.h"
 #include "recovery/ContactsSQLiteRecovery.h"
@@ -13,37 +11,9 @@
 namespace salvor {
 namespace {
 
-struct TextColumn {
-    const char* column;
-    Text Contact::*member;
-};
-
-constexpr std::array<TextColumn, 20> kPersonColumns = {
-    {{"First", &Contact::FirstName},
-     {"Last", &Contact::LastName},
-     {"Middle", &Contact::MiddleName},
-     {"FirstPhonetic", &Contact::FirstPhonetic},
-     {"MiddlePhonetic", &Contact::MiddlePhonetic},
-     {"LastPhonetic", &Contact::LastPhonetic},
-     {"Organization", &Contact::Organization},
-     {"Department", &Contact::Department},
-     {"Note", &Contact::Note},
-     {"Birthday", &Contact::Birthday},
-     {"JobTitle", &Contact::JobTitle},
-     {"Nickname", &Contact::Nickname},
-     {"Prefix", &Contact::Prefix},
-     {"Suffix", &Contact::Suffix},
-     {"ExternalIdentifier", &Contact::ExternalIdentifier},
-     {"ExternalModificationTag", &Contact::ExternalModificationTag},
-     {"ExternalUUID", &Contact::ExternalUUID},
-     {"DisplayName", &Contact::DisplayName},
-     {"ImageURI", &Contact::ImageUri},
-     {"DateTimeCreationDate", &Contact::CreationDate}}};
-
 void fillPerson(const ResultSet& row, Contact& contact) {
-    contact.RowId = row.longLongIntForColumn("ROWID");
-    for (const auto& [column, member] : kPersonColumns)
-        contact.*member = row.stringForColumn(column);
+    fillPersonTexts(row, contact);
+    contact.CreationDate = row.stringForColumn("DateTimeCreationDate");
     contact.ModificationDate = row.stringForColumn("DateTimeModificationDate");
 }
 
