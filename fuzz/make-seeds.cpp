@@ -10,6 +10,7 @@
 #include <zlib.h>
 
 #include "carving/TableCarver.h"
+#include "scan/Category.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/MbdbWriter.h"
 #include "tools/sample/PropertyList.h"
@@ -32,24 +33,33 @@ struct SeedDatabase {
     const char* path;
     const char* signatures;         ///< `database` of its signatures
     std::vector<unsigned> carvers;  ///< numbers of its carvers in the target category_carvers
-    char service;                   ///< and of its file in category_services
+    Category category;              ///< whose service reads it in category_services
 };
 
+using enum Category;
 const std::array<SeedDatabase, 10> kDatabases = {{
-    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}, 0},
-    {"HomeDomain", "Library/AddressBook/AddressBook.sqlitedb", "AddressBook.sqlite", {12, 13}, 2},
-    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}, 3},
-    {"HomeDomain", "Library/CallHistoryDB/CallHistory.storedata", "CallHistory.storedata", {16}, 4},
-    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}, 5},
-    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}, 6},
+    {"HomeDomain", "Library/SMS/sms.db", "sms.db", {0, 1, 2, 3, 4, 5, 6, 7}, Messages},
+    {"HomeDomain",
+     "Library/AddressBook/AddressBook.sqlitedb",
+     "AddressBook.sqlite",
+     {12, 13},
+     Contacts},
+    {"WirelessDomain", "Library/CallHistory/call_history.db", "CallHistory.storedata", {15}, Calls},
+    {"HomeDomain",
+     "Library/CallHistoryDB/CallHistory.storedata",
+     "CallHistory.storedata",
+     {16},
+     Calls},
+    {"HomeDomain", "Library/Calendar/Calendar.sqlitedb", "Calendar.sqlite", {14}, Calendar},
+    {"HomeDomain", "Library/Notes/notes.sqlite", "notes.sqlite", {9, 10, 11}, Notes},
     {"AppDomain-net.whatsapp.WhatsApp",
      "Documents/ChatStorage.sqlite",
      "ChatStorage.sqlite",
      {8},
-     8},
-    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", "", {}, 7},
-    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", "", {}, 9},
-    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", "", {}, 10},
+     WhatsApp},
+    {"AppDomainGroup-group.com.apple.notes", "NoteStore.sqlite", "", {}, Notes},
+    {"CameraRollDomain", "Media/PhotoData/Photos.sqlite", "", {}, Photos},
+    {"AppDomain-com.apple.mobilesafari", "Library/Safari/History.db", "", {}, Internet},
 }};
 
 std::string read(const fs::path& path) {
@@ -172,7 +182,7 @@ void addRegions(SeedWriter& seeds, const SqLiteTableSignatures& signatures, std:
     }
 }
 
-void addDatabases(SeedWriter& seeds, const SampleBackup& sample,
+void addDatabases(SeedWriter& seeds, const SampleBackup& sample, std::int32_t ios,
                   const SqLiteTableSignatures& signatures) {
     for (const auto& one : kDatabases) {
         const fs::path path = sample.file(one.domain, one.path);
@@ -186,7 +196,10 @@ void addDatabases(SeedWriter& seeds, const SampleBackup& sample,
         const std::string cut = database.substr(0, kLargestDatabase);
         for (const unsigned carver : one.carvers)
             seeds.add("category_carvers", chosen(cut, carver, 0));
-        seeds.add("category_services", chosen(cut, 0, one.service));
+        constexpr std::int32_t kOldest = 4;
+        const std::size_t way =
+            indexOf(one.category) + kCategoryCount * static_cast<std::size_t>(ios - kOldest);
+        seeds.add("category_services", chosen(cut, 0, static_cast<char>(way)));
     }
 }
 
@@ -194,7 +207,7 @@ void addSample(SeedWriter& seeds, const SampleOptions& options,
                const SqLiteTableSignatures& signatures) {
     const TempFolder folder("salvor-seeds");
     const auto sample = SampleBackup::write(folder / "backup", options);
-    addDatabases(seeds, sample, signatures);
+    addDatabases(seeds, sample, options.ios, signatures);
     constexpr std::size_t kIndexPart = 2048;
     seeds.add("mbdb", read(sample.folder / "Manifest.mbdb").substr(0, kIndexPart));
     for (const char* list : {"Info.plist", "Manifest.plist", "Status.plist"})

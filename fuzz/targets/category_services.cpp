@@ -1,60 +1,67 @@
-// A category's whole way, with the input as its only database: live rows, carving, merge, grouping
-// and the report. Byte 73, which SQLite keeps for later, chooses file and category.
-#include <array>
+// A category's whole way, with the input as every database of the backup: live rows, carving,
+// merge, grouping and the report. Byte 73, which SQLite keeps for later, chooses the category and
+// the version of the device.
 #include <nlohmann/json.hpp>
 
-#include "backup/BackupSource.h"
 #include "backup/extraction/CategoryDatabases.h"
 #include "backup/extraction/LiveCategories.h"
 #include "fuzz/ShippedSignatures.h"
 #include "fuzz/Target.h"
 #include "report/ScanReport.h"
 #include "scan/ScanState.h"
-#include "scan/StoredNames.h"
-#include "services/DcimService.h"
 #include "services/ServiceMakers.h"
 
 using namespace salvor;
 
 namespace {
 
-/// A file of the backup, the service that reads it and the version of the device.
-struct Case {
-    ServiceIndex service;
-    const char* storedName;
-    std::int32_t ios;
-};
+/// A backup that has one file under every stored name, and none of its own.
+class OneFile : public BackupFiles {
+  public:
+    explicit OneFile(std::filesystem::path file) : file_(std::move(file)) {}
 
-constexpr std::array kCases = {
-    Case{ServiceIndex::Messages, MessagesSqliteDbName, 7},
-    Case{ServiceIndex::Messages, MessagesSqliteDbName, 4},
-    Case{ServiceIndex::Contacts, ContactsIOS641SqliteDbName, 7},
-    Case{ServiceIndex::CallHistory, CallHistoryIOS7641SqliteDbName, 7},
-    Case{ServiceIndex::CallHistory, CallHistoryIOS8SqliteDbName, 8},
-    Case{ServiceIndex::Calendars, CalendarsSqliteDbName, 7},
-    Case{ServiceIndex::Notes, NotesIOS641SqliteDbName, 7},
-    Case{ServiceIndex::Notes, NotesIOS9SqliteDbName, 9},
-    Case{ServiceIndex::WhatsApp, WhatsAppSqliteDbName, 7},
-    Case{ServiceIndex::CameraRoll, PhotosSqliteDbName, 7},
-    Case{ServiceIndex::InternetHistory, storedNameOf(Stored::SafariHistory), 8},
+    FileFacts find(const std::string& storedName) const override {
+        const auto place = file_.parent_path() / storedName;
+        std::error_code thereAlready;
+        std::filesystem::create_hard_link(file_, place, thereAlready);
+        return factsOf(place);
+    }
+    BackupFile open(const std::string& storedName) const override {
+        const FileFacts facts = find(storedName);
+        return {facts.state, facts.place, nullptr};
+    }
+    BackupFile own(const std::string& name) const override { return none()->own(name); }
+    std::unique_ptr<StoredFileList> list() const override { return none()->list(); }
+    std::optional<std::string> storedNameAt(const std::filesystem::path& place) const override {
+        if (place.parent_path() != file_.parent_path()) return std::nullopt;
+        return place.filename().string();
+    }
+    std::uint64_t totalBytes() const override { return find("input").size; }
+
+  private:
+    std::filesystem::path file_;
 };
 
 }  // namespace
 
 SALVOR_FUZZ_TARGET(category_services) {
     constexpr std::size_t kChoice = 73;
+    constexpr std::int32_t kOldest = 4;
+    constexpr std::size_t kVersions = 6;
     if (input.size() <= kChoice) return;
-    const Case& chosen = kCases.at(input[kChoice] % kCases.size());
-    const fuzz::InputFile file(input, chosen.storedName);
+    const auto& category = categories()[input[kChoice] % kCategoryCount];
+    const fuzz::InputFile file(input);
     ScanState state;
     state.RecoverType = 1;
     state.recoverySignatures = fuzz::shippedSignatures();
-    useBackup(state, file.path().parent_path());
-    state.deviceInfo.iOSMajorVersion = chosen.ios;
+    state.BACKUP_DIRECTORY = file.path().parent_path().string();
+    state.setBackupFiles(std::make_shared<OneFile>(file.path()));
+    state.deviceInfo.iOSMajorVersion =
+        kOldest + static_cast<std::int32_t>(input[kChoice] / kCategoryCount % kVersions);
     state.deviceInfo.BackupLocation = state.BACKUP_DIRECTORY;
     setupDataBase(state);
-    for (const auto& category : categories()) readLiveRows(category, state, {});
-    const auto service = builtServices().at(chosen.service)(state, state.deviceInfo);
+    readLiveRows(category, state, {});
+    const auto service = builtServices().at(category.service)(state, state.deviceInfo);
     service->RecoverFromIOSBackup(state.deviceInfo);
     fuzz::expect(nlohmann::json::accept(ScanReport::text(state)), "the report is JSON");
 }
