@@ -64,7 +64,7 @@ void DeviceSource::deviceConnected(const std::shared_ptr<AMDevice>& device) {
     if (state_.observer != nullptr) state_.observer->onDeviceConnected(true);
 }
 
-// Deliberate: the current device stays, and another that is attached still does not count.
+// Also for another device than the current one, which stays. Kept: any-device-leaves.
 void DeviceSource::deviceDisconnected(const std::shared_ptr<AMDevice>& device) {
     if (!device->deviceName()) return;
     state_.RecoverType = 1;

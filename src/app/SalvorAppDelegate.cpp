@@ -122,7 +122,7 @@ void SalvorAppDelegate::waitForSignatures() {
 void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder) {
     try {
         explore(holder);
-    } catch (const std::exception& failure) {
+    } catch (const std::exception& failure) {  // Kept: failed-scan-is-finished.
         state_.warn(describeFailure(failure));
         state_.isDoingRecovery = false;
         endScan();

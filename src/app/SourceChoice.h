@@ -18,8 +18,7 @@ enum class SourceChoice {
     Unusable,              ///< no such folder, or not readable; nothing was changed
 };
 
-/// The question after a choice of source, and the one after a fresh backup. They differ by one
-/// blank, deliberately.
+/// The question after a choice of source, and the one after a fresh backup. Kept: two-questions.
 inline constexpr auto kMissingPropertyLists =
     "\"Info.plist\" or \"Manifest.plist\" is missing. Please check the backup file. Not able to "
     "recover data.Do you want to continue anyway?";

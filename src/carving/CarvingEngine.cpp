@@ -11,7 +11,7 @@ constexpr std::uint8_t kInteriorTable = 5;
 constexpr std::uint8_t kLeafIndex = 10;
 constexpr std::uint8_t kLeafTable = 13;
 
-// Interior index pages (2) are deliberately not among them.
+// Without interior index pages (2). Kept: searched-pages.
 bool isSearchedPageType(std::uint8_t type) {
     return type == kInteriorTable || type == kLeafIndex || type == kLeafTable;
 }
@@ -57,7 +57,7 @@ void CarvingEngine::ProcessAutoVacuumSqliteDatabase(const SQLiteHeader& header) 
 }
 
 void CarvingEngine::walkPages(std::int32_t lastPage, bool pointerMaps) {
-    // Page 2 is deliberately left out in databases without pointer maps, too.
+    // Page 2 is left out either way. Kept: walk-of-pages.
     const std::int64_t firstSearched = pointerMaps ? 2 : 3;
     std::uint64_t position = 0;
     std::int64_t nextPointerMap = 2;
@@ -70,8 +70,7 @@ void CarvingEngine::walkPages(std::int32_t lastPage, bool pointerMaps) {
         if (pointerMaps && (page == 2 || page == nextPointerMap)) {
             const auto map = PointerMapPage::read(static_cast<std::int32_t>(page), bytes);
             ++pointerMapPages;
-            // The place of the third and later pointer-map pages is deliberately computed this
-            // way, though SQLite puts them elsewhere.
+            // Not where SQLite puts the third. Kept: walk-of-pages.
             if (map.full) {
                 nextPointerMap = static_cast<std::int64_t>(pageSize_ / 5) + 2 + pointerMapPages;
             }
@@ -87,7 +86,7 @@ void CarvingEngine::ProcessPagesAfterHighestNumberedRootPage(const SQLiteHeader&
 }
 
 void CarvingEngine::ProcessFreeListTrunkPage(const SQLiteHeader& header) {
-    // Deliberate: the trunk chain is not followed, everything from its first page on is searched.
+    // The trunk chain is not followed. Kept: walk-of-pages.
     searchBlocks(static_cast<std::uint64_t>(header.PageNumberOfFirstListTrunkPage) - 1, true,
                  CarvedSpace::FreeList);
 }
@@ -123,7 +122,7 @@ void CarvingEngine::searchUnused(const Page& page) {
     const auto storedStart = SQLiteUtils::convertToint16fromData(bytes, 5);
     if (!cells || !storedStart) return;
     const std::size_t contentStart = *storedStart == 0 ? 65536 : *storedStart;
-    // Deliberate: on leaf pages the cell pointers end 8 bytes earlier.
+    // Kept: gap-eight-bytes-on.
     const std::size_t gapStart = (std::size_t{*cells} + 8) * 2;
     if (contentStart <= gapStart || contentStart > bytes.size()) return;
     const Bytes gap = bytes.subspan(gapStart, contentStart - gapStart);
@@ -133,8 +132,7 @@ void CarvingEngine::searchUnused(const Page& page) {
 }
 
 void CarvingEngine::searchFreeblocks(const Page& page) {
-    // Freeblocks are read one byte later than other space, except for the call list. The size
-    // field's last byte is the first that the search looks at: both deliberate.
+    // From the last byte of the size field on. Kept: freeblock-one-later.
     constexpr std::int64_t kStart = 3;
     const std::int32_t processOffset = options_.callList ? 0 : 1;
     std::uint16_t offset = SQLiteUtils::NextFreeblockOffset(page.bytes, 1).value_or(0);

@@ -26,7 +26,7 @@ ColumnValue fixedWidthValue(std::int64_t serialType, Bytes bytes) {
     const std::uint64_t raw = bigEndian(bytes);
     switch (serialType) {
         case 2:
-            // Deliberate: the two bytes come out swapped.
+            // Kept: two-bytes-swapped.
             return integer(
                 static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes[1] << 8 | bytes[0])));
         case 4:
@@ -34,7 +34,7 @@ ColumnValue fixedWidthValue(std::int64_t serialType, Bytes bytes) {
         case 7:
             return std::bit_cast<double>(raw);
         default:
-            // Deliberate: widths of 1, 3 and 6 bytes are not sign-extended.
+            // Kept: odd-widths-unsigned.
             return integer(static_cast<std::int64_t>(raw));
     }
 }

@@ -55,6 +55,7 @@ void RecordLoop::beginRecord(const Region& region) {
     origin.offset = static_cast<std::uint64_t>(std::max<std::int64_t>(offset, 0));
     origin.page = static_cast<std::uint32_t>(region.page);
     origin.space = region.space;
+    // Kept: no-row-id-is-one.
     receiver_.rowBegins(info_.RowId == 0 ? 1 : info_.RowId, origin);
 }
 

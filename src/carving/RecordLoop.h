@@ -26,7 +26,7 @@ struct Region {
 };
 
 /// Finds the headers of a region one after the other and decodes the record behind each for the
-/// receiver. A correction of the data start outlives its region. Not thread-safe.
+/// receiver. Kept: correction-outlives-region. Not thread-safe.
 class RecordLoop {
   public:
     RecordLoop(RowReceiver& receiver, std::stop_token cancelled)

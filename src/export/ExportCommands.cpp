@@ -140,7 +140,7 @@ class ExportRun {
 
     void exportRows(const Exporter& exporter, const RowKind& kind, const std::string& suffix) {
         if (onlyTicked_ && !kind.tickedExported) {
-            // The folder's own path is handed on, so ticked rows yield no file: deliberate.
+            // The folder's own path is handed on. Kept: no-ticked-whatsapp.
             if (exporter.exportRows(kind, state_, summary_.folder, true))
                 summary_.omitted.emplace_back(kind.file);
             return;

@@ -49,7 +49,7 @@ std::string CallHistory::convertCallTypeFlagtoCallTypeString() const {
         case 5:
             return Duration != 0 ? "Outgoing - Answered" : "Outgoing - Not answered";
         case 8:
-            // An incoming call of this code is shown as blocked, never as FaceTime: deliberate.
+            // Kept: blocked-call.
             return ZOriginated ? "Outgoing - FaceTime" : "Blocked call";
         case 16:
             return "FaceTime";

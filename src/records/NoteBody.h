@@ -18,8 +18,8 @@ struct NoteBody : baseRecoveryObject {
     salvor::Text Content;
     salvor::Text PlainContent;
 
-    /// `Content` with "<div>" and "<br>" as line feeds and "&nbsp" as a blank. The semicolon that
-    /// follows the entity stays in the text: deliberate.
+    /// `Content` with "<div>" and "<br>" as line feeds and "&nbsp", without its semicolon, as a
+    /// blank. Kept: nbsp-semicolon.
     std::string plainContent() const;
     /// A note titled by the start of `body`, which becomes its body.
     static std::shared_ptr<Note> ParseContentToGetNote(const std::shared_ptr<NoteBody>& body);

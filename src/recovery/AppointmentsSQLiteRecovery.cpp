@@ -23,7 +23,7 @@ void storeEnd(Appointment& event, const OptionalColumnValue& value) {
     event.EndTime = DateUtils::DoubleToIOSDateTime(columnDouble(value));
 }
 
-// "last_modified" writes into `AllDay` as well, and whichever column comes later wins: deliberate.
+// Kept: all-day-written-twice.
 constexpr ColumnAttribute<Appointment> kAttributes[] = {
     {"summary", storeSummary},
     {"location_id", storeInteger<&Appointment::LocationId>},

@@ -7,7 +7,7 @@
 namespace salvor {
 namespace {
 
-// One for both databases: deliberate.
+// One for both databases, whose attributes differ.
 constexpr SignatureKey kCallRecord{"HomeDomain", "CallHistory.storedata", "zcallrecord"};
 
 void showDate(CallHistory& call, double seconds) {

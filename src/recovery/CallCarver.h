@@ -10,8 +10,8 @@ namespace salvor {
 /// completed record becomes a deleted call, marked or not. No live-row test is part of a run.
 class CallCarver : public CategoryCarver<CallHistory> {
   public:
-    /// The live-row test, for callers that want it. It names the older database's table for both
-    /// databases, so on the newer one every record is kept: deliberate.
+    /// The live-row test, for callers that want it: by the older database's table. Kept:
+    /// calls-against-older-table.
     void filterMessages();
 
   protected:
@@ -26,8 +26,8 @@ class CallCarver : public CategoryCarver<CallHistory> {
     ContactNames names_;
 };
 
-/// Carver of call_history.db (iOS 7 and earlier). Its dates are Unix seconds, read as seconds
-/// since 2001, so they come out 31 years late: deliberate.
+/// Carver of call_history.db (iOS 7 and earlier), whose dates are Unix seconds. Kept:
+/// calls-31-years-late.
 class CallHistorySQLiteRecovery : public CallCarver {
   public:
     static const SignatureUse<CallHistory> kSignature;

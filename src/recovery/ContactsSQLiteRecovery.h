@@ -5,8 +5,8 @@
 
 namespace salvor {
 
-/// Carves the person table of the address book. Its run selects no patterns, so that a fresh
-/// carver finds nothing; the search-table carver supplies the deleted contacts. Deliberate.
+/// Carves the person table of the address book. Its run selects no patterns. Kept:
+/// contacts-from-search-table.
 class ContactsSQLiteRecovery : public CategoryCarver<Contact> {
   public:
     static const SignatureUse<Contact> kSignature;

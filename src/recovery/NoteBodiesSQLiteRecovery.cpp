@@ -38,11 +38,11 @@ NoteBodiesSQLiteRecovery::NoteBodiesSQLiteRecovery(ScanState& state, std::stop_t
     : CategoryCarver(state, std::move(cancelled), use) {}
 
 void NoteBodiesSQLiteRecovery::recordCarved(const std::shared_ptr<NoteBody>& body) {
-    RecoveredFiltered.push_back(body);
+    RecoveredFiltered.push_back(body);  // Kept: bodies-at-once.
 }
 
 void NoteBodiesSQLiteRecovery::filterMessages() {
-    // The text stands in the statement without quotes: deliberate.
+    // Kept: unquoted-values.
     keepRecordsWithoutLiveRow([](const NoteBody& body) {
         return fmt::format("SELECT ZCONTENT FROM ZNOTEBODY where ZCONTENT={}",
                            body.Content.value_or("(null)"));
@@ -52,6 +52,7 @@ void NoteBodiesSQLiteRecovery::filterMessages() {
 NoteBodiesIOS9SQLiteRecovery::NoteBodiesIOS9SQLiteRecovery(ScanState& state,
                                                            std::stop_token cancelled)
     // A run reads the older table with the names of the newer one; only `DoRecovery` reads its own.
+    // Kept: older-note-carvers.
     : NoteBodiesSQLiteRecovery(state, std::move(cancelled), {kNoteBody, kNoteStoreAttributes}) {}
 
 void NoteBodiesIOS9SQLiteRecovery::DoRecovery(const std::filesystem::path& path) {

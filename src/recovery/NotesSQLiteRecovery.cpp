@@ -17,7 +17,7 @@ void storeModification(Note& note, const OptionalColumnValue& value) {
     note.ModificationDate = DateUtils::doubleIOSDateTimeToString(note.OriginalModificationDate);
 }
 
-// A title that comes before any summary is both.
+// Kept: title-as-summary.
 void storeTitle(Note& note, const OptionalColumnValue& value) {
     note.Title = columnText(value);
     if (!note.Summary) note.Summary = note.Title;

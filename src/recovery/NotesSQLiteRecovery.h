@@ -14,13 +14,12 @@ class NotesSQLiteRecovery : public CategoryCarver<Note> {
 
     explicit NotesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
-    /// The values stand in the statements without quotes, and one that does not prepare counts as
-    /// no live row: deliberate.
+    /// A statement that does not prepare counts as no live row. Kept: unquoted-values.
     void filterMessages();
 
   protected:
     std::string_view liveRowsStatement() const override { return "SELECT * FROM ZNOTE"; }
-    bool needsRecoveredMark() const override { return false; }
+    bool needsRecoveredMark() const override { return false; }  // Kept: notes-need-no-mark.
     void recordCarved(const std::shared_ptr<Note>& note) override;
     void afterRecovery() override { filterMessages(); }
     std::int32_t setRecoveryCount(std::int32_t count) override;

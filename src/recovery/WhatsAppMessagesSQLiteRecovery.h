@@ -9,7 +9,7 @@
 namespace salvor {
 
 /// Carves deleted WhatsApp messages (ZWAMESSAGE). A carved row counts as deleted when no live
-/// message and no earlier carved one is roughly equal to it; the test is by content.
+/// message and no earlier carved one is roughly equal to it. Kept: whatsapp-by-content.
 class WhatsAppMessagesSQLiteRecovery
     : public RecordCarver<AbstractSqLiteRecovery, WhatsAppMessage> {
   public:

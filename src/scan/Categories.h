@@ -70,15 +70,16 @@ enum class FlagPreset { BeforeCreation, BeforeStart, AfterStart };
 struct RecoveryWorker {
     const char* name = nullptr;
     FlagPreset preset = FlagPreset::AfterStart;
-    std::optional<Category> waitsFor = std::nullopt;  ///< whose recovered rows this one needs
-    bool clearsFlagAfterWait = false;                 ///< its own finished flag
-    const char* status = nullptr;                     ///< before the service runs
-    bool redrawsView = false;                         ///< after the service has run
-    bool refreshesTabs = false;                       ///< after that
+    std::optional<Category> waitsFor = std::nullopt;     ///< whose recovered rows this one needs
+    bool clearsFlagAfterWait = false;                    ///< its own finished flag
+    std::optional<Category> presetTwice = std::nullopt;  ///< whose flag the presets set once more
+    const char* status = nullptr;                        ///< before the service runs
+    bool redrawsView = false;                            ///< after the service has run
+    bool refreshesTabs = false;                          ///< after that
 };
 
 /// The places of a category, from 1, in everything that goes through all of them; 0: not among
-/// these. The orders differ deliberately.
+/// these. Kept: orders-differ.
 struct Places {
     int reading = 0;     ///< live rows by SQL; pictures are swept before, the browser's service
                          ///< reads its rows itself

@@ -81,7 +81,7 @@ constexpr RowKind kWhatsApp[] = {
      .file = "WhatsApp",
      .tickedExported = false},  // Kept: no-ticked-whatsapp.
 };
-// Deliberate: the deleted notes are not emptied once more before the recovery.
+// Without `emptiedForRecovery`. Kept: five-emptied-lists.
 constexpr RowKind kNotes[] = {
     {.live = SALVOR_FIELD(NotesContent),
      .deleted = SALVOR_FIELD(DeletedNotes),
@@ -90,7 +90,6 @@ constexpr RowKind kNotes[] = {
      .exported = 4,
      .file = "Notes"},
 };
-// Deliberate: only the live visits are exported.
 constexpr RowKind kInternet[] = {
     {.live = SALVOR_FIELD(InternetContent),
      .deleted = SALVOR_FIELD(DeletedInternet),
@@ -99,7 +98,7 @@ constexpr RowKind kInternet[] = {
      .zeroed = Zeroed::None,
      .exported = 11,
      .file = "Internet history",
-     .deletedExported = false},
+     .deletedExported = false},  // Kept: live-visits-only.
 };
 constexpr RowKind kCalendar[] = {
     {.live = SALVOR_FIELD(CalendarContent),
@@ -116,11 +115,9 @@ void clear(ScanState& state) {
     ((state.*Fields).clear(), ...);
 }
 
-// Deliberate: contacts, notes and calendar show the number of messages, which a scan of the
-// category alone does not even read. The spelling of the texts is deliberate, too.
+// Contacts, notes and calendar show the number of messages. Kept: message-count-for-most.
 //
-// Calls are named, and conversations put together, from the contacts. Deliberate: calls clear their
-// finished flag after that wait, messages before it; and the moments of the presets differ.
+// Calls are named, and conversations put together, from the contacts. Kept: moments-of-flags.
 constexpr std::array kTable{
     CategoryFacts{
         .category = Category::Messages,
@@ -218,7 +215,9 @@ constexpr std::array kTable{
         .word = "notes",
         .title = "Notes",
         .reading = {"Notes", "Notes Retreived"},
-        .worker = {.name = "notesStart", .preset = FlagPreset::BeforeStart},
+        .worker = {.name = "notesStart",
+                   .preset = FlagPreset::BeforeStart,
+                   .presetTwice = Category::Calls},
         .places = {.reading = 5,
                    .worker = 3,
                    .wait = 3,

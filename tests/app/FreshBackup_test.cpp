@@ -49,7 +49,7 @@ TEST(FreshBackups, AreJudgedByTheirEndTheirHelperAndWhatLiesThere) {
         {End::NotStarted, notStarted(), false, false, NotStarted,
          "helper: No such file (it is in the package"},
         {End::MissingPropertyLists, ended(0), true, false, MissingPropertyLists,
-         ". Do you want to continue anyway?"},
+         "Not able to recover data. Do you want to continue anyway?"},
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.text);

@@ -47,7 +47,9 @@ TEST_F(Conversions, OfAMessage) {
               "RowID=-1, handleID=7, Address=+1555, LocalTime=2013-01-01 10:00:00, Message=hello, "
               "Type=Received from, service=iMessage, GUID=G, isRecovered=true");
     message.IsFromMe = true;
-    EXPECT_EQ(message.generateSMSObject(context_)->Type, "Sent to");
+    const auto row = message.generateSMSObject(context_);
+    EXPECT_EQ(row->Type, "Sent to");
+    EXPECT_EQ(std::pair(row->RowID, row->RowId), std::pair(-1, 0));
 }
 
 TEST_F(Conversions, TakeAMessagesAddressFromItsHandleOrNumberIt) {
@@ -203,6 +205,15 @@ TEST(NoteBodies, BecomeNotesNamedByTheirBeginning) {
         EXPECT_EQ(note->noteBody, body);
         EXPECT_EQ(note->Recovered, body->Recovered);
     }
+}
+
+TEST(Records, DenyTheSecondOfTheirRecoveredFlagsAlone) {
+    baseRecoveryObject record;
+    record.Recovered = true;
+    EXPECT_TRUE(record.NotRecovered());
+    record.isRecovered = true;
+    record.Recovered = false;
+    EXPECT_FALSE(record.NotRecovered());
 }
 
 /// Two records are equal while these texts are, and none of them is absent.

@@ -50,6 +50,20 @@ TEST(Categories, AreGoneThroughInTheirOrders) {
               "CONSOLIDATE_DATABASE");
 }
 
+TEST(Categories, HaveWorkersThatSetTheirFlagsInTheirOwnWay) {
+    EXPECT_EQ(joined(categories(),
+                     [](const CategoryFacts& facts) {
+                         constexpr const char* kPresets[] = {"unmade", "unstarted", "started"};
+                         const auto& worker = facts.worker;
+                         return fmt::format("{}-{}{}{}", facts.word,
+                                            kPresets[static_cast<int>(worker.preset)],
+                                            worker.presetTwice == Category::Calls ? "-twice" : "",
+                                            worker.clearsFlagAfterWait ? "-late" : "");
+                     }),
+              "messages-unmade photos-started contacts-started calls-started-late "
+              "whatsapp-started notes-unstarted-twice internet-started calendar-started");
+}
+
 TEST(Categories, CountAndEmptyTheirLists) {
     ScanState state;
     state.SMSContent.resize(2);

@@ -79,8 +79,7 @@ void Controller::presetFlags(Category running) {
     for (const CategoryFacts& facts : categories()) {
         if (facts.category != running) finished(facts.category).set();
     }
-    // Deliberate: notes alone sets the call-history flag twice.
-    if (running == Category::Notes) callHistoryFinished.set();
+    if (const auto twice = factsOf(running).worker.presetTwice) finished(*twice).set();
 }
 
 void Controller::checkForRecovery() const {

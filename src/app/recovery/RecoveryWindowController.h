@@ -24,8 +24,8 @@ class RecoveryWindowController {
     RecoveryWindowController& operator=(const RecoveryWindowController&) = delete;
 
     /// Waits for the signatures, runs the workers of `dataType` and returns when every finished
-    /// flag is set. A stop request on `cancelled` is a `cancelScan`. Deliberate: an unknown code
-    /// starts and presets nothing, and returns only if all flags are set already.
+    /// flag is set. A stop request on `cancelled` is a `cancelScan`. An unknown code starts and
+    /// presets nothing. Kept: unknown-code-waits.
     void RecoverDeletedData(int dataType, ScanState& state, ServiceRunner& services,
                             std::stop_token cancelled = {});
 

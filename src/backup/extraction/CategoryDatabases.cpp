@@ -47,12 +47,12 @@ constexpr std::array kRules{
     NameRule{&ScanState::CALLHISTORY_DATABASE, Stored::CallsFrom8, from<8>},
     NameRule{&ScanState::INTERNET_HISTROY_DATABASE, Stored::SafariPagesBefore7, always},
     NameRule{&ScanState::INTERNET_HISTROY_DATABASE, Stored::SafariPagesFrom7, from<7>},
-    // Deliberate: it is the WhatsApp file whose absence decides, whatever the version.
+    // Kept: whatsapp-decides-history.
     NameRule{&ScanState::INTERNET_HISTROY_DATABASE, Stored::SafariSuspendState,
              withoutFirstWhatsApp},
 };
 
-// Deliberate: the size counts as a 32-bit number, so that a multiple of 4 GiB is empty.
+// Kept: four-gib-is-empty.
 bool hasContent(const ScanState& state, Stored wanted) {
     const auto file = state.backupFiles()->find(storedNameOf(wanted));
     return file && static_cast<std::uint32_t>(file.size) != 0;

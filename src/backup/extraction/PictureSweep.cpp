@@ -69,7 +69,7 @@ class Sweep {
                 return addPhoto(files, index, "JPG");
             case PictureKind::QuickTime:
                 return addVideo(files, index);
-            // Pictures whose first segment is Exif are left out: deliberate.
+            // Kept: exif-pictures-left-out.
             case PictureKind::ExifJpeg:
             case PictureKind::Database:
             case PictureKind::Other:

@@ -24,8 +24,8 @@ class SQLiteHeader {
 
     std::string SQLiteDatabaseFileFullPath;
     Text Signature;  ///< the first 100 bytes as ASCII; absent when they are not ASCII
-    /// As stored. The value 1, which stands for pages of 65536 bytes, is deliberately not
-    /// translated: the page loops then step one byte at a time.
+    /// As stored: the value 1, which stands for pages of 65536 bytes, is not translated.
+    /// Kept: page-size-as-stored.
     std::int32_t PageSize = 0;
     std::int32_t NumberOfPages = 0;
     std::int32_t PageNumberOfFirstListTrunkPage = 0;

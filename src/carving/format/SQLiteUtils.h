@@ -15,9 +15,9 @@ namespace salvor {
 /// does not lie wholly inside the data yields nothing; the caller decides what that ends.
 class SQLiteUtils {
   public:
-    /// Every varint is read through a window of this many bytes. The window must lie inside the
-    /// data even when the encoding is shorter: deliberate, the end of most searched regions is
-    /// reached by such a failing read.
+    /// Every varint is read through a window of this many bytes, which must lie inside the data
+    /// even when the encoding is shorter: the end of most searched regions is reached by such a
+    /// failing read. Kept: nine-byte-window.
     static constexpr std::size_t kVarintSpan = 9;
 
     static std::optional<std::uint16_t> convertToint16fromData(Bytes data, std::size_t location);
@@ -41,8 +41,8 @@ class SQLiteUtils {
     static std::vector<std::uint8_t> reverseData(Bytes data);
     static bool IsOdd(std::int64_t number) { return (number & 1) != 0; }
     static bool IsEven(std::int64_t number) { return (number & 1) == 0; }
-    /// Whether bit `bitToCheck` modulo 32 is set. The answer is cut to 8 bits, so bits 8 to 31
-    /// never count as set: deliberate.
+    /// Whether bit `bitToCheck` modulo 32 is set. The answer is cut to 8 bits. Kept:
+    /// eight-bits-only.
     bool isBitSet(std::int32_t value, std::int32_t bitToCheck) const;
 };
 

@@ -126,8 +126,7 @@ MatchResult PatternMatcher::tryPosition(const CompiledPattern& pattern, std::int
         if (info != nullptr) info->Header.push_back({serialType, bytes});
     };
     std::int64_t taken = 0;
-    // A header cut off by the end of the data counts as a match: deliberate, such records stand
-    // at the end of freeblocks and pages.
+    // A header cut off by the end of the data counts as a match. Kept: cut-header-matches.
     for (std::size_t column = 0;
          column < pattern.columns.size() && position + taken <= length() - 1;) {
         if (column == 0 && !pattern.beginsWithRowId) {

@@ -23,7 +23,7 @@ struct SQLiteTableHeaderInfo {
     std::int32_t HeaderLength() const { return headerDataTaken; }
     /// First byte of the record's column data.
     std::int64_t DataStartIndex() const { return HeaderStartIndex + HeaderLength(); }
-    /// The sum of the header bytes, not the size of the column data: deliberate.
+    /// The sum of the header bytes, not the size of the column data. Kept: header-sum.
     std::int64_t DataContentLength() const {
         std::int64_t sum = 0;
         for (const auto& entry : Header) sum += entry[1];

@@ -9,8 +9,7 @@
 namespace salvor {
 namespace {
 
-// A single blank unless the date lies in the future: deliberate, a device cannot have read or
-// delivered a message then.
+// Kept: future-dates-only.
 std::string futureOrBlank(const std::optional<Date>& date) {
     return date && *date > DateUtils::now() ? DateUtils::DateTimeToString(*date) : " ";
 }

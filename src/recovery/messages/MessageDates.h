@@ -14,7 +14,7 @@ void storeMessageDate(Message& message, const OptionalColumnValue& value);
 /// single blank.
 void storeMessageDateRead(Message& message, const OptionalColumnValue& value);
 /// As for the read date, but the empty text goes into the read date and leaves the delivered one
-/// alone: deliberate.
+/// alone. Kept: delivered-empties-read.
 void storeMessageDateDelivered(Message& message, const OptionalColumnValue& value);
 
 }  // namespace salvor

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "sql/SqlFormat.h"
+
 namespace salvor {
 namespace {
 
@@ -41,7 +42,7 @@ void MessageHandleSQLiteRecovery::recordCarved(const std::shared_ptr<MessageHand
 
 bool MessageHandleSQLiteRecovery::isLive(const MessageHandle& handle) {
     if (database_ == nullptr) return false;
-    // The values stand in the statement without quotes: deliberate.
+    // Kept: unquoted-values.
     const auto sql = formatSql(
         "SELECT ROWID, id, country, service FROM handle where id=%@ and country=%@ and service=%@",
         {handle.Id, handle.Country, handle.Service});

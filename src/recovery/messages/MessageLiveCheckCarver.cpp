@@ -37,8 +37,7 @@ void MessageLiveCheckCarver::CheckIfinDB(const std::filesystem::path& path) {
 }
 
 bool MessageLiveCheckCarver::CheckMessageInDB(const Message& message, FMDBUtils& database) const {
-    // The text stands in the statement without quotes: deliberate. The guards of the connection
-    // make such a statement harmless.
+    // Kept: unquoted-values.
     auto sql = formatSql("SELECT text, date FROM message where text=%@", {message.Text});
     if (message.OriginalDate > 0) sql += fmt::format(" and date={:f}", message.OriginalDate);
     return database.executeQuery(sql).next();

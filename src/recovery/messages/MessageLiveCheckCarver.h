@@ -24,10 +24,10 @@ class MessageLiveCheckCarver : public RecordCarver<AbstractSqLiteRecovery, Messa
     MessageLiveCheckCarver(ScanState& state, std::stop_token cancelled,
                            const SignatureUse<Message>& use, std::string version);
 
-    /// The patterns that support the version. They replace the signature's own, so that a later
-    /// carver of the table sees no others: deliberate. Carvers of other categories run beside this
-    /// one, but a signature is touched by the workers of its own category alone, one after the
-    /// other, so nothing is locked here.
+    /// The patterns that support the version. They replace the signature's own. Kept:
+    /// narrowed-for-later-carvers. Carvers of other categories run beside this one, but a signature
+    /// is touched by the workers of its own category alone, one after the other, so nothing is
+    /// locked here.
     TablePatterns choosePatterns() override;
     void recordCarved(const std::shared_ptr<Message>& message) override;
     void afterRecovery() override { CheckIfinDB(fullDBPath); }

@@ -7,7 +7,7 @@
 namespace salvor {
 
 /// Carves deleted messages of iOS 5 and 6 databases. Its counts go to messages, iMessages and
-/// FaceTime calls alike.
+/// FaceTime calls alike. Kept: one-count-for-three.
 class MessagesIOS5_6SQLiteRecovery : public MessageLiveCheckCarver {
   public:
     static const SignatureUse<Message> kSignature;

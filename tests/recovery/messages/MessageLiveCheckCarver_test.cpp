@@ -38,6 +38,18 @@ TEST_F(LiveCheck, KeepsWhatHasTextAndDateAndNoLiveRow) {
               "Date=2013-09-04 15:06:40|IsFromMe=true|Flags=33");
 }
 
+TEST_F(LiveCheck, CountsMessagesOfIos5And6ForThreeCategories) {
+    struct Counting : MessagesIOS5_6SQLiteRecovery {
+        using MessagesIOS5_6SQLiteRecovery::incrementRecoveryCount;
+        using MessagesIOS5_6SQLiteRecovery::MessagesIOS5_6SQLiteRecovery;
+    };
+    state.DeletedSMSCount = 6;
+    EXPECT_EQ(Counting(state).incrementRecoveryCount(), 7);
+    for (const auto* count :
+         {&state.DeletedSMSCount, &state.DeletediMessageCount, &state.DeletedFaceTimeCount})
+        EXPECT_EQ(*count, 7);
+}
+
 TEST_F(LiveCheck, NarrowsTheSharedSignature) {
     const auto signature = state.recoverySignatures->Find("HomeDomain", "sms.db", "MESSAGE");
     carve<MessagesIOS5_6SQLiteRecovery>();
