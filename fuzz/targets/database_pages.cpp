@@ -69,12 +69,11 @@ SALVOR_FUZZ_TARGET(database_pages) {
     const auto rows = carve(options, file);
     checkOrigins(rows, input.size());
     if (input.size() > kMostCompared) return;
-    reference::Events ignored;
     const auto patterns = fuzz::referencePatterns(
         options.version ? chosen.FindPatternsByVersion(*options.version) : chosen.TablePatterns);
     const auto wrong = reference::difference(
         reference::carvePlainly(patterns, {options.fullSearch, options.callList, true},
-                                {input.begin(), input.end()}, ignored),
+                                {input.begin(), input.end()}),
         rows);
     fuzz::expect(wrong.empty(), wrong);
 }

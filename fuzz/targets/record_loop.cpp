@@ -33,11 +33,10 @@ TablePatterns patternsOf(const Choice& choice) {
 }
 
 std::vector<CarvedRow> expectedRows(const Choice& choice, const std::vector<Bytes>& regions) {
-    reference::Events ignored;
     reference::PlainOptions options;
     options.deduplicate = choice.deduplicate;
     const auto patterns = fuzz::referencePatterns(patternsOf(choice));
-    reference::PlainRecordLoop loop(patterns, options, ignored);
+    reference::PlainRecordLoop loop(patterns, options);
     loop.processOffset = choice.processOffset;
     for (const Bytes region : regions) {
         const reference::Buffer data(region.begin(), region.end());

@@ -9,31 +9,6 @@
 namespace salvor::testing {
 namespace {
 
-TEST(SQLiteUtilsTest, DecodesVarints) {
-    const struct {
-        Buffer bytes;
-        std::int64_t value;
-        std::int32_t length;
-    } cases[] = {
-        {{0x7F}, 127, 1},
-        {{0x81, 0x00}, 128, 2},
-        {{0x80, 0x01}, 1, 2},
-        {{0xFF, 0x7F}, 16383, 2},
-        {{0x81, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x00}, std::int64_t{1} << 57, 9},
-        {{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F}, (std::int64_t{1} << 56) - 1, 8},
-        {Buffer(9, 0xFF), -1, 9},
-        {{0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0xFE}, 0xFE, 9},
-    };
-    for (const auto& [bytes, value, length] : cases) {
-        Buffer padded = bytes;
-        padded.resize(9);
-        const auto decoded = SQLiteUtils::convertRealVarintToIntfromByteArray(padded, 0);
-        ASSERT_TRUE(decoded);
-        EXPECT_EQ(decoded->value, value);
-        EXPECT_EQ(decoded->position, length);
-    }
-}
-
 TEST(SQLiteUtilsTest, VarintNeedsNineBytesHoweverShortItIs) {
     const Buffer bytes(12, 0x05);
     EXPECT_TRUE(SQLiteUtils::convertVarintToIntfromByteArray(bytes, 3));
@@ -41,19 +16,6 @@ TEST(SQLiteUtilsTest, VarintNeedsNineBytesHoweverShortItIs) {
         EXPECT_FALSE(SQLiteUtils::convertVarintToIntfromByteArray(bytes, index)) << index;
     }
     EXPECT_FALSE(SQLiteUtils::convertVarintToIntfromByteArray(bytes, SIZE_MAX - 2));
-}
-
-TEST(SQLiteUtilsTest, ReadsFreeblocks) {
-    const Buffer data{9, 0x12, 0x34, 0, 6, 'a', 'b', 'c'};
-    EXPECT_EQ(SQLiteUtils::convertToint16fromData(data, 1), 4660);
-    EXPECT_EQ(SQLiteUtils::NextFreeblockOffset(data, 1), 4660);
-    EXPECT_EQ(SQLiteUtils::FreeblockSize(data, 1), 6);
-    const auto block = SQLiteUtils::FreeblockData(data, 1);
-    ASSERT_TRUE(block);
-    EXPECT_EQ(Buffer(block->begin(), block->end()), (Buffer{0x12, 0x34, 0, 6, 'a', 'b'}));
-    EXPECT_FALSE(SQLiteUtils::FreeblockData(data, 5));
-    EXPECT_FALSE(SQLiteUtils::FreeblockData(Buffer({0, 0, 0, 5}), 0));
-    EXPECT_FALSE(SQLiteUtils::convertToint16fromData(data, 7));
 }
 
 TEST(SQLiteUtilsTest, BitTestSeesTheLowestEightBitsOnly) {

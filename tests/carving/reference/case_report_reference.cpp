@@ -7,38 +7,33 @@
 namespace salvor::reference {
 namespace {
 
-std::string printable(const std::string& text) {
+std::string printable(std::string_view text) {
     std::string out;
     for (const char c : text) {
-        if (c >= ' ' && c < 127 && c != '\\')
-            out += c;
-        else
-            out += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
+        const bool plain = c >= ' ' && c < 127 && c != '\\';
+        out += plain ? std::string(1, c) : fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
     }
     return out;
 }
 
-struct DescribeValue {
-    std::string operator()(std::int64_t value) const { return fmt::format("{}", value); }
-    std::string operator()(double value) const {
-        return fmt::format("double {:016x}", std::bit_cast<std::uint64_t>(value));
-    }
-    std::string operator()(const std::string& value) const {
-        return fmt::format("\"{}\"", printable(value));
-    }
-};
-
-/// One row on one line; doubles by their bits, so that two lines are equal when the rows are.
-std::string describe(const CarvedRow& row) {
-    std::string text = fmt::format("{} at {} page {} {}", row.rowId, row.origin.offset,
-                                   row.origin.page, toString(row.origin.space));
-    for (const auto& [name, value] : row.columns)
-        text += fmt::format(" {}={}", name, value ? std::visit(DescribeValue(), *value) : "absent");
-    return text;
+/// Doubles by their bits, so that two texts are equal when the values are.
+std::string describe(const OptionalColumnValue& value) {
+    if (!value) return "absent";
+    if (const auto* text = std::get_if<std::string>(&*value)) return "\"" + printable(*text) + "\"";
+    if (const auto* real = std::get_if<double>(&*value))
+        return fmt::format("double {:016x}", std::bit_cast<std::uint64_t>(*real));
+    return std::to_string(std::get<std::int64_t>(*value));
 }
 
+/// On one line.
 std::string rowAt(const std::vector<CarvedRow>& rows, std::size_t index) {
-    return index < rows.size() ? describe(rows[index]) : "no row";
+    if (index >= rows.size()) return "no row";
+    const auto& [database, offset, page, space] = rows[index].origin;
+    std::string text =
+        fmt::format("{} at {} page {} {}", rows[index].rowId, offset, page, toString(space));
+    for (const auto& [name, value] : rows[index].columns)
+        text += fmt::format(" {}={}", name, describe(value));
+    return text;
 }
 
 }  // namespace

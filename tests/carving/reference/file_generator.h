@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "pattern_generator.h"
@@ -12,11 +11,6 @@ namespace salvor::reference {
 
 /// A file that no SQLite ever wrote: pages of random kind with records in their free space.
 Buffer makeSyntheticFile(RandomSource& random, const std::vector<PlannedPattern>& patterns);
-
-/// A database that SQLite wrote in `folder`, with rows deleted; `patterns` are replaced by ones
-/// that fit its rows.
-Buffer makeSqliteFile(RandomSource& random, const std::string& folder,
-                      std::vector<PlannedPattern>& patterns);
 
 /// Flips bytes, cuts the file, changes the header's fields and the pages' pointers.
 void damageFile(RandomSource& random, Buffer& file);

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "carving/TableCarver.h"
-#include "engine_events.h"
 #include "plain_buffer.h"
 #include "plain_pattern.h"
 
@@ -19,10 +18,9 @@ struct PlainOptions {
 };
 
 /// The carving engine once more: slow, plain, with copied buffers and with exceptions for reads
-/// past an end, so that it can be checked against the rules by reading. Holds nothing in common
-/// with the real engine but the shape of a row.
+/// past an end, so that it can be checked by reading. Holds nothing in common with the real engine
+/// but the shape of a row.
 std::vector<CarvedRow> carvePlainly(const std::vector<PlainPattern>& patterns,
-                                    const PlainOptions& options, const Buffer& file,
-                                    Events& events);
+                                    const PlainOptions& options, const Buffer& file);
 
 }  // namespace salvor::reference

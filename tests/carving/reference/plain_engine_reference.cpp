@@ -23,8 +23,8 @@ std::int64_t signedField(const Buffer& file, std::int64_t offset) {
 class PlainEngine {
   public:
     PlainEngine(const std::vector<PlainPattern>& patterns, const PlainOptions& options,
-                const Buffer& file, Events& events)
-        : loop_(patterns, options, events), options_(options), file_(file), events_(events) {}
+                const Buffer& file)
+        : loop_(patterns, options), options_(options), file_(file) {}
 
     std::vector<CarvedRow> carve();
 
@@ -43,7 +43,6 @@ class PlainEngine {
     PlainRecordLoop loop_;
     PlainOptions options_;
     const Buffer& file_;
-    Events& events_;
     DatabaseHeader header_;
 };
 
@@ -89,8 +88,6 @@ void PlainEngine::carveAutoVacuum() {
         position += header_.pageSize;
         if (n == nextPointerMapPage) {
             pointerMapPages += 1;
-            if (pointerMapPages == 2) events_.count(Event::SecondPointerMapPage);
-            if (pointerMapPages == 3) events_.count(Event::ThirdPointerMapPage);
             nextPointerMapPage = readPointerMap(page, pointerMapPages, nextPointerMapPage);
         } else if (n > 1) {
             carvePage(page, n);
@@ -117,12 +114,10 @@ void PlainEngine::carveAfterRoot() {
         for (std::int64_t block = 1; fileSize() - position >= header_.pageSize; ++block) {
             const Buffer data = subrange(file_, position, header_.pageSize);
             const std::int64_t number = position / header_.pageSize + 1;
-            if (block == 2) events_.count(Event::SecondAfterRootBlock);
             loop_.parse({data, position, number, CarvedSpace::AfterRoot}, 0);
             position += header_.pageSize;
         }
-    } catch (const RangeFailure&) {
-        events_.count(Event::FailingReadAfterRoot);
+    } catch (const RangeFailure&) {  // ends the pass, or the page
     }
 }
 
@@ -136,13 +131,10 @@ void PlainEngine::carveFreeList() {
             const std::int64_t length = std::min(left, header_.pageSize);
             const Buffer data = subrange(file_, position, length);
             const std::int64_t number = position / header_.pageSize + 1;
-            if (length < header_.pageSize) events_.count(Event::ShortFreeListBlock);
-            if (block == 2) events_.count(Event::SecondFreeListBlock);
             loop_.parse({data, position, number, CarvedSpace::FreeList}, 0);
             position += length;
         }
-    } catch (const RangeFailure&) {
-        events_.count(Event::FailingReadInFreeList);
+    } catch (const RangeFailure&) {  // ends the pass, or the page
     }
 }
 
@@ -153,36 +145,23 @@ void PlainEngine::carvePage(const Buffer& page, std::int64_t number) {
     }
     try {
         loop_.parse({page, (number - 1) * header_.pageSize, number, CarvedSpace::Page}, 0);
-    } catch (const RangeFailure&) {
-        events_.count(Event::FailingReadInWholePage);
+    } catch (const RangeFailure&) {  // ends the pass, or the page
     }
 }
 
 void PlainEngine::carveTreePage(const Buffer& page, std::int64_t number) {
-    Event failure = Event::FailingReadOfPage;
     try {
         const std::uint64_t type = bigEndian(page, 0, 1);
-        if (type != 5 && type != 10 && type != 13) {
-            events_.count(Event::SkippedPageType);
-            return;
-        }
+        if (type != 5 && type != 10 && type != 13) return;
         const auto cells = static_cast<std::int64_t>(bigEndian(page, 3, 2));
         auto contentStart = static_cast<std::int64_t>(bigEndian(page, 5, 2));
         if (contentStart == 0) contentStart = 65536;
         const std::int64_t start = (cells + 8) * 2;
-        if (contentStart <= start) {
-            events_.count(Event::ContentStartNotAbove);
-            return;
-        }
-        if (contentStart > static_cast<std::int64_t>(page.size()))
-            events_.count(Event::ContentStartPastPage);
+        if (contentStart <= start) return;
         const Buffer gap = subrange(page, start, contentStart - start);
-        failure = Event::FailingReadInGap;
         loop_.parse({gap, (number - 1) * header_.pageSize + start, number, CarvedSpace::Gap}, 0);
-        failure = Event::FailingReadInFreeblock;
         carveFreeblocks(page, number);
     } catch (const RangeFailure&) {
-        events_.count(failure);
         loop_.processOffset = 0;
     }
 }
@@ -191,25 +170,14 @@ void PlainEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
     std::set<std::int64_t> visited;
     auto offset = static_cast<std::int64_t>(bigEndian(page, 1, 2));
     while (offset != 0) {
-        if (offset >= static_cast<std::int64_t>(page.size())) {
-            events_.count(Event::FreeblockPastEnd);
-            return;
-        }
-        if (!visited.insert(offset).second) {
-            events_.count(Event::FreeblockLoop);
-            return;
-        }
-        if (visited.size() == 2) events_.count(Event::FreeblockAfterFreeblock);
+        if (offset >= static_cast<std::int64_t>(page.size())) return;
+        if (!visited.insert(offset).second) return;
         const auto size = static_cast<std::int64_t>(bigEndian(page, offset + 2, 2));
-        if (offset + size > static_cast<std::int64_t>(page.size()))
-            events_.count(Event::FreeblockCut);
         const Buffer freeblock = subrange(page, offset, size);
         loop_.processOffset = options_.callList ? 0 : 1;
-        if (options_.callList) events_.count(Event::FreeblockUnshifted);
         const std::int64_t base = (number - 1) * header_.pageSize + offset;
         loop_.parse({freeblock, base, number, CarvedSpace::Freeblock}, 3);
         loop_.processOffset = 0;
-        if (size < 2) events_.count(Event::FreeblockTooSmallForNext);
         offset = static_cast<std::int64_t>(bigEndian(freeblock, 0, 2));
     }
 }
@@ -217,9 +185,8 @@ void PlainEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
 }  // namespace
 
 std::vector<CarvedRow> carvePlainly(const std::vector<PlainPattern>& patterns,
-                                    const PlainOptions& options, const Buffer& file,
-                                    Events& events) {
-    return PlainEngine(patterns, options, file, events).carve();
+                                    const PlainOptions& options, const Buffer& file) {
+    return PlainEngine(patterns, options, file).carve();
 }
 
 }  // namespace salvor::reference

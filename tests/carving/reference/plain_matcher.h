@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine_events.h"
 #include "plain_buffer.h"
 #include "plain_pattern.h"
 
@@ -22,13 +21,12 @@ struct MatchedHeader {
     std::int64_t rowId = 0;
     const PlainPattern* pattern = nullptr;
     std::int64_t taken = 0;
-    bool cutOff = false;
 };
 
 /// Tries the patterns one after another, each at every position of the buffer.
 class PlainMatcher {
   public:
-    PlainMatcher(const std::vector<PlainPattern>& patterns, Events& events);
+    explicit PlainMatcher(const std::vector<PlainPattern>& patterns);
     MatchedHeader find(const Buffer& buffer, std::int64_t start) const;
 
   private:
@@ -36,7 +34,6 @@ class PlainMatcher {
                  MatchedHeader& info) const;
 
     std::vector<PlainPattern> patterns_;
-    Events& events_;
 };
 
 }  // namespace salvor::reference

@@ -18,14 +18,9 @@ bool anyAccepts(const std::vector<std::int32_t>& codes, std::int64_t type) {
 
 }  // namespace
 
-PlainMatcher::PlainMatcher(const std::vector<PlainPattern>& patterns, Events& events)
-    : events_(events) {
-    for (const PlainPattern& pattern : patterns) {
-        if (pattern.hasHeader)
-            patterns_.push_back(pattern);
-        else
-            events_.count(Event::PatternWithoutHeader);
-    }
+PlainMatcher::PlainMatcher(const std::vector<PlainPattern>& patterns) {
+    for (const PlainPattern& pattern : patterns)
+        if (pattern.hasHeader) patterns_.push_back(pattern);
 }
 
 bool PlainMatcher::matchAt(const Buffer& buffer, std::int64_t p, const PlainPattern& pattern,
@@ -34,12 +29,8 @@ bool PlainMatcher::matchAt(const Buffer& buffer, std::int64_t p, const PlainPatt
     const auto length = static_cast<std::int64_t>(buffer.size());
     for (std::size_t c = 0; c < columns.size();) {
         const std::int64_t at = p + info.taken;
-        if (at > length - 1) {
-            info.cutOff = true;
-            return true;
-        }
+        if (at > length - 1) return true;  // a header that the end cuts off
         if (c == 0 && columns[0][0] >= 1) {
-            if (at < 0) events_.count(Event::FailingReadBeforeRegion);
             const VarInt rowId = readVarint(buffer, at);
             info.rowId = rowId.value;
             info.entries.insert(info.entries.end(), {{0, rowId.length}, {0, 1}, {0, 1}});
@@ -61,29 +52,18 @@ bool PlainMatcher::matchAt(const Buffer& buffer, std::int64_t p, const PlainPatt
 }
 
 MatchedHeader PlainMatcher::find(const Buffer& buffer, std::int64_t start) const {
-    bool rowIdDecoded = false;
-    for (std::size_t i = 0; i < patterns_.size(); ++i) {
-        const PlainPattern& pattern = patterns_[i];
+    for (const PlainPattern& pattern : patterns_) {
         const auto last = static_cast<std::int64_t>(buffer.size()) -
                           static_cast<std::int64_t>(pattern.columns.size());
         for (std::int64_t p = start; p <= last; ++p) {
             MatchedHeader info;
-            if (matchAt(buffer, p, pattern, info)) {
-                info.valid = true;
-                info.start = p;
-                info.pattern = &pattern;
-                events_.count(Event::Match);
-                if (i > 0) events_.count(Event::LaterPatternMatch);
-                if (p < 0) events_.count(Event::MatchBeforeRegion);
-                if (info.cutOff) events_.count(Event::HeaderCutOff);
-                if (rowIdDecoded && pattern.columns[0][0] < 1)
-                    events_.count(Event::RowIdFromEarlierPattern);
-                return info;
-            }
-            if (info.rowId != 0) rowIdDecoded = true;
+            if (!matchAt(buffer, p, pattern, info)) continue;
+            info.valid = true;
+            info.start = p;
+            info.pattern = &pattern;
+            return info;
         }
     }
-    events_.count(Event::RegionWithoutMatch);
     return {};
 }
 

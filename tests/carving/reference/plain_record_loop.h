@@ -23,8 +23,7 @@ struct Region {
 /// field filled last outlive a region.
 class PlainRecordLoop {
   public:
-    PlainRecordLoop(const std::vector<PlainPattern>& patterns, const PlainOptions& options,
-                    Events& events);
+    PlainRecordLoop(const std::vector<PlainPattern>& patterns, const PlainOptions& options);
 
     std::vector<CarvedRow> rows;
     std::int64_t processOffset = 0;
@@ -39,7 +38,6 @@ class PlainRecordLoop {
     void readBlob(const Buffer& data, std::int64_t length);
     void readText(const Buffer& data, std::int64_t length);
     void correctDataStart(const Buffer& text, bool whollyInside);
-    void applyCorrection(std::int64_t correction, bool whollyInside);
     void fillModel(const OptionalColumnValue& value);
     std::int64_t verifyDataPosition(const Buffer& text) const;
     void handOn(const Region& region, const MatchedHeader& header);
@@ -47,7 +45,6 @@ class PlainRecordLoop {
 
     PlainMatcher matcher_;
     PlainOptions options_;
-    Events& events_;
 
     // Live as long as the carving.
     std::int64_t dataOffset_ = 0;
@@ -63,7 +60,6 @@ class PlainRecordLoop {
     std::int64_t consumed_ = 0;
     bool secondReading_ = false;
     bool correctionApplied_ = false;
-    bool fieldSetByRecord_ = false;
 };
 
 }  // namespace salvor::reference

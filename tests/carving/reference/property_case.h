@@ -22,7 +22,6 @@ struct PropertyCase {
     std::string signatures;
     std::vector<PlainPattern> patterns;  ///< what the file says of the table
     Buffer file;
-    std::string kind;
     std::vector<CaseRun> runs;
 };
 
@@ -30,7 +29,7 @@ inline constexpr const char* kCaseDomain = "HomeDomain";
 inline constexpr const char* kCaseDatabase = "test.db";
 inline constexpr const char* kCaseTable = "T";
 
-/// The same case for the same seed. `folder` is for databases while they are written.
-PropertyCase makeCase(std::uint64_t seed, const std::string& folder);
+/// The same case for the same seed.
+PropertyCase makeCase(std::uint64_t seed);
 
 }  // namespace salvor::reference

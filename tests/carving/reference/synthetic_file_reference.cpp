@@ -95,7 +95,8 @@ Buffer SyntheticFile::treePage() {
         std::copy(gap.begin(), gap.end(), page.begin() + start);
         placeFreeblocks(page, content);
     }
-    if (content == pageSize_ && random_.chance(50)) placeFreeblocks(page, start);
+    if ((content == pageSize_ || content == start) && random_.chance(50))
+        placeFreeblocks(page, start);
     return page;
 }
 

@@ -41,15 +41,5 @@ TEST_F(PatternMatcherTest, FindsEveryHeaderWhereMoreFitThanAreRemembered) {
         ASSERT_EQ(positionFrom(offset), offset);
 }
 
-TEST_F(PatternMatcherTest, FindsWhatStandsInFrontOfAFailedRead) {
-    expected_ = "[0];[8];[9]";
-    std::vector<std::uint8_t> region(64);
-    region[21] = 8;
-    region[22] = 9;
-    search({makePattern(expected_)}, region);
-    for (const auto& [offset, position] : {std::pair(0, 20), {21, -1}, {5, 20}})
-        EXPECT_EQ(positionFrom(offset), position) << offset;
-}
-
 }  // namespace
 }  // namespace salvor

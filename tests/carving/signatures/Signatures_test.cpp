@@ -102,23 +102,6 @@ TEST(SignaturesTest, CodesAcceptTheirClasses) {
     }
 }
 
-TEST(SignaturesTest, FindsTheFirstOfEqualNamesAndItsVersions) {
-    const auto signatures = load(R"(<signatures>
-        <signature name="D" database="B" table="T">
-          <pattern><version value="iOS45"/><header>[0]</header></pattern>
-          <pattern><header>[0];[1]</header></pattern>
-          <pattern><version value="iOS5"/><header>[0];[2]</header></pattern></signature>
-        <signature name="D" database="B" table="T"/></signatures>)");
-    const auto signature = signatures.Find("D", "B", "T");
-    ASSERT_TRUE(signature);
-    EXPECT_EQ(signature->TablePatterns.size(), 3u);
-    const auto patterns = signature->FindPatternsByVersion("iOS5");
-    ASSERT_EQ(patterns.size(), 2u);
-    EXPECT_EQ(patterns[1]->headerPattern, "[0];[2]");
-    EXPECT_THAT(signature->FindPatternsByVersion("iOS6"), IsEmpty());
-    EXPECT_FALSE(signatures.Find("d", "B", "T"));
-}
-
 TEST(SignaturesTest, BrokenFilesLeaveWhatWasComplete) {
     const std::string good = "<signatures><signature name=\"D\" database=\"B\" table=\"T\"/>";
     const struct {
