@@ -5,10 +5,8 @@ namespace salvor {
 namespace {
 
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 using EventsProbe = CarverProbe<AppointmentsSQLiteRecovery, Appointment>;
-using OldEventsProbe = CarverProbe<AppointmentsIOS4SQLiteRecovery, Appointment>;
 
 class AppointmentsCarvers : public CategoryCarverTest {
   protected:
@@ -94,24 +92,6 @@ TEST_F(AppointmentsCarvers, ListEachNewEventOnce) {
                 ElementsAre("A-1", "A-2"));
     EXPECT_EQ(state.DeletedCalendar, state.AllDeletedCalendar);
     EXPECT_EQ(state.DeletedCalendarCount, 2);
-}
-
-TEST_F(AppointmentsCarvers, ARunCarvesAndFiltersWithoutALiveRow) {
-    signature("Calendar.sqlite", "CalendarItem", "[1];[1];[0];[-12];[3,4];[-12]",
-              {{"summary", 3}, {"start_date", 4}, {"unique_identifier", 5}});
-    sql("CREATE TABLE CalendarItem (ROWID INTEGER PRIMARY KEY, summary, start_date, "
-        "unique_identifier)",
-        {{"(ROWID INTEGER PRIMARY KEY, a, b, c)",
-          "(2, 'Dentist', 10000000, '-gone-2'), (3, 'Lunch', 10000000, '-gone-3')"}});
-    carver.DoRecoveryPath(database);
-    EXPECT_THAT(textsOf(state.DeletedCalendar, &Calendar::Summary),
-                UnorderedElementsAre("Dentist", "Lunch"));
-    EXPECT_EQ(carver.filteredEvents().size(), 2U);
-
-    state.DeletedCalendar.clear();
-    state.AllDeletedCalendar.clear();
-    OldEventsProbe(state).DoRecoveryPath(database);
-    EXPECT_EQ(state.DeletedCalendar.size(), 2U);
 }
 
 TEST_F(AppointmentsCarvers, TheFilterComparesSummaryAndRawStart) {

@@ -101,15 +101,5 @@ TEST_F(Calendars, TheCheckForLiveEventsAsksForPersons) {
     EXPECT_EQ(dynamic_cast<const Appointment&>(*service.model()[0]).Summary, std::nullopt);
 }
 
-TEST_F(Calendars, BadCalendarsAreEmpty) {
-    overBadFiles(CalendarsSqliteDbName, [this] {
-        service.RecoverFromIOSBackup(device);
-        service.checkForExisitngData(device);
-        EXPECT_THAT(state.DeletedCalendar, IsEmpty());
-        EXPECT_THAT(service.recoveredFiltered(), IsEmpty());
-        EXPECT_THAT(service.model(), IsEmpty());
-    });
-}
-
 }  // namespace
 }  // namespace salvor

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "scan/ScanState.h"
 #include "util/iPhoneNumberUtils.h"
@@ -64,38 +65,21 @@ TEST(ContactLookup, FindsByNumberAndAddressLiveContactsFirst) {
 
 // The index answers as a walk with the comparison itself, asked in both directions.
 TEST(PhoneIndex, FindsTheFirstEqualNumber) {
-    const std::vector<Text> numbers = {"+44 (0)7700 900123",
-                                       "07700900123",
-                                       "900123",
-                                       "0123",
-                                       "123",
-                                       "1 2 3",
-                                       "01234",
-                                       "1234",
-                                       "\u00E4\u00F6\u00FC",
-                                       "x\u00E4\u00F6\u00FC",
-                                       "12\u00E4\u00F6\u00FC",
-                                       "\U0001F600\U0001F601",
-                                       "a\U0001F600\U0001F601",
-                                       "0",
-                                       "(0)",
-                                       "00 00",
-                                       "0000",
-                                       "",
-                                       " ",
-                                       std::nullopt,
-                                       "+447700900123",
-                                       "7700900123"};
+    std::istringstream texts(
+        "+44 (0)7700 900123|07700900123|900123|0123|123|1 2 3|01234|1234|"
+        "\u00E4\u00F6\u00FC|x\u00E4\u00F6\u00FC|12\u00E4\u00F6\u00FC|\U0001F600\U0001F601|"
+        "a\U0001F600\U0001F601|0|(0)|00 00|0000|| |+447700900123|7700900123");
+    std::vector<Text> numbers;
+    for (std::string one; std::getline(texts, one, '|');) numbers.emplace_back(one);
+    numbers.emplace_back();
     const auto equal = [](const Text& a, const Text& b) {
         return a && !a->empty() && b && !b->empty() && iPhoneNumberUtils::AreEqual(a, b) &&
                iPhoneNumberUtils::AreEqual(b, a);
     };
     for (std::size_t start = 0; start < numbers.size(); ++start) {
         // Every number comes first once.
-        std::vector<Text> known(numbers.begin() + static_cast<std::ptrdiff_t>(start),
-                                numbers.end());
-        known.insert(known.end(), numbers.begin(),
-                     numbers.begin() + static_cast<std::ptrdiff_t>(start));
+        std::vector<Text> known = numbers;
+        std::rotate(known.begin(), known.begin() + static_cast<std::ptrdiff_t>(start), known.end());
         PhoneIndex index;
         for (std::size_t i = 0; i < known.size(); ++i) index.add(known[i], i);
         for (const auto& number : numbers) {

@@ -150,20 +150,6 @@ TEST_F(Notes, FilteringDropsBodiesThatAreAttachedAndAttachesTheOthers) {
     EXPECT_EQ(service.FindNoteBodyFromOwner(8), nullptr);
 }
 
-TEST_F(Notes, BadStoresYieldNothing) {
-    for (const int version : {8, 9}) {
-        device.iOSMajorVersion = version;
-        const auto name = version == 9 ? NotesIOS9SqliteDbName : NotesIOS641SqliteDbName;
-        overBadFiles(name, [this] {
-            NotesServices service(state);
-            service.RecoverFromIOSBackup(device);
-            service.AdditionalFiltering();
-            EXPECT_TRUE(state.DeletedNotes.empty() && service.model().empty());
-            EXPECT_EQ(service.FindNoteBodyFromOwner(0), nullptr);
-        });
-    }
-}
-
 TEST_F(Notes, ValuesOfAnotherTypeAreReadAsFarAsTheyGo) {
     store(NotesIOS641SqliteDbName,
           "CREATE TABLE ZNOTE(Z_PK, ZCREATIONDATE, ZMODIFICATIONDATE, ZTITLE, ZSUMMARY);"

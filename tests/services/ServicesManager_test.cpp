@@ -1,9 +1,11 @@
 #include "services/ServicesManager.h"
 
 #include "scan/Categories.h"
+#include "scan/StoredNames.h"
 #include "services/MessageServices.h"
 #include "services/messageServicesIOS7_8.h"
 #include "tests/support/ScanFixture.h"
+#include "tests/support/Signatures.h"
 
 namespace salvor {
 namespace {
@@ -93,6 +95,31 @@ TEST_F(Manager, DrivesTheChatLayoutWhateverTheVersion) {
         device.iOSMajorVersion = version;
         ServicesManager manager(state, device);
         EXPECT_NE(dynamic_cast<messageServicesIOS7_8*>(manager.messageServ.get()), nullptr);
+    }
+}
+
+TEST_F(Manager, ServicesFindNothingInBadFiles) {
+    state.recoverySignatures = shippedSignatures();
+    const std::tuple<ServiceIndex, int, const char*> cases[] = {
+        {ServiceIndex::Messages, 7, MessagesSqliteDbName},
+        {ServiceIndex::CameraRoll, 7, PhotosSqliteDbName},
+        {ServiceIndex::Contacts, 7, ContactsIOS641SqliteDbName},
+        {ServiceIndex::CallHistory, 7, CallHistoryIOS7641SqliteDbName},
+        {ServiceIndex::Calendars, 7, CalendarsSqliteDbName},
+        {ServiceIndex::Notes, 8, NotesIOS641SqliteDbName},
+        {ServiceIndex::Notes, 9, NotesIOS9SqliteDbName},
+        {ServiceIndex::WhatsApp, 7, WhatsAppSqliteDbName}};
+    for (const auto& [service, version, name] : cases) {
+        SCOPED_TRACE(name);
+        device.iOSMajorVersion = version;
+        overBadFiles(name, [&, made = service] {
+            const auto one = builtServices().at(made)(state, device);
+            one->RecoverFromIOSBackup(device);
+            EXPECT_TRUE(one->model().empty());
+            for (const auto& [category, live, deleted] : countRecords(state, kEverything))
+                EXPECT_EQ(live + deleted, 0U) << category.word;
+        });
+        std::filesystem::remove(folder / name);
     }
 }
 

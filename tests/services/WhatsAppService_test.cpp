@@ -196,17 +196,5 @@ TEST_F(Chats, FindsProfilePicturesByEntryElseByNumber) {
     EXPECT_EQ(found, expected);
 }
 
-TEST_F(Chats, BadDatabasesAreEmpty) {
-    EXPECT_EQ(service.RetrieveWhatsAppMessageAttachments(device, 1), nullptr);
-    overBadFiles(WhatsAppSqliteDbName, [this] {
-        service.RecoverFromIOSBackup(device);
-        service.getWhatisExisting(device);
-        EXPECT_THAT(state.DeletedWhatsApp, IsEmpty());
-        EXPECT_THAT(service.partners(), IsEmpty());
-        EXPECT_THAT(service.model(), IsEmpty());
-        EXPECT_EQ(service.RetrieveWhatsAppMessageAttachments(device, 1), nullptr);
-    });
-}
-
 }  // namespace
 }  // namespace salvor

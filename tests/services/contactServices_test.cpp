@@ -140,14 +140,6 @@ TEST_F(Contacts, ImagesAreFoundWhenTheyHoldSomething) {
     EXPECT_EQ(service.ImagesConnectionString(device)->path, file);
 }
 
-TEST_F(Contacts, BadAddressBooksAreEmpty) {
-    overBadFiles(ContactsIOS641SqliteDbName, [this] {
-        service.RecoverFromIOSBackup(device);
-        EXPECT_THAT(service.ContactsAll(), IsEmpty());
-        EXPECT_THAT(state.DeletedContact, IsEmpty());
-    });
-}
-
 TEST_F(Contacts, ValuesOfAnotherTypeAndMissingTablesLeaveThePersons) {
     store(ContactsIOS641SqliteDbName,
           table("ABPerson", kPersonColumns) +

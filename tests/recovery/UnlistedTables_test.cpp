@@ -1,78 +1,13 @@
-#include <algorithm>
 #include <set>
 
-#include "recovery/AppointmentsSQLiteRecovery.h"
-#include "recovery/CallCarver.h"
-#include "recovery/ContactSearchsSQLiteRecovery.h"
 #include "recovery/ContactsABMultiValueSQLiteRecovery.h"
 #include "recovery/ContactsSQLiteRecovery.h"
 #include "recovery/NoteBodiesSQLiteRecovery.h"
-#include "recovery/NotesSQLiteRecovery.h"
-#include "recovery/WhatsAppMessagesSQLiteRecovery.h"
 #include "tests/recovery/CarverProbe.h"
 #include "tools/sample/SampleBackup.h"
 
 namespace salvor {
 namespace {
-
-/// Whether a value under this name changes a fresh record.
-template <class Carver, class Record>
-bool knowsName(const std::string& name) {
-    ScanState state;
-    CarverProbe<Carver, Record> carver(state);
-    const std::string fresh = told(carver.begin());
-    const OptionalColumnValue values[] = {"7", std::int64_t{7}, 7.5};
-    return std::any_of(std::begin(values), std::end(values), [&](const auto& value) {
-        return told(carver.filled({{name, value}})) != fresh;
-    });
-}
-
-struct ShippedTable {
-    const char* database;
-    const char* table;
-    std::vector<bool (*)(const std::string&)> carvers;
-    const char* domain = "HomeDomain";
-};
-
-// A name that no carver knows is a column lost without a word.
-TEST(ShippedCategories, MapOnlyNamesThatTheirCarversKnow) {
-    const auto signatures = shippedSignatures();
-    const ShippedTable tables[] = {
-        {"ChatStorage.sqlite",
-         "ZWAMESSAGE",
-         {knowsName<WhatsAppMessagesSQLiteRecovery, WhatsAppMessage>},
-         "net.whatsapp.WhatsApp"},
-        {"notes.sqlite", "ZNOTE", {knowsName<NotesSQLiteRecovery, Note>}},
-        {"notes.sqlite", "ZNOTEBODY", {knowsName<NoteBodiesSQLiteRecovery, NoteBody>}},
-        {"notes.sqlite", "ZICNOTEDATA", {knowsName<NoteBodiesIOS9SQLiteRecovery, NoteBody>}},
-        {"AddressBook.sqlite",
-         "ABPersonFullTextSearch_content",
-         {knowsName<ContactSearchsSQLiteRecovery, Contact>}},
-        {"AddressBook.sqlite", "ABPerson", {knowsName<ContactsSQLiteRecovery, Contact>}},
-        {"AddressBook.sqlite",
-         "ABMultiValue",
-         {knowsName<ContactsABMultiValueSQLiteRecovery, ContactABMultiValue>}},
-        // Patterns of both databases stand under one key.
-        {"CallHistory.storedata",
-         "zcallrecord",
-         {knowsName<CallHistorySQLiteRecovery, CallHistory>,
-          knowsName<CallHistoryIos8Recovery, CallHistory>}},
-        {"Calendar.sqlite", "CalendarItem", {knowsName<AppointmentsSQLiteRecovery, Appointment>}},
-    };
-    for (const auto& [database, table, carvers, domain] : tables) {
-        const auto signature = signatures->Find(domain, database, table);
-        ASSERT_NE(signature, nullptr) << table;
-        EXPECT_FALSE(signature->TablePatterns.empty()) << table;
-        std::set<std::string> names;
-        for (const auto& pattern : signature->TablePatterns)
-            for (const auto& mapping : pattern->AttributesMapping) names.insert(mapping.Name);
-        for (const auto& name : names) {
-            EXPECT_TRUE(std::any_of(carvers.begin(), carvers.end(),
-                                    [&](auto knows) { return knows(name); }))
-                << table << ": " << name;
-        }
-    }
-}
 
 // The tables that no scan searches, or whose rows it only joins to others. Floors a little below
 // what was measured; EveryCategory holds those of the other tables.
