@@ -206,7 +206,7 @@ class EveryCategory : public testing::TestWithParam<int> {
     }
 
     // A sweep lists copies. The photo library adds the files themselves: as deleted what lies in
-    // the trash, what a computer sent and, deliberately, every video.
+    // the trash, what a computer sent and every video. Kept: videos-count-as-deleted.
     void checkPictures(const ScanState& state) const {
         std::set<std::string> photos;
         Keys listed, deleted, deletedVideos;

@@ -1,11 +1,7 @@
 #pragma once
 
-#include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <map>
 #include <string>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "records/Contact.h"
@@ -59,31 +55,6 @@ inline std::shared_ptr<Contact> contactOf(const char* nickName, const std::vecto
                               &Contact::ContactNo4};
     for (std::size_t i = 0; i < numbers.size(); ++i) (*made).*slots[i] = numbers[i];
     return made;
-}
-
-/// A row's fields of numbers and texts as "name=value", an absent text as "-".
-template <class Row>
-std::vector<std::string> fieldsOf(const Row& row) {
-    std::vector<std::string> fields;
-    forEachField(row, [&](const char* name, const auto& value) {
-        if constexpr (std::is_arithmetic_v<std::remove_cvref_t<decltype(value)>>)
-            fields.push_back(fmt::format("{}={}", name, value));
-        else
-            fields.push_back(fmt::format("{}={}", name, value.value_or("-")));
-    });
-    return fields;
-}
-
-/// The fields in which a row is not like a new one, one behind the other.
-template <class Row>
-std::string filledFields(const Row& row) {
-    auto fields = fieldsOf(row);
-    const auto empty = fieldsOf(Row());
-    std::vector<std::string> filled;
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (fields[i] != empty[i]) filled.push_back(std::move(fields[i]));
-    }
-    return fmt::format("{}", fmt::join(filled, ", "));
 }
 
 }  // namespace salvor

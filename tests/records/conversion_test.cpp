@@ -10,6 +10,7 @@
 #include "records/SMS.h"
 #include "records/WhatsAppMessage.h"
 #include "tests/records/RecordFixture.h"
+#include "tests/support/Told.h"
 
 namespace salvor {
 namespace {
@@ -24,7 +25,7 @@ class Conversions : public testing::Test {
 
     template <class Row>
     void expectRow(const Row& row, const std::string& fields) const {
-        EXPECT_EQ(filledFields(row), fields);
+        EXPECT_EQ(told(row), fields);
         ASSERT_TRUE(row.Origin);
         EXPECT_EQ(row.Origin->offset, origin_.offset);
     }
@@ -44,8 +45,8 @@ TEST_F(Conversions, OfAMessage) {
     message.RowId = 12;
     message.Origin = origin_;
     expectRow(*message.generateSMSObject(context_),
-              "RowID=-1, handleID=7, Address=+1555, LocalTime=2013-01-01 10:00:00, Message=hello, "
-              "Type=Received from, service=iMessage, GUID=G, isRecovered=true");
+              "RowID=-1|handleID=7|Address=+1555|LocalTime=2013-01-01 10:00:00|Message=hello|"
+              "Type=Received from|service=iMessage|GUID=G|isRecovered=true");
     message.IsFromMe = true;
     const auto row = message.generateSMSObject(context_);
     EXPECT_EQ(row->Type, "Sent to");
@@ -75,8 +76,8 @@ TEST_F(Conversions, OfACall) {
     call.Duration = (std::int64_t{1} << 32) + 61;
     call.Origin = origin_;
     expectRow(*call.generateCallLogObject(context_),
-              "SlNo=5, Address=0123456789, LocalTime=2013-01-01 10:00:00, PhoneNumber=0123456789, "
-              "CallType=Incoming - Answered, ContactName=Ann, CallDuration=61, CallMode=Call");
+              "SlNo=5|Address=0123456789|LocalTime=2013-01-01 10:00:00|PhoneNumber=0123456789|"
+              "CallType=Incoming - Answered|ContactName=Ann|CallDuration=61|CallMode=Call");
 }
 
 TEST_F(Conversions, NameCallTypesAndModes) {
@@ -115,8 +116,8 @@ TEST_F(Conversions, OfAnAppointment) {
     event.AllDay = true;
     event.Origin = origin_;
     expectRow(*event.generateCalendarObject(context_),
-              "UniqueIdentifier=U, Summary=dentist, Location=at 9, Description=bring card, "
-              "StartDate=2001-01-01 01:00:00, Start_TimeZone=_float, EndDate=, AllDay=1, "
+              "UniqueIdentifier=U|Summary=dentist|Location=at 9|Description=bring card|"
+              "StartDate=2001-01-01 01:00:00|Start_TimeZone=_float|EndDate=|AllDay=1|"
               "OrginalDate=3600");
     EXPECT_EQ(context_.calendarsOpened, 1);
     EXPECT_EQ(event.StartTimeZoneText(), "");
@@ -141,11 +142,11 @@ TEST_F(Conversions, OfAWhatsAppMessage) {
         const char *asked, *fields;
     };
     const Case cases[] = {
-        {"a@s", "Ann", "a@s", "FromMsgID=a@s, {}, ContactName=Ann A, ishavingName=true"},
-        {"a@s", {}, "a@s", "FromMsgID=a@s, {}, ContactName=Ann A, isSent=true, ishavingName=true"},
-        {"", "Ann", "", "FromMsgID=, {}, ContactName= , isSent=true, ishavingName=true"},
-        {{}, "Ann", "b@s", "{}, ContactName="},
-        {{}, {}, "b@s", "{}, ContactName=, isSent=true"},
+        {"a@s", "Ann", "a@s", "FromMsgID=a@s|{}|ContactName=Ann A|ishavingName=true"},
+        {"a@s", {}, "a@s", "FromMsgID=a@s|{}|ContactName=Ann A|isSent=true|ishavingName=true"},
+        {"", "Ann", "", "FromMsgID=|{}|ContactName= |isSent=true|ishavingName=true"},
+        {{}, "Ann", "b@s", "{}|ContactName="},
+        {{}, {}, "b@s", "{}|ContactName=|isSent=true"},
     };
     context_.database->partners = {{"a@s", "Ann A"}, {"b@s", ""}};
     for (const auto& c : cases) {
@@ -157,7 +158,7 @@ TEST_F(Conversions, OfAWhatsAppMessage) {
         message.Date = "d";
         message.Origin = origin_;
         expectRow(*message.generateWhatsAppObject(context_),
-                  "MessageDate=d, " + fmt::format(fmt::runtime(c.fields), "ToMsgID=b@s, zText=hi"));
+                  "MessageDate=d|" + fmt::format(fmt::runtime(c.fields), "ToMsgID=b@s|zText=hi"));
         EXPECT_EQ(context_.database->askedPartners.back(), c.asked);
     }
 }
