@@ -19,7 +19,7 @@ struct Calendar {
     salvor::Text Start_TimeZone;
     salvor::Text EndDate;
     salvor::Text AllDay;
-    salvor::Text OrginalDate;
+    salvor::Text OrginalDate;  // Kept: field-spellings.
     salvor::Text Priority;
     salvor::Text OriginalStartDate;
     salvor::Text OriginalEndDate;

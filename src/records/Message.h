@@ -12,8 +12,8 @@ struct SMS;
 class RecordContext;
 
 /// One text message or iMessage. `OriginalDate...` are the raw numbers of the database, `Date...`
-/// the same instants as display texts. "OriginalDataDelivered" is the spelling that readers
-/// address.
+/// the same instants as display texts. Readers address "OriginalDataDelivered" by that name.
+/// Kept: field-spellings.
 struct Message : baseRecoveryObject {
     bool IsActivated = false;
     bool IsVisible = false;

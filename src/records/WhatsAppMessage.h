@@ -12,7 +12,7 @@ namespace salvor {
 
 class RecordContext;
 
-/// One WhatsApp message. `_zmesssageDate` holds the message date as text, under that spelling.
+/// One WhatsApp message. `_zmesssageDate` holds the date as text. Kept: field-spellings.
 struct WhatsAppMessage : baseRecoveryObject {
     bool IsActivated = false;
     bool IsVisible = false;

@@ -11,7 +11,7 @@ namespace salvor {
 
 /// One asset of the device's photo library.
 struct Dcmi {
-    std::string ZDirecotry;  ///< directory text of the database, under this spelling
+    std::string ZDirecotry;  ///< directory text of the database. Kept: field-spellings.
     std::string ZFilename;
     std::string DcmiName;
     bool Recovered = false;  ///< the asset is deleted
