@@ -48,8 +48,11 @@ std::string immutableAddress(const std::string& path) {
 
 }  // namespace
 
-FMDBUtils::Handle::Handle(SourcePolicy policy, std::stop_token stop)
-    : guarded_(policy == SourcePolicy::Protected), cancelled_(std::move(stop)) {
+FMDBUtils::Handle::Handle(SourcePolicy policy, std::stop_token stop,
+                          std::shared_ptr<DatabaseWatch> watch)
+    : guarded_(policy == SourcePolicy::Protected),
+      cancelled_(std::move(stop)),
+      watch_(std::move(watch)) {
     keepAccessTimes();
 }
 
@@ -73,6 +76,10 @@ bool FMDBUtils::Handle::openProtected(const std::string& path) {
     const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
     if (sqlite3_open_v2(immutableAddress(absolute.string()).c_str(), &db, flags, nullptr) !=
         SQLITE_OK) {
+        std::string reason = sqlite3_errmsg(db);
+        if (const int cause = sqlite3_system_errno(db); cause != 0)
+            reason += ": " + std::generic_category().message(cause);
+        tell(ReadingEnd::Kind::NotOpened, std::move(reason));
         return false;
     }
     installGuards(fileSize);
@@ -97,11 +104,16 @@ int FMDBUtils::Handle::onProgress(void* self) {
     StatementBudget* budget = handle.running_;
     if (budget == nullptr) return 0;
     if (budget->ticks > 0) --budget->ticks;
-    const bool spent = budget->ticks == 0 ||
-                       std::chrono::steady_clock::now() - handle.started_ > budget->time ||
-                       sqlite3_memory_used() > kMemoryLimit;
-    if (spent) handle.baseTicks_ = std::max(handle.baseTicks_ / 2, kLeastBaseTicks);
-    return spent ? 1 : 0;
+    if (budget->ticks == 0)
+        handle.spentBudget_ = "the statement takes more steps than a file of this size allows";
+    else if (std::chrono::steady_clock::now() - handle.started_ > budget->time)
+        handle.spentBudget_ = "the statement takes more time than a file of this size allows";
+    else if (sqlite3_memory_used() > kMemoryLimit)
+        handle.spentBudget_ = "the statement takes more memory than is allowed";
+    else
+        return 0;
+    handle.baseTicks_ = std::max(handle.baseTicks_ / 2, kLeastBaseTicks);
+    return 1;
 }
 
 template <class Call>
@@ -109,6 +121,7 @@ int FMDBUtils::Handle::within(StatementBudget& budget, Call&& call) {
     if (!guarded_) return call();
     if (cancelled_.stop_requested()) return SQLITE_INTERRUPT;
     running_ = &budget;
+    spentBudget_ = nullptr;
     started_ = std::chrono::steady_clock::now();
     const int result = call();
     running_ = nullptr;
@@ -116,8 +129,31 @@ int FMDBUtils::Handle::within(StatementBudget& budget, Call&& call) {
     return result;
 }
 
-int FMDBUtils::Handle::step(sqlite3_stmt* statement, StatementBudget& budget) {
-    return within(budget, [statement] { return sqlite3_step(statement); });
+int FMDBUtils::Handle::step(sqlite3_stmt* statement, StatementBudget& budget, std::uint64_t rows) {
+    const int result = within(budget, [statement] { return sqlite3_step(statement); });
+    if (result == SQLITE_DONE)
+        tell(ReadingEnd::Kind::Whole, {}, rows);
+    else if (result != SQLITE_ROW && !tellFailure(result, rows))
+        tell(ReadingEnd::Kind::Broken, sqlite3_errmsg(db), rows);
+    return result;
+}
+
+void FMDBUtils::Handle::tell(ReadingEnd::Kind kind, std::string reason, std::uint64_t rows) const {
+    if (watch_ != nullptr) watch_->readingEnded({kind, std::move(reason), rows});
+}
+
+/// Whether nothing is left to tell: it was a cancel, a budget, or what SQLite says of the file.
+bool FMDBUtils::Handle::tellFailure(int result, std::uint64_t rows) {
+    if (cancelled_.stop_requested()) return true;
+    if (spentBudget_ != nullptr) {
+        tell(ReadingEnd::Kind::Budget, spentBudget_, rows);
+        return true;
+    }
+    // Such an error lies in the statement, as far as a statement that has yet to run can tell.
+    const int kind = result & 0xFF;
+    if (kind == SQLITE_OK || kind == SQLITE_ERROR || kind == SQLITE_AUTH) return false;
+    tell(ReadingEnd::Kind::Broken, sqlite3_errmsg(db), rows);
+    return true;
 }
 
 sqlite3_stmt* FMDBUtils::Handle::prepare(const std::string& sql) {
@@ -128,7 +164,9 @@ sqlite3_stmt* FMDBUtils::Handle::prepare(const std::string& sql) {
         within(budget, [&] { return sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, &tail); });
     const bool single = result == SQLITE_OK && statement != nullptr && onlyBlanks(tail);
     // VACUUM asks no authoriser.
+    notPrepared_.clear();
     if (single && (!guarded_ || sqlite3_stmt_readonly(statement) != 0)) return statement;
+    if (!tellFailure(result, 0)) notPrepared_ = sqlite3_errmsg(db);
     sqlite3_finalize(statement);
     return nullptr;
 }

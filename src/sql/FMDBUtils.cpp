@@ -21,13 +21,17 @@ struct Binder {
 
 }  // namespace
 
-FMDBUtils::FMDBUtils(std::string path, SourcePolicy policy, std::stop_token cancelled)
-    : path_(std::move(path)), policy_(policy), cancelled_(std::move(cancelled)) {}
+FMDBUtils::FMDBUtils(std::string path, SourcePolicy policy, std::stop_token cancelled,
+                     std::shared_ptr<DatabaseWatch> watch)
+    : path_(std::move(path)),
+      policy_(policy),
+      cancelled_(std::move(cancelled)),
+      watch_(std::move(watch)) {}
 
 FMDBUtils::~FMDBUtils() = default;
 
 bool FMDBUtils::openDatabase() {
-    auto handle = std::make_shared<Handle>(policy_, cancelled_);
+    auto handle = std::make_shared<Handle>(policy_, cancelled_, watch_);
     const bool opened = handle->open(path_);
     handle_ = opened ? std::move(handle) : nullptr;
     return opened;
@@ -45,6 +49,18 @@ ResultSet FMDBUtils::executeQuery(const std::string& sql,
     int index = 0;
     for (const auto& parameter : parameters) std::visit(Binder{statement, ++index}, parameter);
     return ResultSet(std::make_unique<ResultSet::Impl>(handle_, statement));
+}
+
+ResultSet FMDBUtils::executeList(std::initializer_list<const char*> statements) {
+    std::string reason;
+    for (const char* sql : statements) {
+        auto rows = executeQuery(sql);
+        if (!hadError_ || handle_ == nullptr) return rows;
+        if (reason.empty()) reason = handle_->notPrepared();
+        if (reason.empty()) return rows;  // told already: no other statement can be better
+    }
+    handle_->tell(ReadingEnd::Kind::NotPrepared, std::move(reason));
+    return {};
 }
 
 ResultSet FMDBUtils::executeNamedQuery(const std::string& sql, const char* name,

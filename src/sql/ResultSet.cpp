@@ -33,8 +33,9 @@ ResultSet::~ResultSet() = default;
 
 bool ResultSet::next() {
     if (!impl_ || impl_->statement == nullptr || impl_->finished) return false;
-    const int result = impl_->handle->step(impl_->statement, impl_->budget);
+    const int result = impl_->handle->step(impl_->statement, impl_->budget, impl_->rows);
     impl_->onRow = result == SQLITE_ROW;
+    if (impl_->onRow) ++impl_->rows;
     if (impl_->onRow && impl_->names.empty()) impl_->rememberNames();
     impl_->finished = !impl_->onRow;  // a further step would run the statement again
     impl_->failed = impl_->finished && result != SQLITE_DONE;

@@ -31,6 +31,7 @@ struct ResultSet::Impl {
     std::shared_ptr<FMDBUtils::Handle> handle;
     sqlite3_stmt* statement;
     StatementBudget budget;
+    std::uint64_t rows = 0;  ///< handed out
     std::vector<std::string> names;
     bool onRow = false;
     bool finished = false;
