@@ -1,6 +1,7 @@
 #include "app/SalvorAppDelegate.h"
 
 #include <atomic>
+#include <ctime>
 #include <exception>
 #include <utility>
 
@@ -131,6 +132,9 @@ void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder&
 
 void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     workFolderFailure_.clear();
+    state_.run.dataType = holder.dataType;
+    state_.run.startedAt = std::time(nullptr);
+    state_.run.complete = false;
     CategoryExtraction extraction(state_, *workFolder_, stopToken());
     state_.IsCancelFlag = false;
     // A cancel that came first stays; see `cancel` for the other half.
@@ -142,6 +146,7 @@ void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     const ExtractionResult result = extraction.read(holder.dataType);
     workFolderFailure_ = extraction.failure();
     if (result == ExtractionResult::Complete) recoverDeleted(holder.dataType);
+    state_.run.complete = result == ExtractionResult::Complete && !cancelRequested();
 }
 
 void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {

@@ -170,7 +170,7 @@ void fillContactDetails(FMDBUtils& database, const List<Contact>& contacts) {
     std::unordered_map<std::int64_t, Contact*> byRowId;
     for (const auto& contact : contacts) byRowId.emplace(contact->RowId, contact.get());
     const DetailFiller filler(database);
-    for (const auto& value : readContactValues(database.executeQuery(kValues))) {
+    for (const auto& value : readContactValues(database.executeList({kValues}))) {
         const auto owner = byRowId.find(value.recordId);
         if (owner != byRowId.end()) filler.add(*owner->second, value);
     }

@@ -12,13 +12,15 @@ DAOs::DAOs(ScanState& state, std::stop_token cancelled)
 DAOs::~DAOs() = default;
 
 std::shared_ptr<FMDBUtils> DAOs::open(const std::string& storedName) const {
-    auto database = backupDatabase(state_, state_.backupFiles()->open(storedName), cancelled_);
+    auto database =
+        backupDatabase(state_, state_.backupFiles()->open(storedName), nullptr, cancelled_);
     database->openDatabase();  // one that does not open answers every statement with no rows
     return database;
 }
 
 std::shared_ptr<FMDBUtils> DAOs::openCategory(const std::string& storedName) {
-    auto database = open(storedName);
+    auto database = backupDatabase(state_, state_.backupFiles()->open(storedName), cancelled_);
+    database->openDatabase();
     state_.installDatabase(database, std::make_shared<DAOs>(state_, cancelled_));
     return database;
 }

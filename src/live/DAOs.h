@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -95,8 +96,9 @@ class DAOs : public BaseDAO, public DatabaseLookups {
     List<Skype> getDialogsPartner(const Text& skypeName);
 
   private:
+    /// For look-ups, of which the scan's `fileOutcomes` learn nothing.
     std::shared_ptr<FMDBUtils> open(const std::string& storedName) const;
-    /// As `open`; the connection becomes the scan's current one.
+    /// For a category's rows; the connection becomes the scan's current one.
     std::shared_ptr<FMDBUtils> openCategory(const std::string& storedName);
     Text handleText(const char* statement, std::int32_t handleId, const Text& fallback);
     bool hasRow(const std::string& storedName, const std::string& statement,
@@ -107,7 +109,8 @@ class DAOs : public BaseDAO, public DatabaseLookups {
     List<SMS> readMessages(const char* olderStatement, const char* statement);
     List<Note> readNotes(FMDBUtils& database, const char* statement, const char* bodyColumn) const;
     List<Calendar> readEvents(const char* statement);
-    List<CallLog> readCalls(const char* statement, const char* mode, bool newer);
+    List<CallLog> readCalls(std::initializer_list<const char*> statements, const char* mode,
+                            bool newer);
 
     ScanState& state_;
     std::stop_token cancelled_;

@@ -42,7 +42,7 @@ void fillEvent(const ResultSet& row, Calendar& event) {
 List<Calendar> DAOs::readEvents(const char* statement) {
     const bool older = state_.deviceInfo.iOSMajorVersion < 5;
     auto list = readRows<Calendar>(
-        openCategory(state_.CALENDAR_DATABASE)->executeQuery(older ? kEvents : statement),
+        openCategory(state_.CALENDAR_DATABASE)->executeList({older ? kEvents : statement}),
         fillEvent);
     numberRows(list);
     append(state_.AllCalendarContent, list);

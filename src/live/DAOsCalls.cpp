@@ -8,6 +8,8 @@ namespace salvor {
 namespace {
 
 constexpr auto kOlderCalls = "SELECT * FROM call where face_time_data IS NULL";
+// Before face_time_data came, every call was a telephone call.
+constexpr auto kOldestCalls = "SELECT ROWID, address, date, duration, flags FROM call";
 constexpr auto kCalls =
     "SELECT Z_PK, ZADDRESS as address, datetime(ZDATE + 978307200, 'unixepoch','localtime') AS "
     "date, ZDURATION as duration, ZCALLTYPE as flags, ZISO_COUNTRY_CODE, ZORIGINATED FROM "
@@ -51,9 +53,10 @@ void nameCalls(const List<CallLog>& calls, const ScanState& state) {
 
 }  // namespace
 
-List<CallLog> DAOs::readCalls(const char* statement, const char* mode, bool newer) {
+List<CallLog> DAOs::readCalls(std::initializer_list<const char*> statements, const char* mode,
+                              bool newer) {
     auto list =
-        readRows<CallLog>(openCategory(state_.CALLHISTORY_DATABASE)->executeQuery(statement),
+        readRows<CallLog>(openCategory(state_.CALLHISTORY_DATABASE)->executeList(statements),
                           [newer, mode](const ResultSet& row, CallLog& call) {
                               fillCall(row, call, newer);
                               call.CallMode = mode;
@@ -65,14 +68,15 @@ List<CallLog> DAOs::readCalls(const char* statement, const char* mode, bool newe
 
 List<CallLog> DAOs::GetCallLogs() {
     const bool newer = state_.deviceInfo.iOSMajorVersion >= kFirstVersionWithRecords;
-    auto list = readCalls(newer ? kCalls : kOlderCalls, "Call", newer);
+    auto list = newer ? readCalls({kCalls}, "Call", true)
+                      : readCalls({kOlderCalls, kOldestCalls}, "Call", false);
     append(state_.AllCallLogContent, list);
     state_.CallLogCount = static_cast<std::int32_t>(list.size());
     return list;
 }
 
 List<CallLog> DAOs::GetFaceTimeLogs() {
-    auto list = readCalls(kFaceTimeCalls, "FaceTime", false);
+    auto list = readCalls({kFaceTimeCalls}, "FaceTime", false);
     append(state_.faceTimeContent, list);
     state_.FaceTimeCount = static_cast<std::int32_t>(list.size());
     return list;

@@ -47,7 +47,7 @@ std::vector<ContactValue> cleaned(std::vector<ContactValue> values) {
 
 List<Contact> DAOs::GetContacts() {
     const auto database = openCategory(state_.ADDRESSBOOK_DATABASE);
-    auto list = readRows<Contact>(database->executeQuery(kPersons), fillPerson);
+    auto list = readRows<Contact>(database->executeList({kPersons}), fillPerson);
     numberRows(list);
     fillContactDetails(*database, list);
     append(state_.AllContactContent, list);

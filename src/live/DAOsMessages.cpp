@@ -81,7 +81,8 @@ void fillMessage(const ResultSet& row, SMS& sms, bool older) {
 List<SMS> DAOs::readMessages(const char* olderStatement, const char* statement) {
     const bool older = state_.deviceInfo.iOSMajorVersion < 6;
     List<SMS> list;
-    auto rows = openCategory(state_.SMS_DATABASE)->executeQuery(older ? olderStatement : statement);
+    auto rows =
+        openCategory(state_.SMS_DATABASE)->executeList({older ? olderStatement : statement});
     while (rows.next()) {
         if (rows.intForColumn("flags") == kDeletedFlag) continue;
         auto sms = std::make_shared<SMS>();
@@ -107,20 +108,20 @@ List<SMS> DAOs::GetiMessage() {
 }
 
 List<ChatMessageJoin> DAOs::GetChatMessageJoin() {
-    auto list =
-        readRows<ChatMessageJoin>(openCategory(state_.SMS_DATABASE)->executeQuery(kChatMessageJoin),
-                                  [](const ResultSet& row, ChatMessageJoin& join) {
-                                      join.RowId = row.longLongIntForColumn("rowid");
-                                      join.ChatId = row.longLongIntForColumn("chat_id");
-                                      join.MessageId = row.longLongIntForColumn("message_id");
-                                  });
+    auto list = readRows<ChatMessageJoin>(
+        openCategory(state_.SMS_DATABASE)->executeList({kChatMessageJoin}),
+        [](const ResultSet& row, ChatMessageJoin& join) {
+            join.RowId = row.longLongIntForColumn("rowid");
+            join.ChatId = row.longLongIntForColumn("chat_id");
+            join.MessageId = row.longLongIntForColumn("message_id");
+        });
     numberRows(list);
     append(state_.AllChatMessageJoinContent, list);
     return list;
 }
 
 List<Chat> DAOs::GetAllChats() {
-    auto list = readRows<Chat>(openCategory(state_.SMS_DATABASE)->executeQuery(kChats),
+    auto list = readRows<Chat>(openCategory(state_.SMS_DATABASE)->executeList({kChats}),
                                [](const ResultSet& row, Chat& chat) {
                                    chat.RowId = row.longLongIntForColumn("ROWID");
                                    chat.chat_identifier = row.stringForColumn("chat_identifier");

@@ -49,7 +49,7 @@ void fillNote91(const ResultSet& row, Note& note) {
 
 List<Note> DAOs::readNotes(FMDBUtils& database, const char* statement,
                            const char* bodyColumn) const {
-    auto list = readRows<Note>(database.executeQuery(statement),
+    auto list = readRows<Note>(database.executeList({statement}),
                                [bodyColumn](const ResultSet& row, Note& note) {
                                    note.GUID = row.stringForColumn("guid");
                                    note.RowId = row.longLongIntForColumn("Z_PK");
@@ -77,7 +77,7 @@ List<Note> DAOs::GetNotes() {
 
 List<Note> DAOs::GetNotes91() {
     auto list =
-        readRows<Note>(openCategory(NotesIOS9SqliteDbName)->executeQuery(kNotes91), fillNote91);
+        readRows<Note>(openCategory(NotesIOS9SqliteDbName)->executeList({kNotes91}), fillNote91);
     numberRows(list);
     append(state_.AllNotesContent, list);
     state_.NoteCount = static_cast<std::int32_t>(state_.AllNotesContent.size());

@@ -65,7 +65,7 @@ void nameMessages(FMDBUtils& database, const List<WhatsApp>& messages) {
 
 List<WhatsApp> DAOs::GetWhatsAppLog() {
     const auto database = openCategory(state_.WHATSAPP_DATABASE);
-    auto list = readRows<WhatsApp>(database->executeQuery(kMessages),
+    auto list = readRows<WhatsApp>(database->executeList({kMessages}),
                                    [](const ResultSet& row, WhatsApp& message) {
                                        fillMessage(row, message);
                                        message.isSent = row.boolForColumn("ZISFROMME");

@@ -12,15 +12,24 @@ AbstractSqLiteRecovery::AbstractSqLiteRecovery(ScanState& state, std::stop_token
 AbstractSqLiteRecovery::~AbstractSqLiteRecovery() = default;
 
 void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
-    const auto file = CarvingEngine::open(path);
-    if (!file) return;
     if (fullDBPath.empty()) fullDBPath = path.string();
+    const auto file = CarvingEngine::open(path);
+    // Whatever it is, its bytes are searched.
+    if (!file || !SQLiteHeader::beginsLikeDatabase(file->bytes()))
+        tellSearch({ReadingEnd::Kind::Broken, file ? "it does not begin like a SQLite database"
+                                                   : "it cannot be mapped or is too small"});
+    if (!file) return;
     if (!originDatabase) originDatabase = path.filename().string();
     _field = {};  // of the patterns of an earlier run, which may be gone
     CarvingProgress progress(state_.progress, file->bytes().size());
     engine_.carve(
         file->bytes(), tablePatterns,
         {workingOnCallList_, [&progress](std::uint64_t bytes) { progress.advance(bytes); }});
+    if (!cancelled_.stop_requested()) tellSearch({});
+}
+
+void AbstractSqLiteRecovery::tellSearch(const ReadingEnd& end) {
+    state_.readingEnded(std::filesystem::path(fullDBPath).filename().string(), end);
 }
 
 void AbstractSqLiteRecovery::rowBegins(std::int64_t rowId, const RecordOrigin& origin) {

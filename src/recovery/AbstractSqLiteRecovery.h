@@ -33,7 +33,8 @@ class AbstractSqLiteRecovery : private RowReceiver {
     std::string fullDBPath;
     Text originDatabase;  ///< `database` of the origins; absent: the file's name
 
-    /// Carves the file at `path`. A missing, empty or tiny file yields nothing.
+    /// Carves the file at `path`. A missing, empty or tiny file yields nothing. The scan's
+    /// `fileOutcomes` learn whether it could be searched.
     virtual void DoRecoveryPath(const std::filesystem::path& path);
 
     /// The call-history service's own carvers read freeblocks unshifted; captured here, so that
@@ -81,6 +82,9 @@ class AbstractSqLiteRecovery : private RowReceiver {
     bool checkIfUICancelled() const { return cancelled_.stop_requested(); }
 
   protected:
+    /// How the search of the file at `fullDBPath` ended.
+    void tellSearch(const ReadingEnd& end);
+
     // Hooks of the subclass.
     /// Column `column` of the matched pattern has this value (absent: it does not decode).
     virtual void FillModel(std::int64_t column, const OptionalColumnValue& value,

@@ -11,6 +11,7 @@
 
 #include "scan/Category.h"
 #include "scan/ScanState.h"
+#include "scan/StoredNames.h"
 
 namespace salvor {
 
@@ -101,6 +102,10 @@ struct CategoryFacts {
     RecoveryWorker worker;
     Places places;
     NamedDatabase database;
+    /// What its rows are read from and carved out of, in the order of a report.
+    std::span<const Stored> files;
+    /// Of its files the one that `database` names; the others are passed over.
+    bool readsOneFile = false;
     std::span<const RowKind> kinds;
     /// Empties lists that are neither `live` nor `deleted` of a kind.
     void (*clearFurther)(ScanState& state) = [](ScanState&) {};

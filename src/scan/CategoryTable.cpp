@@ -110,6 +110,16 @@ constexpr RowKind kCalendar[] = {
      .file = "Calendar"},
 };
 
+constexpr Stored kMessageFiles[] = {Stored::Messages};
+constexpr Stored kPictureFiles[] = {Stored::Photos, Stored::PhotosBefore7};
+constexpr Stored kContactFiles[] = {Stored::AddressBook};
+constexpr Stored kCallFiles[] = {Stored::CallsBefore8, Stored::CallsFrom8};
+constexpr Stored kWhatsAppFiles[] = {Stored::WhatsApp, Stored::WhatsAppShared};
+constexpr Stored kNoteFiles[] = {Stored::NotesFrom9, Stored::NotesBefore9};
+constexpr Stored kInternetFiles[] = {Stored::SafariHistory, Stored::SafariPagesFrom7,
+                                     Stored::SafariPagesBefore7};
+constexpr Stored kCalendarFiles[] = {Stored::Calendar};
+
 template <auto... Fields>
 void clear(ScanState& state) {
     ((state.*Fields).clear(), ...);
@@ -136,6 +146,7 @@ constexpr std::array kTable{
                    .liveKey = 1,
                    .deletedKey = 1},
         .database = SALVOR_DATABASE(SMS_DATABASE, 1),
+        .files = kMessageFiles,
         .kinds = kMessages,
         .clearFurther = clear<&S::AllSMSContent, &S::AllDeletedSMS, &S::AllChatsContent,
                               &S::AllChatMessageJoinContent, &S::Conversations>,
@@ -151,6 +162,7 @@ constexpr std::array kTable{
                    .redrawsView = true},
         .places = {.worker = 1, .wait = 7, .making = 7, .liveKey = 8, .deletedKey = 7},
         .database = {},  // found by the camera roll's own service
+        .files = kPictureFiles,
         .kinds = kPictures,
     },
     CategoryFacts{
@@ -168,6 +180,7 @@ constexpr std::array kTable{
                    .liveKey = 2,
                    .deletedKey = 2},
         .database = SALVOR_DATABASE(ADDRESSBOOK_DATABASE, 2),
+        .files = kContactFiles,
         .kinds = kContacts,
         .clearFurther = clear<&S::AllContactContent, &S::AllDeletedContact>,
     },
@@ -188,6 +201,7 @@ constexpr std::array kTable{
                    .liveKey = 3,
                    .deletedKey = 3},
         .database = SALVOR_DATABASE(CALLHISTORY_DATABASE, 5),
+        .files = kCallFiles,
         .kinds = kCalls,
         .clearFurther = clear<&S::AllCallLogContent, &S::AllDeletedCallLog>,
     },
@@ -206,6 +220,8 @@ constexpr std::array kTable{
                    .liveKey = 4,
                    .deletedKey = 4},
         .database = SALVOR_DATABASE(WHATSAPP_DATABASE, 12),
+        .files = kWhatsAppFiles,
+        .readsOneFile = true,
         .kinds = kWhatsApp,
         .clearFurther = clear<&S::AllWhatsAppContent, &S::AllDeletedWhatsApp>,
     },
@@ -226,6 +242,7 @@ constexpr std::array kTable{
                    .liveKey = 5,
                    .deletedKey = 5},
         .database = SALVOR_DATABASE(NOTES_DATABASE, 4),
+        .files = kNoteFiles,
         .kinds = kNotes,
         .clearFurther = clear<&S::AllNotesContent, &S::AllDeletedNotes>,
     },
@@ -241,6 +258,7 @@ constexpr std::array kTable{
                    .refreshesTabs = true},
         .places = {.worker = 8, .wait = 8, .making = 8, .liveKey = 7, .deletedKey = 8},
         .database = SALVOR_DATABASE(INTERNET_HISTROY_DATABASE, 10),
+        .files = kInternetFiles,
         .kinds = kInternet,
         .clearFurther = clear<&S::AllInternetContent, &S::AllDeletedInternet>,
     },
@@ -259,6 +277,7 @@ constexpr std::array kTable{
                    .liveKey = 6,
                    .deletedKey = 6},
         .database = SALVOR_DATABASE(CALENDAR_DATABASE, 3),
+        .files = kCalendarFiles,
         .kinds = kCalendar,
         .clearFurther = clear<&S::AllCalendarContent, &S::AllDeletedCalendar>,
     },

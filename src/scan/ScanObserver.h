@@ -60,6 +60,8 @@ class ScanObserver {
     virtual void onWarning(const std::string& text) { (void)text; }
     /// What a person must know even where warnings are unwanted: the scan cannot do its work.
     virtual void onError(const std::string& text) { onWarning(text); }
+    /// Several lines, each ended by a line feed, for whoever looks for a fault of the program.
+    virtual void onReport(const std::string& lines) { onWarning(lines); }
 };
 
 }  // namespace salvor

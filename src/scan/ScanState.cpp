@@ -92,6 +92,23 @@ void ScanState::tellError(const std::string& text) {
     if (observer != nullptr) observer->onError(text);
 }
 
+void ScanState::report(const std::string& lines) {
+    if (observer != nullptr) observer->onReport(lines);
+}
+
+void ScanState::beginFiles(std::int32_t dataType) {
+    for (const FileOutcome& fault : fileOutcomes.begin(*this, dataType)) tellError(describe(fault));
+}
+
+void ScanState::readingEnded(std::string_view storedName, const ReadingEnd& end) {
+    if (const auto fault = fileOutcomes.add(storedName, end)) tellError(describe(*fault));
+}
+
+void ScanState::categoryFailed(Category category, const std::string& reason) {
+    fileOutcomes.addFault(category, reason);
+    tellError(std::string(factsOf(category).title) + ": " + reason);
+}
+
 std::vector<std::pair<StatusCode, std::string>> ScanState::statusHistory() const {
     const std::lock_guard lock(statusMutex_);
     return statusHistory_;

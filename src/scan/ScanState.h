@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "records/Appointment.h"
@@ -20,6 +21,7 @@
 #include "records/SMS.h"
 #include "records/WhatsAppMessage.h"
 #include "scan/BackupFiles.h"
+#include "scan/FileOutcomes.h"
 #include "scan/ScanObserver.h"
 #include "sql/SourcePolicy.h"
 
@@ -35,6 +37,13 @@ struct ScanProgress {
     std::atomic<std::uint64_t> bytesDone{0};
     std::atomic<std::uint64_t> recordsFound{0};  ///< deleted records that reached a list
     std::atomic<std::uint32_t> pictureSteps{0};  ///< eighths of the stored files looked at
+};
+
+/// What a scan was asked for and how far it came.
+struct ScanRun {
+    std::int32_t dataType = 0;          ///< the code of the request
+    std::int64_t startedAt = 0;         ///< Unix seconds; 0 before a scan
+    std::atomic<bool> complete{false};  ///< it came to its end: no cancel, no exception
 };
 
 /// The hub of one scan: source, database names, result lists, counters, flags. Boxes are handed a
@@ -115,6 +124,9 @@ class ScanState : public RecordContext {
         signatureLoaded{false}, hasDoneScan{false}, photosLocked{false}, dcimLocked{false};
 
     ScanProgress progress;
+    ScanRun run;
+    /// What could be read of the databases; told by `readingEnded`.
+    FileOutcomes fileOutcomes;
     std::shared_ptr<SqLiteTableSignatures> recoverySignatures;
     ScanObserver* observer = nullptr;  ///< not owned; outlives the scan
     /// Opens the calendar database for `openCalendarLookups`; set by the box that knows SQL.
@@ -135,8 +147,16 @@ class ScanState : public RecordContext {
     void refreshTabButtons();
     void selectTab(std::int32_t dataType);
     void showScreen(Screen screen);
+    /// Looks at the files of the categories of `dataType` and tells what is wrong with them.
+    void beginFiles(std::int32_t dataType);
+    /// How the reading of the file with this stored name ended; its first fault is told.
+    void readingEnded(std::string_view storedName, const ReadingEnd& end);
+    /// A category is not whole for a reason that is not a single file's. Tells it.
+    void categoryFailed(Category category, const std::string& reason);
     void warn(const std::string& text);
     void tellError(const std::string& text);
+    /// A text of several lines for whoever looks for a fault of the program.
+    void report(const std::string& lines);
 
     /// Every status that `updateStatus` was given, in order.
     std::vector<std::pair<StatusCode, std::string>> statusHistory() const;

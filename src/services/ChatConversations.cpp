@@ -104,14 +104,14 @@ std::shared_ptr<ConversationContact> handleConversation(const Text& id, const st
 
 void forEachLiveChatMessage(FMDBUtils& database,
                             const std::function<void(std::shared_ptr<Message>)>& take) {
-    auto rows = database.executeQuery(
-        // All columns by name: a table that lacks one still gives its texts.
-        "SELECT chat_message_join.chat_id AS chat_id, message.ROWID AS MSG_ROW_ID, "
-        "handle.id AS MSG_ADDRESS, message.* "
-        "FROM chat_message_join "
-        "INNER JOIN message ON message.ROWID = chat_message_join.message_id "
-        "LEFT JOIN handle ON handle.ROWID = message.handle_id "
-        "ORDER BY message.date, message.ROWID");
+    auto rows = database.executeList(
+        {// All columns by name: a table that lacks one still gives its texts.
+         "SELECT chat_message_join.chat_id AS chat_id, message.ROWID AS MSG_ROW_ID, "
+         "handle.id AS MSG_ADDRESS, message.* "
+         "FROM chat_message_join "
+         "INNER JOIN message ON message.ROWID = chat_message_join.message_id "
+         "LEFT JOIN handle ON handle.ROWID = message.handle_id "
+         "ORDER BY message.date, message.ROWID"});
     while (rows.next()) take(liveMessage(rows));
 }
 

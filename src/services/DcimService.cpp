@@ -5,11 +5,28 @@
 #include "backup/BackupStore.h"
 #include "backup/cameraroll/AssetFiles.h"
 #include "backup/cameraroll/PhotoLibrary.h"
+#include "scan/BackupDatabase.h"
 #include "scan/ListLock.h"
 #include "scan/StoredNames.h"
 
 namespace salvor {
 namespace {
+
+/// Tells what is wrong with the photo library of an older backup.
+class OlderLibraryWatch : public DatabaseWatch {
+  public:
+    OlderLibraryWatch(ScanState& state, const DeviceInfo& device)
+        : state_(state), folder_(device.BackupLocation.value_or("")) {}
+
+    void readingEnded(const ReadingEnd& end) override {
+        if (end.kind != ReadingEnd::Kind::Whole)
+            state_.warn(folder_ + ": the photo library: " + end.reason);
+    }
+
+  private:
+    ScanState& state_;
+    const std::string folder_;
+};
 
 enum Folder { CameraRoll, PhotoStream, AppPhotos, CameraRollVideos, PhotoStreamVideos, AppVideos };
 
@@ -54,7 +71,12 @@ void DcimService::processOlderBackups(const DeviceInfo& device) {
 
 void DcimService::ProcessDatabaseForDevice(const DeviceInfo& device, bool DCIMAccess) {
     const auto files = filesOf(device);
-    const auto library = connection(files->open(SqliteDbName_));
+    // The files of an older backup are not those whose outcome the scan keeps.
+    const auto library =
+        files == state_.backupFiles()
+            ? connection(files->open(SqliteDbName_))
+            : backupDatabase(state_, files->open(SqliteDbName_),
+                             std::make_shared<OlderLibraryWatch>(state_, device), cancelled_);
     if (!library->openDatabase()) return;
     auto layout = GetPhotoDBFileType(*library);
     if (layout == PhotoLibraryLayout::Unknown) layout = PhotoLibraryLayout::Plain;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "records/ListRows.h"
+#include "scan/BackupDatabase.h"
 #include "scan/StoredNames.h"
 #include "util/DateUtils.h"
 #include "util/PropertyList.h"
@@ -21,6 +22,12 @@ constexpr std::array kCandidates{storedNameOf(Stored::SafariHistory),
 constexpr auto kVisits =
     "SELECT hv.id, title, visit_time, url, visit_count  FROM history_visits hv inner join "
     "history_items hi on hv.history_item = hi.id order by visit_time desc, hv.id";
+
+/// How the last statement ended: what stands at these places need not be a database.
+struct LastEnd : DatabaseWatch {
+    void readingEnded(const ReadingEnd& end) override { last = end; }
+    std::optional<ReadingEnd> last;
+};
 
 /// The visit times count from 2001 but are read as Unix time, which this format undoes.
 Text displayDate(double secondsSince2001) {
@@ -61,9 +68,10 @@ void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
     const auto file = ConnectionString(device);
     if (!file) return;
     const auto before = retrieved_;
-    dbUtils_ = connection(*file);
+    const auto end = std::make_shared<LastEnd>();
+    dbUtils_ = backupDatabase(state_, *file, end, cancelled_);
     if (dbUtils_->openDatabase()) {
-        auto rows = dbUtils_->executeQuery(kVisits);
+        auto rows = dbUtils_->executeList({kVisits});
         while (rows.next()) {
             auto visit = std::make_shared<InternetHistory>();
             visit->Url = rows.stringForColumn("url");
@@ -73,12 +81,14 @@ void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
             list(std::move(visit));
         }
     }
-    if (retrieved_ == before) readPropertyList(file->path);
+    if (retrieved_ == before && readPropertyList(file->path)) end->last = ReadingEnd{};
+    if (end->last) state_.readingEnded(SqliteDbName_, *end->last);
 }
 
-void InternetHistoryService::readPropertyList(const std::filesystem::path& path) {
-    for (const PropertyList& page : PropertyList::read(path).dictionaries("WebHistoryDates")) {
-        if (cancelled_.stop_requested()) return;
+bool InternetHistoryService::readPropertyList(const std::filesystem::path& path) {
+    const auto history = PropertyList::read(path);
+    for (const PropertyList& page : history.dictionaries("WebHistoryDates")) {
+        if (cancelled_.stop_requested()) break;
         auto visit = std::make_shared<InternetHistory>();
         visit->Url = page.text("");
         visit->Title = page.text("title");
@@ -87,6 +97,7 @@ void InternetHistoryService::readPropertyList(const std::filesystem::path& path)
             visit->LastVisitedDate = displayDate(*seconds);
         list(std::move(visit));
     }
+    return static_cast<bool>(history);
 }
 
 void InternetHistoryService::list(std::shared_ptr<InternetHistory> visit) {

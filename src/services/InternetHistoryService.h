@@ -17,7 +17,8 @@ class InternetHistoryService : public abstractServices {
     void doRecovery(const DeviceInfo&) {}
 
   private:
-    void readPropertyList(const std::filesystem::path& path);
+    /// Whether the file is a property list.
+    bool readPropertyList(const std::filesystem::path& path);
     void list(std::shared_ptr<InternetHistory> visit);
 };
 

@@ -6,6 +6,13 @@
 #include "util/iPhoneNumberUtils.h"
 
 namespace salvor {
+namespace {
+
+constexpr auto kChats =
+    "SELECT ROWID, chat_identifier, account_id from chat order by chat_identifier";
+constexpr std::int32_t kFirstVersionWithChats = 6;
+
+}  // namespace
 
 MessageServices::MessageServices(ScanState& state)
     : abstractServices(state, MessagesSqliteDbName) {}
@@ -31,8 +38,8 @@ std::vector<std::int64_t> MessageServices::groupIdsInDB() {
 List<MessageChat> MessageServices::MessageChatsInDB() {
     List<MessageChat> chats;
     if (dbUtils_ == nullptr) return chats;
-    auto rows = dbUtils_->executeQuery(
-        "SELECT ROWID, chat_identifier, account_id from chat order by chat_identifier");
+    const bool mayLackChats = state_.deviceInfo.iOSMajorVersion < kFirstVersionWithChats;
+    auto rows = mayLackChats ? dbUtils_->executeQuery(kChats) : dbUtils_->executeList({kChats});
     while (rows.next()) {
         auto chat = std::make_shared<MessageChat>();
         chat->RowId = rows.longLongIntForColumn("ROWID");

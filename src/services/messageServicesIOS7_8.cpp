@@ -69,6 +69,7 @@ void messageServicesIOS7_8::addChatConversations() {
 }
 
 void messageServicesIOS7_8::addLiveMessages() {
+    if (_ConversationContacts.empty()) return;  // a database without chats has no such tables
     const RowTexts rowTexts(state_.AllSMSContent);
     forEachLiveChatMessage(*dbUtils_, [&](std::shared_ptr<Message> message) {
         const auto conversation = known_.findByChatId(message->ChatId);

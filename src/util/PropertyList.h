@@ -22,6 +22,8 @@ class PropertyList {
     static PropertyList read(const std::filesystem::path& file);
     static PropertyList parse(Bytes data);
 
+    /// Whether it was read from a property list.
+    explicit operator bool() const { return node_ != nullptr; }
     bool has(const char* key) const;
     /// The text under `key`; absent when there is none or it is no text.
     Text text(const char* key) const;

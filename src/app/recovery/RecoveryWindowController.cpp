@@ -114,8 +114,8 @@ void Controller::runService(const CategoryFacts& facts, std::stop_token cancelle
         services_->StartRecoveryofService(code, std::move(cancelled));
     } catch (const std::exception& failure) {
         // The scan ends through the finished flags whatever happens to a service.
-        state_->warn("recovery service " + std::to_string(code) +
-                     " ended early: " + failure.what());
+        state_->categoryFailed(facts.category,
+                               std::string("the recovery ended early: ") + failure.what());
     }
     // What no statement of the extraction reads is completed by the service.
     if (facts.places.reading == 0) state_->categoryRead(facts.category);

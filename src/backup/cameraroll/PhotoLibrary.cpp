@@ -84,7 +84,7 @@ std::string assetStatement(PhotoLibraryLayout layout) {
 
 void readAssets(FMDBUtils& database, PhotoLibraryLayout layout,
                 const std::function<void(Dcmi)>& found) {
-    auto rows = database.executeQuery(assetStatement(layout));
+    auto rows = database.executeList({assetStatement(layout).c_str()});
     while (rows.next()) {
         auto fileName = rows.stringForColumn("ZFILENAME");
         if (!fileName) continue;

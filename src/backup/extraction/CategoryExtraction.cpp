@@ -56,6 +56,7 @@ void CategoryExtraction::prepare(std::int32_t dataType) {
     }
     clearDeviceLists(state_);
     setupDataBase(state_);
+    state_.beginFiles(dataType);
 }
 
 ExtractionResult CategoryExtraction::read(std::int32_t dataType) {

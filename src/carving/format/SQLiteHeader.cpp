@@ -1,6 +1,7 @@
 #include "carving/format/SQLiteHeader.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "carving/format/SQLiteUtils.h"
 #include "util/MappedFile.h"
@@ -28,6 +29,11 @@ std::optional<SQLiteHeader> SQLiteHeader::ReadSQLiteDatabaseHeader(
     auto header = fromBytes(file->bytes());
     if (header) header->SQLiteDatabaseFileFullPath = path.string();
     return header;
+}
+
+bool SQLiteHeader::beginsLikeDatabase(Bytes file) {
+    static constexpr std::string_view kMagic("SQLite format 3\0", 16);
+    return file.size() >= kMagic.size() && std::equal(kMagic.begin(), kMagic.end(), file.begin());
 }
 
 std::optional<SQLiteHeader> SQLiteHeader::fromBytes(Bytes file) {

@@ -22,6 +22,9 @@ class SQLiteHeader {
     static std::optional<SQLiteHeader> fromBytes(Bytes file);
     static constexpr std::size_t kHeaderBytes = 56;
 
+    /// Whether a file begins with the format's own name.
+    static bool beginsLikeDatabase(Bytes file);
+
     std::string SQLiteDatabaseFileFullPath;
     Text Signature;  ///< the first 100 bytes as ASCII; absent when they are not ASCII
     /// As stored: the value 1, which stands for pages of 65536 bytes, is not translated.
