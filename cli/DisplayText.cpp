@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 #include <iterator>
 
+#include "util/TerminalText.h"
+
 namespace salvor::cli {
 namespace {
 
@@ -35,11 +37,6 @@ constexpr std::array kZero = {
     Range{0x0E31, 0x0E31}, Range{0x0E34, 0x0E3A}, Range{0x0E47, 0x0E4E},   Range{0x1AB0, 0x1AFF},
     Range{0x1DC0, 0x1DFF}, Range{0x200B, 0x200D}, Range{0x20D0, 0x20FF},   Range{0x3099, 0x309A},
     Range{0xFE00, 0xFE0F}, Range{0xFE20, 0xFE2F}, Range{0xE0100, 0xE01EF},
-};
-// Sorted. Not to be sent to a terminal.
-constexpr std::array kUnprintable = {
-    Range{0x0000, 0x001F}, Range{0x007F, 0x009F}, Range{0x061C, 0x061C}, Range{0x200E, 0x200F},
-    Range{0x2028, 0x202E}, Range{0x2066, 0x2069}, Range{0xFEFF, 0xFEFF},
 };
 
 template <std::size_t Count>
@@ -87,7 +84,7 @@ std::string printable(std::string_view text) {
     shown.reserve(text.size());
     while (!text.empty()) {
         const auto decoded = decodeFirst(text);
-        const bool hidden = !decoded.valid || contains(kUnprintable, decoded.character);
+        const bool hidden = !decoded.valid || isObeyedByTerminals(decoded.character);
         shown += hidden ? kReplacement : text.substr(0, decoded.length);
         text.remove_prefix(decoded.length);
     }

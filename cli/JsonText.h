@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "util/TerminalText.h"
 #include "util/Text.h"
 
 namespace salvor::cli {
@@ -16,14 +17,14 @@ inline Json jsonOf(const Text& text) {
 }
 
 /// `value` on one line, with its line break. Bytes that are not UTF-8 become U+FFFD; NaN and
-/// infinities become null.
+/// infinities become null. What a terminal would obey is escaped.
 inline std::string jsonLine(const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+    return escapedForTerminals(value.dump(-1, ' ', false, Json::error_handler_t::replace)) + '\n';
 }
 
 /// As `jsonLine`, indented over several lines.
 inline std::string jsonText(const Json& value) {
-    return value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return escapedForTerminals(value.dump(2, ' ', false, Json::error_handler_t::replace)) + '\n';
 }
 
 }  // namespace salvor::cli

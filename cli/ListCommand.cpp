@@ -50,7 +50,7 @@ class ListCommand : public Command {
         } else if (!entries.empty()) {
             writeText(entries, console.out);
         } else {
-            console.err << "No backup found" << (root ? " in " + *root : "") << ".\n";
+            console.err << "No backup found" << (root ? " in " + printable(*root) : "") << ".\n";
         }
         return ExitStatus::Done;
     }
