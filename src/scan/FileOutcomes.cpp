@@ -53,7 +53,8 @@ std::optional<Stored> readInstead(const ScanState& state, const CategoryFacts& c
 }
 
 std::string withRows(const ReadingEnd& end, std::uint64_t before) {
-    if (before + end.rows == 0) return end.reason + "; nothing was read";
+    if (before + end.rows == 0)
+        return end.reason + (end.kind == ReadingEnd::Kind::Budget ? "" : "; nothing was read");
     return fmt::format("{}; {} rows were read until then", end.reason, before + end.rows);
 }
 
@@ -123,7 +124,8 @@ std::optional<FileOutcome> FileOutcomes::add(std::string_view storedName, const 
     entry->heard = true;
     if (end.kind == ReadingEnd::Kind::Whole || entry->fault) return std::nullopt;
     entry->fault = true;
-    entry->told.outcome = entry->rows == 0 ? ReadOutcome::Unreadable : ReadOutcome::Partly;
+    const bool nothing = entry->rows == 0 && end.kind != ReadingEnd::Kind::Budget;
+    entry->told.outcome = nothing ? ReadOutcome::Unreadable : ReadOutcome::Partly;
     entry->told.reason = withRows(end, before);
     return entry->told;
 }

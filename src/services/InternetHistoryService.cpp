@@ -81,7 +81,10 @@ void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
             list(std::move(visit));
         }
     }
-    if (retrieved_ == before && readPropertyList(file->path)) end->last = ReadingEnd{};
+    if (retrieved_ == before && readPropertyList(file->path))
+        end->last = ReadingEnd{};
+    else if (end->last && end->last->kind == ReadingEnd::Kind::Broken)
+        end->last->reason += ", nor a property list";
     if (end->last) state_.readingEnded(SqliteDbName_, *end->last);
 }
 

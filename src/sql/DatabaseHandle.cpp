@@ -69,7 +69,10 @@ bool FMDBUtils::Handle::open(const std::string& path) {
 bool FMDBUtils::Handle::openProtected(const std::string& path) {
     std::error_code error;
     // Only a regular file is opened: a named pipe would wait for its writer.
-    if (!std::filesystem::is_regular_file(path, error)) return false;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        tell(ReadingEnd::Kind::NotOpened, "there is no regular file");
+        return false;
+    }
     const auto fileSize = std::filesystem::file_size(path, error);
     const auto absolute = std::filesystem::absolute(path, error);
     if (error) return false;

@@ -12,6 +12,7 @@ namespace salvor {
 namespace {
 
 using Protected = ScanFixture;
+namespace fs = std::filesystem;
 
 constexpr const char* kMessages =
     "CREATE TABLE message (text TEXT);"
@@ -103,6 +104,62 @@ TEST_F(Protected, ACancelEndsTheNextStep) {
     source.request_stop();
     EXPECT_FALSE(rows.next());
     EXPECT_FALSE(db.executeQuery("SELECT * FROM message").next());
+}
+
+struct Ends : DatabaseWatch {
+    std::vector<ReadingEnd> heard;
+    void readingEnded(const ReadingEnd& end) override { heard.push_back(end); }
+};
+
+TEST_F(Protected, TellsHowTheReadingOfAFileEnded) {
+    using Kind = ReadingEnd::Kind;
+    constexpr auto kThousand =
+        "CREATE TABLE t (a, b); INSERT INTO t WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT "
+        "x + 1 FROM c LIMIT 1000) SELECT x, 'a text that fills pages' FROM c;";
+    const auto whole = write("whole.db", kThousand);
+    const auto broken = write("broken.db", kThousand);
+    fs::resize_file(broken, fs::file_size(broken) - 8192);
+    fs::resize_file(broken, fs::file_size(broken) + 8192);
+    writeWholeFile(folder / "text", std::string(5000, 'x'));
+    struct Case {
+        std::string path;
+        std::initializer_list<const char*> statements;
+        std::optional<Kind> kind;
+        const char* reason;
+        bool rows;
+    };
+    constexpr auto kAll = "SELECT * FROM t";
+    constexpr auto kForeign = "SELECT c FROM t";
+    constexpr auto kEndless = "SELECT a.a FROM t a, t b, t c, t d WHERE a.a + b.a + c.a + d.a = 0";
+    const Case cases[] = {
+        {whole, {kAll}, Kind::Whole, "", true},
+        {whole, {kForeign, kAll}, Kind::Whole, "", true},
+        {whole, {kForeign, kForeign}, Kind::NotPrepared, "no such column: c", false},
+        {whole, {kEndless}, Kind::Budget, "takes more steps than a file of this size", false},
+        {broken, {kAll}, Kind::Broken, "database disk image is malformed", true},
+        {folder / "text", {kAll, kForeign}, Kind::Broken, "file is not a database", false},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.path + " " + *one.statements.begin());
+        const auto ends = std::make_shared<Ends>();
+        FMDBUtils db(one.path, SourcePolicy::Protected, {}, ends);
+        ASSERT_TRUE(db.openDatabase());
+        auto rows = db.executeList(one.statements);
+        while (rows.next()) continue;
+        ASSERT_EQ(ends->heard.size(), 1U);
+        EXPECT_EQ(ends->heard[0].kind, one.kind);
+        EXPECT_THAT(ends->heard[0].reason, testing::HasSubstr(one.reason));
+        EXPECT_EQ(ends->heard[0].rows > 0, one.rows);
+    }
+    std::stop_source cancelled;
+    const auto ends = std::make_shared<Ends>();
+    FMDBUtils db(whole, SourcePolicy::Protected, cancelled.get_token(), ends);
+    ASSERT_TRUE(db.openDatabase());
+    db.executeQuery(kForeign);
+    auto rows = db.executeQuery(kAll);
+    cancelled.request_stop();
+    EXPECT_FALSE(rows.next());
+    EXPECT_TRUE(ends->heard.empty()) << "a cancel and a look-up that does not fit say nothing";
 }
 
 /// Names, sizes and time stamps of a folder and its files. Listing the folder is itself an access
