@@ -17,7 +17,12 @@ class LineSink : public spdlog::sinks::base_sink<std::mutex> {
     void sink_it_(const spdlog::details::log_msg& message) override {
         spdlog::memory_buf_t line;
         formatter_->format(message, line);
-        writeLine_(std::string_view(line.data(), line.size()));
+        std::string_view rest(line.data(), line.size());
+        for (auto end = rest.find('\n'); end != rest.npos; end = rest.find('\n')) {
+            writeLine_(rest.substr(0, end));
+            rest.remove_prefix(end + 1);
+        }
+        writeLine_(rest);
     }
     void flush_() override {}
 

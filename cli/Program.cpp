@@ -86,7 +86,8 @@ ExitStatus dispatch(const std::vector<std::string>& args, Console& console) {
 ExitStatus settleOutput(ExitStatus status, const Console& console) {
     console.out.flush();
     console.err.flush();
-    if (console.out || status != ExitStatus::Done) return status;
+    const bool ended = status != ExitStatus::Done && status != ExitStatus::NotAllRead;
+    if (console.out || ended) return status;
     const int cause = console.outError();
     if (cause == EPIPE) return status;
     console.error("standard output: " + std::generic_category().message(cause == 0 ? EIO : cause));
@@ -123,7 +124,7 @@ std::span<const std::unique_ptr<Command>> commands() {
 }
 
 int run(const std::vector<std::string>& args, Console& console) {
-    auto status = ExitStatus::NotWritten;
+    auto status = ExitStatus::Failed;
     try {
         status = dispatch(args, console);
     } catch (const std::exception& error) {

@@ -25,7 +25,7 @@ ScanDisplay::~ScanDisplay() {
 
 void ScanDisplay::onStatus(StatusCode code, const std::string& text) {
     if (log_ != nullptr)
-        log_->debug("status {} \"{}\" after {} ms", static_cast<int>(code), text,
+        log_->debug("status {} \"{}\" after {} ms", static_cast<int>(code), printable(text),
                     elapsed().count());
     if (code == StatusCode::Clear || text.empty()) return;
     {
@@ -63,6 +63,18 @@ void ScanDisplay::onWarning(const std::string& text) {
 
 void ScanDisplay::onError(const std::string& text) {
     if (log_ != nullptr) log_->error("{}", printable(text));
+}
+
+void ScanDisplay::onReport(const std::string& lines) {
+    if (log_ == nullptr) return;
+    std::string shown;
+    std::string_view rest = lines;
+    while (!rest.empty()) {
+        const auto end = rest.find('\n');
+        shown += '\n' + printable(rest.substr(0, end));
+        rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
+    }
+    log_->warn("how the scan failed:{}", shown);
 }
 
 void ScanDisplay::writeLine(std::string_view line) {

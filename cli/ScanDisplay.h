@@ -39,6 +39,7 @@ class ScanDisplay : public ScanObserver {
     void onBackupComplete() override;
     void onWarning(const std::string& text) override;
     void onError(const std::string& text) override;
+    void onReport(const std::string& lines) override;
 
     /// Writes a line of its own above the progress line.
     void writeLine(std::string_view line);

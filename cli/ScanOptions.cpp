@@ -29,8 +29,9 @@ const CommandTable kScanTable{
      {"--no-progress", nullptr, "no progress line"},
      {"--quiet", nullptr, "no output but errors"},
      {"--log-level", "L", "trace, debug, info, warning (default), error, critical or off"}},
-    "The backup is only read. Ctrl-C stops the scan and keeps what was found; a second one ends "
-    "at once."};
+    "The backup is only read. A database that cannot be read whole is named, marked in the table, "
+    "and the status is 7. Ctrl-C stops the scan and keeps what was found; a second one ends at "
+    "once."};
 
 namespace {
 

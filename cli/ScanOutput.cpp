@@ -11,12 +11,18 @@
 namespace salvor::cli {
 namespace {
 
+std::string markOf(std::optional<ReadOutcome> fault) {
+    if (!fault) return {};
+    return *fault == ReadOutcome::Unreadable ? toString(*fault) : "partly read";
+}
+
 void writeTable(const ScanState& state, std::int32_t code, std::ostream& out) {
     using enum TextTable::Align;
-    TextTable table({Left, Right, Right});
+    TextTable table({Left, Right, Right, Left});
     table.add({"Category", "Live", "Deleted"});
     for (const auto& [category, live, deleted] : countRecords(state, code))
-        table.add({category.title, std::to_string(live), std::to_string(deleted)});
+        table.add({category.title, std::to_string(live), std::to_string(deleted),
+                   markOf(state.fileOutcomes.faultOf(category.category))});
     table.write(out);
 }
 

@@ -27,8 +27,17 @@ void refuseUnlessRun(const ScanOutcome& outcome) {
             throw Failure(ExitStatus::NotWritten, outcome.message);
         case ScanResult::Done:
         case ScanResult::Cancelled:
+        case ScanResult::Failed:
             break;
     }
+}
+
+/// Of several reasons the one that says most about the whole result.
+ExitStatus statusOf(const ScanOutcome& outcome, const ScanState& state, ExitStatus written) {
+    if (outcome.result == ScanResult::Failed) return ExitStatus::Failed;
+    if (outcome.encrypted) return ExitStatus::Encrypted;
+    if (written != ExitStatus::Done) return written;
+    return state.fileOutcomes.anyFault() ? ExitStatus::NotAllRead : ExitStatus::Done;
 }
 
 }  // namespace
@@ -50,7 +59,8 @@ ExitStatus runAndShow(ScanJob& job, RunDisplay& display, const ScanOptions& opti
                         " (--ios auto uses what is there, --ios X.Y sets it)");
     const bool cancelled = outcome.result == ScanResult::Cancelled || Interrupts::happened();
     if (!options.quiet)
-        console.err << summaryText(job.state(), options.request.category, cancelled,
+        console.err << summaryText(job.state(), options.request.category,
+                                   cancelled ? ScanResult::Cancelled : outcome.result,
                                    display.elapsed())
                     << '\n'
                     << std::flush;
@@ -59,10 +69,9 @@ ExitStatus runAndShow(ScanJob& job, RunDisplay& display, const ScanOptions& opti
     const auto written = writeResults(job.state(), options, ended, console);
     if (outcome.encrypted)
         console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));
-    if (written != ExitStatus::Done) return written;
     // One that came while the results were written is told as well.
     if (cancelled || Interrupts::happened()) return ExitStatus::Cancelled;
-    return outcome.encrypted ? ExitStatus::Encrypted : ExitStatus::Done;
+    return statusOf(outcome, job.state(), written);
 }
 
 }  // namespace salvor::cli

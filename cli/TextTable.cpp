@@ -28,6 +28,7 @@ void TextTable::write(std::ostream& out) const {
             else
                 line += i + 1 < row.size() ? row[i] + padding : row[i];
         }
+        line.erase(line.find_last_not_of(' ') + 1);
         out << line << '\n';
     }
 }

@@ -124,7 +124,9 @@ void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder&
     try {
         explore(holder);
     } catch (const std::exception& failure) {  // Kept: failed-scan-is-finished.
-        state_.warn(describeFailure(failure));
+        scanFailure_ = state_.BACKUP_DIRECTORY + ": the scan ended early: " + failure.what();
+        state_.report(describeFailure(failure));
+        state_.tellError(scanFailure_);
         state_.isDoingRecovery = false;
         endScan();
     }
@@ -132,6 +134,7 @@ void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder&
 
 void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     workFolderFailure_.clear();
+    scanFailure_.clear();
     state_.run.dataType = holder.dataType;
     state_.run.startedAt = std::time(nullptr);
     state_.run.complete = false;

@@ -78,8 +78,8 @@ class SalvorAppDelegate {
     FreshBackup waitForBackup() { return devices_.waitForBackup(); }
 
     /// The whole scan on the calling thread: extraction, then recovery. Reports through the
-    /// observer and the lists of the state. An exception ends the scan as if finished, with a
-    /// warning.
+    /// observer and the lists of the state. An exception ends the scan as if finished, with an
+    /// error and a report for whoever looks for its cause.
     void ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder);
     /// The same on a thread of its own, after an earlier one has ended.
     void exploreInBackground(const dataTypeHolder& holder);
@@ -96,6 +96,8 @@ class SalvorAppDelegate {
 
     /// Why the last scan had no work folder, or "".
     const std::string& workFolderFailure() const { return workFolderFailure_; }
+    /// What exception ended the last scan, or "".
+    const std::string& scanFailure() const { return scanFailure_; }
 
   private:
     void explore(const dataTypeHolder& holder);
@@ -108,6 +110,7 @@ class SalvorAppDelegate {
     ServicesFactory makeServices_;
     std::unique_ptr<WorkFolder> workFolder_;
     std::string workFolderFailure_;
+    std::string scanFailure_;
     RecoveryWindowController recoveryWindowController_;
     CancelSource cancel_;
     DeviceSource devices_{state_, cancel_,

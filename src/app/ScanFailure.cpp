@@ -1,5 +1,6 @@
 #include "app/ScanFailure.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <fmt/format.h>
@@ -20,13 +21,16 @@ std::string nameOf(const std::exception& failure) {
 }  // namespace
 
 std::string describeFailure(const std::exception& failure) {
+    std::string reason = failure.what();
+    // The text has four lines, whatever the reason quotes.
+    std::replace(reason.begin(), reason.end(), '\n', ' ');
     // By the time an exception is caught its call stack is gone.
     return fmt::format(
         "                            Where: \n"
         "                            Exception: {}\n"
         "                            Stack: {}\n"
         "                            Reason: {}\n",
-        nameOf(failure), "(unwound)", failure.what());
+        nameOf(failure), "(unwound)", reason);
 }
 
 }  // namespace salvor

@@ -124,6 +124,9 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
         outcome.message = application_->workFolderFailure();
     } else if (application_->cancelRequested()) {
         outcome.result = ScanResult::Cancelled;
+    } else if (!application_->scanFailure().empty()) {
+        outcome.result = ScanResult::Failed;
+        outcome.message = application_->scanFailure();
     }
     return outcome;
 }

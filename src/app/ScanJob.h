@@ -35,6 +35,7 @@ enum class ScanResult {
     InvalidRequest,        ///< unknown category, a version that is none, output inside the backup
     WorkFolderRefused,     ///< "Temp" is not ours to remove, or cannot be made
     Cancelled,             ///< the lists hold what was found until then
+    Failed,                ///< an exception ended it, and the lists hold what was found until then
 };
 
 struct ScanOutcome {

@@ -13,7 +13,7 @@ std::string countText(std::uint64_t count) {
     return digits;
 }
 
-std::string summaryText(const ScanState& state, std::int32_t code, bool cancelled,
+std::string summaryText(const ScanState& state, std::int32_t code, ScanResult result,
                         std::chrono::milliseconds elapsed) {
     std::size_t live = 0;
     std::size_t deleted = 0;
@@ -21,9 +21,12 @@ std::string summaryText(const ScanState& state, std::int32_t code, bool cancelle
         live += one.live;
         deleted += one.deleted;
     }
-    return fmt::format(
-        "{} after {:.1f} s: {} live and {} deleted records.", cancelled ? "Cancelled" : "Done",
-        static_cast<double>(elapsed.count()) / 1000, countText(live), countText(deleted));
+    const char* how = result == ScanResult::Cancelled ? "Cancelled"
+                      : result == ScanResult::Failed  ? "Failed"
+                                                      : "Done";
+    return fmt::format("{} after {:.1f} s: {} live and {} deleted records.", how,
+                       static_cast<double>(elapsed.count()) / 1000, countText(live),
+                       countText(deleted));
 }
 
 std::string versionNotice(const ScanOutcome& outcome) {

@@ -49,9 +49,9 @@ TEST(Results, AreCountedInASentence) {
     state.Photos.resize(2);
     state.DeletedVideos.resize(999);
     using std::chrono::milliseconds;
-    EXPECT_EQ(summaryText(state, 0, false, milliseconds(1260)),
+    EXPECT_EQ(summaryText(state, 0, ScanResult::Done, milliseconds(1260)),
               "Done after 1.3 s: 1,234,569 live and 999 deleted records.");
-    EXPECT_EQ(summaryText(state, 2, true, milliseconds(0)),
+    EXPECT_EQ(summaryText(state, 2, ScanResult::Cancelled, milliseconds(0)),
               "Cancelled after 0.0 s: 2 live and 999 deleted records.");
 }
 

@@ -122,6 +122,9 @@ TEST_F(Application, EndsAScanThatFailsAsIfFinished) {
     EXPECT_THAT(events, Contains(AllOf(HasSubstr("                            Where: \n"),
                                        HasSubstr("Exception: std::runtime_error\n"),
                                        HasSubstr("Reason: no services today\n"))));
+    EXPECT_EQ(events.back(), "screen 3");
+    EXPECT_THAT(events, Contains("warning " + backup.string() +
+                                 ": the scan ended early: no services today"));
 }
 
 TEST_F(Application, CancelDuringTheExtractionStartsNoWorker) {

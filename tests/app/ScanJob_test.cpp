@@ -143,6 +143,19 @@ TEST_F(ScanJobs, EndWhenCancelledWithWhatWasFound) {
     EXPECT_TRUE(early.state().statusHistory().empty());
 }
 
+TEST_F(ScanJobs, FailWithWhatWasFoundWhenAnExceptionEndsThem) {
+    sample();
+    watcher.moment = "Contacts";
+    watcher.act = [] { throw std::runtime_error("no more today"); };
+    const auto outcome = job.runScan(request());
+    EXPECT_EQ(outcome.result, ScanResult::Failed);
+    EXPECT_EQ(outcome.message, backup.string() + ": the scan ended early: no more today");
+    EXPECT_FALSE(job.state().run.complete);
+    EXPECT_FALSE(job.state().SMSContent.empty());
+    EXPECT_EQ(job.state().fileOutcomes.all()[0].outcome, ReadOutcome::Read);
+    EXPECT_EQ(job.state().fileOutcomes.all().back().outcome, ReadOutcome::Partly) << "not reached";
+}
+
 TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
     sample();
     ASSERT_EQ(job.runScan(request()).result, ScanResult::Done);
@@ -170,14 +183,16 @@ TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
     EXPECT_GT(cancelled, 0);
 }
 
-/// What a scan into a work folder of its own shows, without what differs between equal scans: the
-/// copies of pictures lie in those folders, and two workers tell at the same time that they begin.
+/// What a scan into a work folder of its own shows, without what differs between equal scans: its
+/// time, the copies of pictures, which lie in those folders, and that two workers tell at the same
+/// time that they begin.
 std::string listsOf(const fs::path& backup) {
     SampleScan scan;
     EXPECT_EQ(scan.run(requestFor(backup)), ScanResult::Done);
     const std::string report = ScanReport::text(scan.state());
     const auto deleted = report.find("\"DeletedSMS\": [");
-    return report.substr(0, report.find("\"Photos\": [")) +
+    const auto device = report.find("\"device\": {");
+    return report.substr(device, report.find("\"Photos\": [") - device) +
            report.substr(deleted, report.find("\"status\": [") - deleted);
 }
 

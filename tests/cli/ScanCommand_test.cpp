@@ -118,6 +118,24 @@ TEST_F(ScanCommandTest, TickedRowsAloneAreExported) {
     EXPECT_EQ(exportedRows("SMS.csv"), (std::vector{all[1], all[2]}));
 }
 
+TEST_F(ScanCommandTest, WhatCouldNotBeReadIsSaidAndHasAStatusThatOthersComeBefore) {
+    const std::string told = "salvor: error: Messages: HomeDomain Library/SMS/sms.db (stored as ";
+    for (const bool encrypted : {false, true}) {
+        writeSample({.encrypted = encrypted});
+        writeWholeFile(folder_ / "backup/3d0d7e5fb2ce288813306e4d4636395e047a3d28",
+                       std::string(5000, 'x'));
+        const auto ran = scan({});
+        EXPECT_EQ(ran.status, encrypted ? 4 : 7);
+        EXPECT_THAT(ran.out, HasSubstr("\nMessages              0        0  unreadable\nPhotos "));
+        EXPECT_THAT(ran.out, Not(HasSubstr(" \n")));
+        EXPECT_THAT(ran.err, HasSubstr(told));
+        const auto quiet = scan({"--quiet", "--json", "/dev/full"});
+        EXPECT_EQ(quiet.status, encrypted ? 4 : 5);
+        EXPECT_THAT(quiet.err, StartsWith(told));
+        EXPECT_EQ(scan({"--category", "calls"}).status, encrypted ? 4 : 0);
+    }
+}
+
 TEST_F(ScanCommandTest, AnEncryptedBackupIsSaidToBeOne) {
     writeSample({.encrypted = true});
     const auto ran = scan({});
@@ -159,7 +177,7 @@ class InterruptingBuffer : public std::stringbuf {
 };
 
 TEST_F(ScanCommandTest, AnInterruptEndsTheScanOrTheExportAndTheRestIsShown) {
-    writeSample();
+    writeSample({.encrypted = true});  // which an interrupt comes before
     for (const bool inExport : {false, true}) {
         fs::remove_all(out());
         std::ostringstream outStream;

@@ -87,7 +87,7 @@ TEST(TextTableTest, AlignsWideNames) {
     table.add({"Jo", "", ""});
     std::ostringstream out;
     table.write(out);
-    EXPECT_EQ(out.str(), "電話     7  x\nAnna  1204  a\uFFFDb\nJo          \n");
+    EXPECT_EQ(out.str(), "電話     7  x\nAnna  1204  a\uFFFDb\nJo\n");
 }
 
 /// Tells when something has been drawn, so that tests need no clock.
@@ -159,6 +159,16 @@ TEST_F(ScanDisplayTest, WarningsAreLogLinesAndQuietMeansNothing) {
         EXPECT_EQ(buffer_.str(), quiet ? "" : "salvor: warning: sms.db: cannot be read\n");
         buffer_.str("");
     }
+}
+
+TEST_F(ScanDisplayTest, AReportKeepsItsLinesAndNothingElseMakesAny) {
+    ScanDisplay display(console_, {});
+    display.setLog(makeLog(spdlog::level::warn, [&](auto line) { display.writeLine(line); }));
+    display.onReport("  Where: \n  Reason: \x1b[2J\n");
+    display.onWarning("two\nlines");
+    EXPECT_EQ(buffer_.str(),
+              "salvor: warning: how the scan failed:\n  Where: \n  Reason: \uFFFD[2J\n"
+              "salvor: warning: two\uFFFDlines\n");
 }
 
 TEST(LogTest, KnowsItsLevels) {
