@@ -4,12 +4,15 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "util/TerminalText.h"
+
 namespace salvor::json {
 namespace {
 
 // The library knows all of JSON's texts and numbers; what most records hold is written without it.
 std::string dump(const nlohmann::json& value) {
-    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return escapedForTerminals(
+        value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 bool isPlain(char c) {

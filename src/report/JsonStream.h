@@ -11,7 +11,8 @@
 namespace salvor::json {
 
 /// Writes the pieces of one JSON text to a stream through a buffer of 64 KiB. Texts are UTF-8;
-/// bytes that are not become U+FFFD, NaN and infinities null. Once the stream has failed or `stop`
+/// bytes that are not become U+FFFD, NaN and infinities null; characters that a terminal would obey
+/// are escaped. Once the stream has failed or `stop`
 /// was asked for, `ended` is true and nothing more is written. Not thread-safe.
 class JsonStream {
   public:

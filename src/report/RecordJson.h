@@ -94,10 +94,9 @@ inline void writeOrigin(JsonStream& out, const RecordOrigin& origin) {
     out.raw("}");
 }
 
+/// The members of a record's object; `first` is false from the first one on.
 template <class Record>
-void writeRecord(JsonStream& out, const Record& record) {
-    out.raw("{");
-    bool first = true;
+void writeMembers(JsonStream& out, const Record& record, bool& first) {
     forEachField(record, [&](const char* name, const auto& value) {
         out.key(name, first);
         writeValue(out, value);
@@ -108,6 +107,13 @@ void writeRecord(JsonStream& out, const Record& record) {
             writeOrigin(out, *record.Origin);
         }
     }
+}
+
+template <class Record>
+void writeRecord(JsonStream& out, const Record& record) {
+    out.raw("{");
+    bool first = true;
+    writeMembers(out, record, first);
     out.raw("}");
 }
 

@@ -1,10 +1,15 @@
 #include "report/ScanReport.h"
 
+#include <ctime>
+#include <fmt/chrono.h>
 #include <sstream>
 #include <utility>
 
+#include "report/LiveTwins.h"
 #include "report/RecordJson.h"
 #include "scan/Categories.h"
+#include "util/Sha256.h"
+#include "util/TimeZoneName.h"
 
 namespace salvor {
 namespace {
@@ -47,15 +52,43 @@ class Writer {
     }
     template <class Row>
     void list(const char* key, const List<Row>& rows) {
-        open(key, '[');
-        for (const auto& row : rows) {
-            if (out_.ended()) return;
-            next(nullptr);
-            // Rows are written whole; a record inside another one may be its name alone.
-            row != nullptr ? json::writeRecord(out_, *row) : json::writeNull(out_);
-            if (watch_.progress) watch_.progress(++done_, total_);
-        }
-        close(']');
+        // Rows are written whole; a record inside another one may be its name alone.
+        eachRow(key, rows, [this](const Row& row, std::size_t) { json::writeRecord(out_, row); });
+    }
+    /// Deleted rows, each with the serial number of the live row that is the same.
+    template <class Row>
+    void deletedList(const char* key, const List<Row>& rows, const List<Row>& live) {
+        const auto twins = liveTwins(live, rows);
+        eachRow(key, rows, [&](const Row& row, std::size_t index) {
+            out_.raw("{");
+            bool first = true;
+            json::writeMembers(out_, row, first);
+            out_.key("alsoLive", first);
+            twins[index] > 0 ? out_.number(twins[index]) : json::writeNull(out_);
+            out_.raw("}");
+        });
+    }
+    /// What became of a database; its digest is counted here.
+    void file(const ScanState& state, const FileOutcome& outcome) {
+        const StoredFile& facts = kStoredFiles[static_cast<std::size_t>(outcome.file)];
+        const auto digest = outcome.present ? digestOf(state, facts.name) : std::nullopt;
+        next(nullptr);
+        out_.raw("{");
+        bool first = true;
+        const auto member = [&](const char* key, const auto& value) {
+            out_.key(key, first);
+            json::writeValue(out_, value);
+        };
+        member("category", Text(factsOf(outcome.category).word));
+        member("storedName", Text(facts.name));
+        member("domain", Text(facts.domain));
+        member("path", Text(facts.path));
+        out_.key("size", first);
+        outcome.present ? out_.number(outcome.size) : json::writeNull(out_);
+        member("sha256", digest ? Text(*digest) : Text());
+        member("read", Text(toString(outcome.outcome)));
+        member("reason", outcome.reason.empty() ? Text() : Text(outcome.reason));
+        out_.raw("}");
     }
     /// Whether everything was written.
     bool finish() {
@@ -65,6 +98,21 @@ class Writer {
     }
 
   private:
+    template <class Row, class Write>
+    void eachRow(const char* key, const List<Row>& rows, Write&& write) {
+        open(key, '[');
+        for (std::size_t index = 0; index < rows.size(); ++index) {
+            if (out_.ended()) return;
+            next(nullptr);
+            rows[index] != nullptr ? write(*rows[index], index) : json::writeNull(out_);
+            if (watch_.progress) watch_.progress(++done_, total_);
+        }
+        close(']');
+    }
+    std::optional<std::string> digestOf(const ScanState& state, const char* storedName) const {
+        const auto file = state.backupFiles()->open(storedName);
+        return file ? sha256OfFile(file.path, watch_.stop) : std::nullopt;
+    }
     void next(const char* key) {
         if (!first_) out_.raw(",");
         if (depth_ > 0) newLine();
@@ -97,7 +145,34 @@ struct RowCount {
     void list(const char*, const List<Row>& list) {
         rows += list.size();
     }
+    template <class Row>
+    void deletedList(const char*, const List<Row>& list, const List<Row>&) {
+        rows += list.size();
+    }
 };
+
+void writeRun(Writer& writer, const ScanState& state) {
+    const ScanRun& run = state.run;
+    std::vector<std::string> asked;
+    for (const CategoryFacts& category : categories())
+        if (run.dataType == kEverything || run.dataType == codeOf(category.category))
+            asked.emplace_back(category.word);
+    const auto started = static_cast<std::time_t>(run.startedAt);
+    writer.value("format", ScanReport::kFormat);
+    writer.value("program", Text("salvor " SALVOR_VERSION));
+    writer.value(
+        "scannedAt",
+        started == 0 ? Text() : Text(fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(started))));
+    writer.value("timeZone", timeZoneName());
+    writer.value("asked", asked);
+    writer.value("complete", run.complete.load());
+}
+
+void writeFiles(Writer& writer, const ScanState& state) {
+    writer.open("files", '[');
+    for (const FileOutcome& outcome : state.fileOutcomes.all()) writer.file(state, outcome);
+    writer.close(']');
+}
 
 void writeSource(Writer& writer, const ScanState& state) {
     writer.open("source", '{');
@@ -120,23 +195,16 @@ void writeCounts(Writer& writer, const ScanState& state) {
     writer.close('}');
 }
 
-/// The live or the deleted lists of the categories.
-template <class Visitor>
-void writeLists(Visitor& writer, const ScanState& state, int Places::*order,
-                NamedList RowKind::*which) {
-    for (const CategoryFacts* category : categoriesBy(order)) {
-        for (const RowKind& kind : category->kinds) {
-            if (!kind.listed) continue;
-            const NamedList& list = kind.*which;
-            withList(state, list, [&](const auto& rows) { writer.list(list.name, rows); });
-        }
-    }
-}
-
 template <class Visitor>
 void writeLive(Visitor& writer, const ScanState& state) {
     writer.open("live", '{');
-    writeLists(writer, state, &Places::liveKey, &RowKind::live);
+    for (const CategoryFacts* category : categoriesBy(&Places::liveKey)) {
+        for (const RowKind& kind : category->kinds) {
+            if (!kind.listed) continue;
+            withList(state, kind.live,
+                     [&](const auto& rows) { writer.list(kind.live.name, rows); });
+        }
+    }
     writer.list("MapContent", state.MapContent);
     writer.list("AccountContent", state.AccountContent);
     writer.list("ApplicationContent", state.ApplicationContent);
@@ -147,7 +215,15 @@ void writeLive(Visitor& writer, const ScanState& state) {
 template <class Visitor>
 void writeDeleted(Visitor& writer, const ScanState& state) {
     writer.open("deleted", '{');
-    writeLists(writer, state, &Places::deletedKey, &RowKind::deleted);
+    for (const CategoryFacts* category : categoriesBy(&Places::deletedKey)) {
+        for (const RowKind& kind : category->kinds) {
+            if (!kind.listed) continue;
+            withList(state, kind.deleted, [&]<class Row>(const List<Row>& rows) {
+                const auto live = std::get<ListField<Row>>(kind.live.field);
+                writer.deletedList(kind.deleted.name, rows, state.*live);
+            });
+        }
+    }
     writer.close('}');
 }
 
@@ -177,8 +253,10 @@ std::string ScanReport::text(const ScanState& state) {
 bool ScanReport::write(const ScanState& state, std::ostream& out, const WritingReport& watch) {
     Writer writer(out, watch, rowsOf(state));
     writer.open(nullptr, '{');
+    writeRun(writer, state);
     writer.record("device", state.deviceInfo);
     writeSource(writer, state);
+    writeFiles(writer, state);
     writeCounts(writer, state);
     writeLive(writer, state);
     writeDeleted(writer, state);

@@ -1,8 +1,11 @@
+#include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
 #include <vector>
 
+#include "backup/BackupSource.h"
 #include "report/RecordJson.h"
 #include "report/ScanReport.h"
 #include "scan/Categories.h"
@@ -47,7 +50,9 @@ class Report : public testing::Test {
 
 TEST_F(Report, HasEverySectionInOrder) {
     const Json json = report();
-    EXPECT_EQ(keysOf(json), "device source counts live deleted conversations status ");
+    EXPECT_EQ(keysOf(json),
+              "format program scannedAt timeZone asked complete device source files counts live "
+              "deleted conversations status ");
     EXPECT_EQ(keysOf(json["live"]),
               listKeys(&Places::liveKey, &RowKind::live) +
                   "MapContent AccountContent ApplicationContent UserDictContent ");
@@ -131,7 +136,76 @@ TEST_F(Report, WritesPicturesAndWhatJsonCannotHold) {
     EXPECT_TRUE(json["NotesContent"][0]["OriginalCreationDate"].is_null());
 }
 
-// Byte for byte what the library writes: what is written past it must not differ.
+// What a scan of a backup told, and the digest of "abc".
+TEST_F(Report, TellsTheScanAndWhatCouldBeRead) {
+    const TempFolder folder;
+    std::ofstream(folder / storedNameOf(Stored::CallsBefore8)) << "abc";
+    useBackup(state_, folder.path());
+    ::setenv("TZ", "Europe/Berlin", 1);
+    state_.run.dataType = codeOf(Category::Calls);
+    state_.run.startedAt = 1325376000;
+    state_.beginFiles(codeOf(Category::Calls));
+    state_.readingEnded(storedNameOf(Stored::CallsBefore8),
+                        {ReadingEnd::Kind::Budget, "too many rows", 7});
+    const Json json = report();
+    EXPECT_EQ(json["format"], 1);
+    EXPECT_EQ(json["scannedAt"], "2012-01-01T00:00:00Z");
+    EXPECT_EQ(json["timeZone"], "Europe/Berlin");
+    EXPECT_EQ(json["asked"], Json::parse(R"(["calls"])"));
+    EXPECT_EQ(json["complete"], false);
+    EXPECT_EQ(json["files"], Json::parse(R"([
+        {"category": "calls", "storedName": "2b2b0084a1bc3a5ac8c27afdf14afb42c61a19ca",
+         "domain": "WirelessDomain", "path": "Library/CallHistory/call_history.db", "size": 3,
+         "sha256": "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad",
+         "read": "partly", "reason": "too many rows; 7 rows were read until then"},
+        {"category": "calls", "storedName": "5a4935c78a5255723f707230a451d79c540d2741",
+         "domain": "HomeDomain", "path": "Library/CallHistoryDB/CallHistory.storedata",
+         "size": null, "sha256": null, "read": "absent", "reason": null}])"));
+}
+
+TEST_F(Report, DeletedRowsTellWhichLiveRowIsTheSame) {
+    const auto text = [](auto& row, const char* guid, const char* message, const char* time) {
+        row.GUID = guid != nullptr ? Text(guid) : Text();
+        row.Message = message;
+        row.LocalTime = time;
+    };
+    struct Case {
+        const char* guid;
+        const char* message;
+        const char* time;
+        Json twin;
+    };
+    constexpr auto kTime = "2012-03-04 05:06:07";
+    const Case cases[] = {
+        {"G1", "another text", "", 1},
+        {"G9", "two lines", kTime, nullptr},
+        {nullptr, "two\nlines", kTime, 2},
+        {nullptr, "twolines", "2012-03-04 05:06:08", nullptr},
+        {nullptr, "twolines", "2043-03-05 05:06:07", 2},  // Unix seconds read as seconds since 2001
+        {nullptr, "", kTime, nullptr},
+    };
+    ::setenv("TZ", "UTC", 1);
+    text(add(state_.SMSContent), "G1", "one", kTime);
+    text(add(state_.SMSContent), nullptr, "twolines", kTime);
+    text(add(state_.SMSContent), nullptr, "", kTime);
+    for (std::int32_t i = 0; i < 3; ++i)
+        state_.SMSContent[static_cast<std::size_t>(i)]->SlNo = i + 1;
+    for (const auto& one : cases) text(add(state_.DeletedSMS), one.guid, one.message, one.time);
+    // Rows without a serial number are told by their place.
+    for (auto* list : {&state_.WhatsAppContent, &state_.DeletedWhatsApp}) {
+        add(*list).zText = list == &state_.WhatsAppContent ? "first" : "second";
+        auto& row = add(*list);
+        row.zText = "same";
+        row.MessageDate = kTime;
+    }
+    const Json json = report()["deleted"];
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(json["DeletedSMS"][i]["alsoLive"], cases[i].twin) << i;
+    EXPECT_TRUE(json["DeletedWhatsApp"][0]["alsoLive"].is_null());
+    EXPECT_EQ(json["DeletedWhatsApp"][1]["alsoLive"], 2);
+}
+
+// Byte for byte what the library writes, but for characters that a terminal would obey.
 TEST(JsonStream, WritesNumbersAndTextsAsTheLibraryDoes) {
     std::ostringstream text;
     std::string expected;
@@ -156,11 +230,14 @@ TEST(JsonStream, WritesNumbersAndTextsAsTheLibraryDoes) {
     dump(std::numeric_limits<std::uint64_t>::max());
     out.number(true);
     dump(true);
-    for (const char* value : {"", "plain ~", "\"quoted\"", "back\\slash", "\x7F", "\n\t\x01",
-                              "\u00E4 \u2028 \U0001F600", "bad \xFF", "cut \xF0\x9F"}) {
+    for (const char* value : {"", "plain ~", "\"quoted\"", "back\\slash", "\n\t\x01",
+                              "\u00E4 \u200D \U0001F600", "bad \xFF", "cut \xF0\x9F"}) {
         out.text(value);
         dump(value);
     }
+    out.text("\x7F\u009B\u200E\u202E\u2066\uFEFF\u00A0");
+    expected += R"("\u007f\u009b\u200e\u202e\u2066\ufeff)"
+                "\u00A0\"";
     out.flush();
     EXPECT_EQ(text.str(), expected);
 }
