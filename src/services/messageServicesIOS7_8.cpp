@@ -119,10 +119,9 @@ void messageServicesIOS7_8::RecoverDeletedMessages(const DeviceInfo& device) {
     const auto links = carveLinks(device);
     state_.unKnownCount = 0;
     nextUnknown_ = 1;
+    madeForHandle_.clear();
     MessagesSQLiteRecovery carver(state_, cancelled_);
     carver.DoRecoveryPath(ConnectionFileFullPath(device).path);
-    // Conversations made on the way are not looked at by handle id, so that every message whose
-    // counterpart stays unknown gets one of its own.
     for (const auto& record : carver.RecoveredFiltered) {
         auto message = std::static_pointer_cast<Message>(record);
         const auto conversation = conversationOf(*message, links);
@@ -138,6 +137,8 @@ std::shared_ptr<ConversationContact> messageServicesIOS7_8::conversationOf(
     Message& message, const CarvedMessageLinks& links) {
     if (auto found = known_.FindConversationContactFromHandleId(std::to_string(message.HandleId)))
         return found;
+    if (const auto made = madeForHandle_.find(message.HandleId); made != madeForHandle_.end())
+        return made->second;
     if (auto found = links.conversationOf(message, known_)) return found;
     if (StringUtils::IsNullOrEmpty(message.Id)) message.Id = links.counterpartOf(message);
     if (auto found = known_.findByCounterpart(message.Id)) return found;
@@ -155,6 +156,8 @@ std::shared_ptr<ConversationContact> messageServicesIOS7_8::addUnknownConversati
     conversation->RowIds.push_back(std::to_string(message.HandleId));
     _ConversationContacts.push_back(conversation);
     if (!unknown) named_.add(conversation);
+    // Below 1 an id names no handle: what bears one belongs to nobody else's conversation.
+    if (message.HandleId > 0) madeForHandle_.emplace(message.HandleId, conversation);
     return conversation;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "services/CarvedMessageLinks.h"
 #include "services/ConversationLookup.h"
@@ -12,7 +13,8 @@ namespace salvor {
 
 /// Messages of the chat and handle layout (iOS 6 and later), and the service that every scan runs.
 /// A conversation is a live chat, a run of carved handles with the same id, or the unknown
-/// counterpart of a carved message; no carved message stays without one.
+/// counterpart of a carved message; no carved message stays without one. Carved messages of an
+/// unknown handle share its conversation, those without a handle get one each.
 class messageServicesIOS7_8 : public MessageServices {
   public:
     explicit messageServicesIOS7_8(ScanState& state) : MessageServices(state) {}
@@ -43,6 +45,7 @@ class messageServicesIOS7_8 : public MessageServices {
     ContactLookup contacts_;
     ConversationLookup known_;
     ConversationLookup named_;  ///< conversations made for carved counterparts that have an id
+    std::unordered_map<std::int64_t, std::shared_ptr<ConversationContact>> madeForHandle_;
     std::int32_t nextUnknown_ = 1;
 };
 

@@ -100,7 +100,7 @@ TEST_F(ChatLayout, JoinsLeadToTheConversation) {
     insert("chat_message_join", "(2,2),(2,2),(51,71),(61,72),(62,73),(62,74)");
     std::string rows;
     for (const int row : {71, 72, 73, 74})
-        rows += (rows.empty() ? "" : ",") + messageRow(row, "text " + std::to_string(row), 99);
+        rows += (rows.empty() ? "" : ",") + messageRow(row, "text " + std::to_string(row), 0);
     leaveDeleted({{"(ROWID INTEGER PRIMARY KEY, guid TEXT, chat_identifier TEXT, account_id TEXT)",
                    "(60,'none','end of page',NULL),(62,'SMS;-;+155501062','+155501062',NULL)"},
                   {kMessageColumns, rows}});
@@ -110,27 +110,33 @@ TEST_F(ChatLayout, JoinsLeadToTheConversation) {
         ElementsAre(
             "PhoneNumbers=[{PhoneNumber=+15550109|IsPhoneNumber=true}]|RowIds=[31]|ChatId=51|"
             "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; text 72; text 71",
-            "PhoneNumbers=[{PhoneNumber=+155501062|IsPhoneNumber=true}]|RowIds=[99]|"
+            "PhoneNumbers=[{PhoneNumber=+155501062|IsPhoneNumber=true}]|RowIds=[0]|"
             "PhoneNumberHandleId=+155501062|ContainsDeletedMessage=true|"
             "NotContainsDeletedMessage=false; text 74; text 73"));
 }
 
-TEST_F(ChatLayout, UnknownCounterpartsAreNumberedAndKeptApart) {
+// Only a handle is shared: what bears none is nobody's, and every row keeps an address of its own.
+TEST_F(ChatLayout, UnknownCounterpartsAreNumberedOnceAHandle) {
     leaveDeleted({{kMessageColumns, messageRow(1, "a", 0) + "," + messageRow(2, "b", 0) + "," +
-                                        messageRow(3, "c", 98)}});
+                                        messageRow(3, "d", 98) + "," + messageRow(4, "e", 97) +
+                                        "," + messageRow(5, "c", 98)}});
     state.unKnownCount = 17;
     EXPECT_THAT(
         run(),
         ElementsAre(
             "PhoneNumbers=[{PhoneNumber=Unknown 1}]|RowIds=[98]|"
             "PhoneNumberHandleId=Unknown 1|ContainsDeletedMessage=true|"
-            "NotContainsDeletedMessage=false; c",
-            "PhoneNumbers=[{PhoneNumber=Unknown 2}]|RowIds=[0]|PhoneNumberHandleId=Unknown 2|"
-            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; b",
+            "NotContainsDeletedMessage=false; c; d",
+            "PhoneNumbers=[{PhoneNumber=Unknown 2}]|RowIds=[97]|PhoneNumberHandleId=Unknown 2|"
+            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; e",
             "PhoneNumbers=[{PhoneNumber=Unknown 3}]|RowIds=[0]|PhoneNumberHandleId=Unknown 3|"
+            "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; b",
+            "PhoneNumbers=[{PhoneNumber=Unknown 4}]|RowIds=[0]|PhoneNumberHandleId=Unknown 4|"
             "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; a"));
-    ASSERT_EQ(state.DeletedSMS.size(), 3U);
-    EXPECT_EQ(state.DeletedSMS[0]->Address, "unknown1");
+    Texts addresses;
+    for (const auto& row : state.DeletedSMS) addresses.push_back(row->Address.value_or(""));
+    EXPECT_THAT(addresses,
+                ElementsAre("unknown1", "unknown2", "unknown3", "unknown4", "unknown5"));
 }
 
 TEST_F(ChatLayout, AMissingColumnCostsNoMessage) {
