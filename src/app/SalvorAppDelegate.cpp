@@ -121,20 +121,27 @@ void SalvorAppDelegate::waitForSignatures() {
 }
 
 void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder) {
+    services_.reset();
+    workFolderFailure_.clear();
+    scanFailure_.clear();
+    auto end = ScanEnd::Done;
+    std::string reason;
     try {
-        explore(holder);
+        end = explore(holder);
+        if (end == ScanEnd::Cancelled) reason = "cancelled";
+        if (end == ScanEnd::NoWorkFolder) reason = workFolderFailure_;
     } catch (const std::exception& failure) {  // Kept: failed-scan-is-finished.
         scanFailure_ = state_.BACKUP_DIRECTORY + ": the scan ended early: " + failure.what();
         state_.report(describeFailure(failure));
         state_.tellError(scanFailure_);
         state_.isDoingRecovery = false;
-        endScan();
+        end = ScanEnd::Failed;
+        reason = failure.what();
     }
+    state_.endScan(end, reason);
 }
 
-void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
-    workFolderFailure_.clear();
-    scanFailure_.clear();
+ScanEnd SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     state_.run.dataType = holder.dataType;
     state_.run.startedAt = std::time(nullptr);
     state_.run.complete = false;
@@ -148,23 +155,19 @@ void SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     state_.selectTab(holder.dataType);
     const ExtractionResult result = extraction.read(holder.dataType);
     workFolderFailure_ = extraction.failure();
+    if (result == ExtractionResult::NoWorkFolder) return ScanEnd::NoWorkFolder;
     if (result == ExtractionResult::Complete) recoverDeleted(holder.dataType);
-    state_.run.complete = result == ExtractionResult::Complete && !cancelRequested();
+    if (result == ExtractionResult::Cancelled || cancelRequested()) return ScanEnd::Cancelled;
+    state_.run.complete = true;
+    return ScanEnd::Done;
 }
 
 void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {
     state_.updateStatus(StatusCode::Result, "Recovering deleted data. Please wait...");
     clearDeletedLists(state_);
     state_.isDoingRecovery = true;
-    const auto services = makeServices_(state_);
-    recoveryWindowController_.RecoverDeletedData(dataType, state_, *services, stopToken());
-    endScan();
-}
-
-void SalvorAppDelegate::endScan() {
-    state_.hasDoneScan = true;
-    state_.refreshTabButtons();
-    state_.showScreen(Screen::Main);
+    services_ = makeServices_(state_);
+    recoveryWindowController_.RecoverDeletedData(dataType, state_, *services_, stopToken());
 }
 
 void SalvorAppDelegate::cancel() {

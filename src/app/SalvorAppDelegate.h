@@ -78,8 +78,9 @@ class SalvorAppDelegate {
     FreshBackup waitForBackup() { return devices_.waitForBackup(); }
 
     /// The whole scan on the calling thread: extraction, then recovery. Reports through the
-    /// observer and the lists of the state. An exception ends the scan as if finished, with an
-    /// error and a report for whoever looks for its cause.
+    /// observer and the lists of the state. However the scan ends, `hasDoneScan` is set, the main
+    /// screen comes and the observer learns how and why; an exception is an error, too, with a
+    /// report for whoever looks for its cause.
     void ExploreBackupDirectoryWithDataType(const dataTypeHolder& holder);
     /// The same on a thread of its own, after an earlier one has ended.
     void exploreInBackground(const dataTypeHolder& holder);
@@ -94,20 +95,24 @@ class SalvorAppDelegate {
     /// Of the scan that runs or comes next; an export afterwards is ended by it too.
     std::stop_token stopToken() const { return cancel_.token(); }
 
+    /// The services of the last scan, until the next one begins: what they found stays with them.
+    /// Null before any recovery.
+    ServicesManager* servicesMgr() const { return services_ ? services_->manager() : nullptr; }
+
     /// Why the last scan had no work folder, or "".
     const std::string& workFolderFailure() const { return workFolderFailure_; }
     /// What exception ended the last scan, or "".
     const std::string& scanFailure() const { return scanFailure_; }
 
   private:
-    void explore(const dataTypeHolder& holder);
+    ScanEnd explore(const dataTypeHolder& holder);
     void recoverDeleted(std::int32_t dataType);
-    void endScan();
     void warnOfDatabaseIndex();
     void forgetCancel();
 
     ScanState state_;
     ServicesFactory makeServices_;
+    std::unique_ptr<ServiceRunner> services_;
     std::unique_ptr<WorkFolder> workFolder_;
     std::string workFolderFailure_;
     std::string scanFailure_;

@@ -18,7 +18,8 @@ class WhatsAppMessagesSQLiteRecovery
     explicit WhatsAppMessagesSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
 
     bool alreadyInDB(const WhatsApp& row);
-    /// Sorts what was found by date, oldest first, for display.
+    /// Sorts what was found by date, oldest first, for callers that want it. A scan lists the
+    /// messages in the order in which they were found.
     void filterMessages();
     /// As the common rule, but only corrections of -1, 0 and 1 are accepted.
     std::int32_t verifyDataPosition(Bytes text) override;

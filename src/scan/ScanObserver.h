@@ -19,6 +19,14 @@ enum class View : int {
     Lists = 1,  ///< the lists of the categories, pictures among them
 };
 
+/// How a scan came to its end.
+enum class ScanEnd {
+    Done,
+    Cancelled,     ///< the lists hold what was found until then
+    NoWorkFolder,  ///< the pictures could not be given a place; nothing was read
+    Failed,        ///< an exception; the lists hold what was found until then
+};
+
 /// What a front end learns of a running scan. Every method may be called from any thread of the
 /// scan and must return quickly; without an observer a scan runs as well.
 class ScanObserver {
@@ -45,9 +53,18 @@ class ScanObserver {
     /// A view has to be drawn anew.
     virtual void onMainView(View view) { (void)view; }
     virtual void onTabButtons() {}
-    /// The category of the scan that begins; photos for a scan of everything.
+    /// The category of the scan that begins; photos for a scan of everything. In a scan of one
+    /// category whose live rows SQL reads, once more when they are read.
     virtual void onTabSelected(Category category) { (void)category; }
+    /// The category of a scan of one has its live rows: its tab can be used now.
+    virtual void onTabEnabled(Category category) { (void)category; }
     virtual void onScreen(Screen screen) { (void)screen; }
+    /// Every scan that began ends with this call, after the one for the main screen. `reason` says
+    /// in one line why it was cut short and is "" for `Done`.
+    virtual void onScanEnded(ScanEnd end, const std::string& reason) {
+        (void)end;
+        (void)reason;
+    }
     /// A device with a name has come, or gone.
     virtual void onDeviceConnected(bool connected) { (void)connected; }
     /// How far the fresh backup of a device is; `percent` is -1 when its helper does not tell.

@@ -80,8 +80,19 @@ void ScanState::selectTab(std::int32_t dataType) {
         observer->onTabSelected(categoryOf(dataType).value_or(Category::Photos));
 }
 
+void ScanState::enableTab(Category category) {
+    if (observer != nullptr) observer->onTabEnabled(category);
+}
+
 void ScanState::showScreen(Screen screen) {
     if (observer != nullptr) observer->onScreen(screen);
+}
+
+void ScanState::endScan(ScanEnd end, const std::string& reason) {
+    hasDoneScan = true;
+    refreshTabButtons();
+    showScreen(Screen::Main);
+    if (observer != nullptr) observer->onScanEnded(end, reason);
 }
 
 void ScanState::warn(const std::string& text) {
@@ -112,6 +123,11 @@ void ScanState::categoryFailed(Category category, const std::string& reason) {
 std::vector<std::pair<StatusCode, std::string>> ScanState::statusHistory() const {
     const std::lock_guard lock(statusMutex_);
     return statusHistory_;
+}
+
+void ScanState::forgetStatuses() {
+    const std::lock_guard lock(statusMutex_);
+    statusHistory_.clear();
 }
 
 std::shared_ptr<DatabaseLookups> ScanState::openCalendarLookups() {

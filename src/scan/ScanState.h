@@ -146,6 +146,7 @@ class ScanState : public RecordContext {
     void UpdateMainView(View view);
     void refreshTabButtons();
     void selectTab(std::int32_t dataType);
+    void enableTab(Category category);
     void showScreen(Screen screen);
     /// Looks at the files of the categories of `dataType` and tells what is wrong with them.
     void beginFiles(std::int32_t dataType);
@@ -153,13 +154,16 @@ class ScanState : public RecordContext {
     void readingEnded(std::string_view storedName, const ReadingEnd& end);
     /// A category is not whole for a reason that is not a single file's. Tells it.
     void categoryFailed(Category category, const std::string& reason);
+    /// The scan is over: `hasDoneScan`, then the observer.
+    void endScan(ScanEnd end, const std::string& reason);
     void warn(const std::string& text);
     void tellError(const std::string& text);
     /// A text of several lines for whoever looks for a fault of the program.
     void report(const std::string& lines);
 
-    /// Every status that `updateStatus` was given, in order.
+    /// Every status that `updateStatus` was given since the scan began, in order.
     std::vector<std::pair<StatusCode, std::string>> statusHistory() const;
+    void forgetStatuses();
 
     // RecordContext
     std::shared_ptr<DatabaseLookups> lookups() const override { return daos(); }

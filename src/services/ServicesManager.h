@@ -9,7 +9,8 @@
 
 namespace salvor {
 
-/// Creates the service of every category for one scan and runs them on the calling thread.
+/// Creates the service of every category for one scan and runs them on the calling thread. What
+/// they found lives with them, until the next scan.
 /// Different services may be run by different threads at once; each runs once per scan.
 class ServicesManager {
     using Service = std::unique_ptr<abstractServices>;

@@ -76,7 +76,6 @@ void WhatsAppService::doRecovery(const DeviceInfo& device) {
     whatsAppRecovery_ = std::make_unique<WhatsAppMessagesSQLiteRecovery>(state_, cancelled_);
     if (cancelled_.stop_requested()) return;
     whatsAppRecovery_->DoRecoveryPath(ConnectionFileFullPath(device).path);
-    whatsAppRecovery_->filterMessages();
     recovered_ = static_cast<std::int32_t>(whatsAppRecovery_->RecoveredFiltered.size());
 }
 

@@ -62,7 +62,11 @@ class Application : public testing::Test, public ScanObserver {
         note("read " + std::to_string(codeOf(category)));
     }
     void onCategoryRecovered(Category) override { note("recovered"); }
+    void onScanEnded(ScanEnd end, const std::string& reason) override {
+        note("end " + std::to_string(static_cast<int>(end)) + " " + reason);
+    }
     void onWarning(const std::string& text) override { note("warning " + text); }
+    std::vector<std::string> lastTwo() const { return {events.end() - 2, events.end()}; }
     void note(const std::string& event) {
         const std::lock_guard lock(mutex);
         events.push_back(event);
@@ -90,8 +94,8 @@ TEST_F(Application, GoesFromAChosenListToTheResult) {
     EXPECT_TRUE(app.state().hasDoneScan);
     EXPECT_FALSE(app.state().isDoingRecovery);
     EXPECT_EQ(work.services, 1);
-    EXPECT_THAT(events,
-                ElementsAre("screen 2", "screen 2", "tab 4", "read 4", "recovered", "screen 3"));
+    EXPECT_THAT(events, ElementsAre("screen 2", "screen 2", "tab 4", "read 4", "tab 4", "recovered",
+                                    "screen 3", "end 0 "));
     EXPECT_EQ(
         app.state().statusHistory().back(),
         std::pair(StatusCode::Result, std::string("Recovering deleted data. Please wait...")));
@@ -122,9 +126,27 @@ TEST_F(Application, EndsAScanThatFailsAsIfFinished) {
     EXPECT_THAT(events, Contains(AllOf(HasSubstr("                            Where: \n"),
                                        HasSubstr("Exception: std::runtime_error\n"),
                                        HasSubstr("Reason: no services today\n"))));
-    EXPECT_EQ(events.back(), "screen 3");
     EXPECT_THAT(events, Contains("warning " + backup.string() +
                                  ": the scan ended early: no services today"));
+    EXPECT_THAT(lastTwo(), ElementsAre("screen 3", "end 3 no services today"));
+}
+
+TEST_F(Application, EndsAScanThatCannotBeginAsFinishedToo) {
+    writeInfo();
+    app.chooseBackup(backup);
+    app.cancel();
+    app.ExploreBackupDirectoryWithDataType({0, ""});
+    EXPECT_TRUE(app.state().hasDoneScan);
+    EXPECT_THAT(lastTwo(), ElementsAre("screen 3", "end 1 cancelled"));
+
+    std::filesystem::create_directories(folder / "work/Temp");
+    SalvorAppDelegate other(this);
+    other.setWorkFolder(folder / "work");
+    other.chooseBackup(backup);
+    other.ExploreBackupDirectoryWithDataType({2, ""});
+    EXPECT_TRUE(other.state().hasDoneScan);
+    EXPECT_EQ(other.servicesMgr(), nullptr);
+    EXPECT_THAT(lastTwo(), ElementsAre("screen 3", "end 2 " + other.workFolderFailure()));
 }
 
 TEST_F(Application, CancelDuringTheExtractionStartsNoWorker) {
@@ -134,7 +156,8 @@ TEST_F(Application, CancelDuringTheExtractionStartsNoWorker) {
     app.ExploreBackupDirectoryWithDataType({0, ""});
     EXPECT_EQ(work.scans, 0);
     EXPECT_TRUE(app.cancelRequested());
-    EXPECT_FALSE(app.state().hasDoneScan);
+    EXPECT_TRUE(app.state().hasDoneScan);
+    EXPECT_THAT(lastTwo(), ElementsAre("screen 3", "end 1 cancelled"));
     EXPECT_EQ(app.state().statusHistory().back().second, "0 WhatsApp Retreived");
     EXPECT_THAT(events, Contains("read 5")) << "with what was read until then";
     EXPECT_THAT(events, Not(AnyOf(Contains("read 6"), Contains("recovered"))));
@@ -153,6 +176,7 @@ TEST_F(Application, CancelReachesTheWorkersAndNotTheNextScan) {
     app.waitForScan();
     EXPECT_TRUE(app.cancelRequested());
     EXPECT_EQ(work.services, 8);
+    EXPECT_THAT(lastTwo(), ElementsAre("screen 3", "end 1 cancelled"));
 
     endless = false;
     app.exploreInBackground({3, ""});

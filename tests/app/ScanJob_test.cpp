@@ -8,7 +8,13 @@
 #include <sys/stat.h>
 #include <thread>
 
+#include "app/SalvorAppDelegate.h"
 #include "report/ScanReport.h"
+#include "services/DcimService.h"
+#include "services/MessageServices.h"
+#include "services/ServicesManager.h"
+#include "services/WhatsAppService.h"
+#include "services/contactServices.h"
 #include "tests/app/SampleScan.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"
@@ -78,6 +84,29 @@ TEST_F(ScanJobs, LeaveTheBackupExactlyAsItWas) {
         EXPECT_EQ(scan(), ScanResult::Done);
         EXPECT_EQ(hashTree(backup), before);
     }
+}
+
+// Folders with their thumbnails, partners, persons and counters are the services' own.
+TEST_F(ScanJobs, KeepTheServicesUntilTheNextScan) {
+    sample();
+    EXPECT_EQ(job.application().servicesMgr(), nullptr);
+    ASSERT_EQ(job.runScan(request()).result, ScanResult::Done);
+    const auto* services = job.application().servicesMgr();
+    ASSERT_NE(services, nullptr);
+    const auto& whatsApp = dynamic_cast<const WhatsAppService&>(*services->whatsAppServ);
+    ASSERT_FALSE(whatsApp.partners().empty());
+    for (const auto& message : whatsApp.partners().front()->ObservableCollection)
+        EXPECT_EQ(message->whatsAppContact.lock(), whatsApp.partners().front());
+    const auto& contacts = dynamic_cast<const contactServices&>(*services->contactServ);
+    EXPECT_EQ(contacts.ContactsAll().size(), job.state().ContactContent.size());
+    std::size_t filed = 0;
+    for (const auto& one : dynamic_cast<const DcimService&>(*services->dcmiServ).folders())
+        filed += one.assets.size();
+    EXPECT_GT(filed, 0U);
+    EXPECT_GT(services->messageServ->recovered(), 0);
+
+    job.application().ExploreBackupDirectoryWithDataType({7, backup.string()});
+    EXPECT_EQ(job.application().servicesMgr()->messageServ->recovered(), 0);
 }
 
 TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {

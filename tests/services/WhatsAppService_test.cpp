@@ -59,10 +59,11 @@ class Chats : public CategoryFixture {
     void storeDeleted(const char* name) const {
         store(name, liveTables("('x','y')", {{1, "1@s.whatsapp.net", "2@s.whatsapp.net", "live"}}),
               {{kColumns,
-                sqlRows({{101, "4911@s.whatsapp.net", "me@s.whatsapp.net", "late one", 400000300.5},
+                sqlRows({{101, "4911@s.whatsapp.net", "me@s.whatsapp.net", "early one"},
                          {102, nullptr, "4922@s.whatsapp.net", "to Bob", 400000200.5},
                          {103, "77-88@g.us", "me@s.whatsapp.net", "in a group", 400000100.5},
-                         {104, "4911@s.whatsapp.net", "me@s.whatsapp.net", "early one"}})}});
+                         {104, "4911@s.whatsapp.net", "me@s.whatsapp.net", "late one",
+                          400000300.5}})}});
     }
 
     static Texts partners(const WhatsAppService& service) {
@@ -81,16 +82,16 @@ class Chats : public CategoryFixture {
     WhatsAppService service{state};
 };
 
-TEST_F(Chats, GroupsWhatIsCarvedByPartnerAndListsItByDate) {
+TEST_F(Chats, GroupsWhatIsCarvedByPartnerAndListsItAsItIsFound) {
     storeDeleted(WhatsAppSqliteDbName);
     service.RecoverFromIOSBackup(device);
     EXPECT_THAT(textsOf(state.DeletedWhatsApp, &WhatsApp::zText),
-                ElementsAre("early one", "in a group", "to Bob", "late one"));
+                ElementsAre("late one", "in a group", "to Bob", "early one"));
     EXPECT_EQ(state.AllDeletedWhatsApp.size(), 4U);
     EXPECT_EQ(state.DeletedWhatsAppCount, 4);
     EXPECT_EQ(service.recovered(), 4);
     // What stands before the user server; a group keeps its whole identifier.
-    EXPECT_THAT(partners(service), ElementsAre("4911|-: early one late one",
+    EXPECT_THAT(partners(service), ElementsAre("4911|-: late one early one",
                                                "77-88@g.us|-: in a group", "4922|-: to Bob"));
     for (const auto& partner : service.partners()) EXPECT_TRUE(partner->ContainsDeletedMessage);
     EXPECT_EQ(service.partners()[0]->ZContactJID, "4911@s.whatsapp.net");

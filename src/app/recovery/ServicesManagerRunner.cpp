@@ -13,6 +13,7 @@ class ServicesManagerRunner : public ServiceRunner {
     void StartRecoveryofService(int serviceCode, std::stop_token cancelled) override {
         manager_.StartRecoveryofService(serviceCode, cancelled);
     }
+    ServicesManager* manager() override { return &manager_; }
 
   private:
     ServicesManager manager_;

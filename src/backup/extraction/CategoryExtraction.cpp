@@ -49,6 +49,7 @@ CategoryExtraction::CategoryExtraction(ScanState& state, WorkFolder& workFolder,
 
 void CategoryExtraction::prepare(std::int32_t dataType) {
     clearCounters(state_);
+    state_.forgetStatuses();
     state_.hasDoneScan = false;
     if (asksFor(dataType, Category::Internet)) {
         state_.InternetContent.clear();
@@ -70,7 +71,10 @@ ExtractionResult CategoryExtraction::read(std::int32_t dataType) {
         if (state_.IsCancelFlag) return ExtractionResult::Cancelled;
         if (!asksFor(dataType, category->category)) continue;
         readCategory(*category, state_, cancelled_);
-        if (dataType != kEverything) state_.refreshTabButtons();
+        if (dataType == kEverything) continue;
+        state_.selectTab(dataType);
+        state_.enableTab(category->category);
+        state_.refreshTabButtons();
     }
     if (dataType == kEverything && !state_.IsCancelFlag) readDeviceLists(state_, cancelled_);
     return state_.IsCancelFlag ? ExtractionResult::Cancelled : ExtractionResult::Complete;

@@ -138,13 +138,13 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
     state.forgetOtherBackups();
     state.DeletedPhotosCount = 0;
     state.DeletedVideosCount = 0;
-    // Names are numbered from 1; at the end the counters are the number of copies.
+    // Names are numbered from 1; the counters are the number of copies once the view is drawn.
     state.PhotosCount = 1;
     state.VideosCount = 1;
     Sweep(state, workFolder, cancelled).run();
+    state.UpdateMainView(View::Lists);
     --state.PhotosCount;
     --state.VideosCount;
-    state.UpdateMainView(View::Lists);
     return {};
 }
 

@@ -1,5 +1,6 @@
 #include "backup/extraction/CategoryExtraction.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "backup/BackupSource.h"
@@ -112,19 +113,31 @@ TEST_F(Extraction, ReadsTheWantedCategoriesAndShowsTheMessageCountForMost) {
     struct Listener : ScanObserver {
         const ScanState& state;
         std::vector<std::pair<int, std::size_t>> read;
+        std::vector<std::string> tabs;
         explicit Listener(const ScanState& heard) : state(heard) {}
         void onCategoryRead(Category category) override {
             read.emplace_back(codeOf(category), state.SMSContent.size());
         }
+        void onTabSelected(Category category) override {
+            tabs.push_back(fmt::format("select {}", codeOf(category)));
+        }
+        void onTabEnabled(Category category) override {
+            tabs.push_back(fmt::format("enable {}", codeOf(category)));
+        }
+        void onTabButtons() override { tabs.emplace_back("refresh"); }
     } listener(state);
     state.observer = &listener;
-    std::vector<std::string> expected;
     for (const auto& [code, texts] : cases) {
         state.SMSContent.resize(code == 0 ? 0 : state.SMSContent.size());
         listener.read.clear();
+        listener.tabs.clear();
         EXPECT_EQ(extract(code), ExtractionResult::Complete);
-        expected.insert(expected.end(), texts.begin(), texts.end());
-        EXPECT_EQ(statuses(), expected) << code;
+        EXPECT_EQ(statuses(), texts) << code << ": those of this scan alone";
+        using Tabs = std::vector<std::string>;
+        EXPECT_EQ(listener.tabs, code == 0 || texts.size() < 2
+                                     ? Tabs{}
+                                     : (Tabs{fmt::format("select {}", code),
+                                             fmt::format("enable {}", code), "refresh"}));
         EXPECT_EQ(std::filesystem::exists(folder / "work/Temp/Photos"), code == 2 || code == 0);
     }
     EXPECT_EQ(state.SMSCount, 3);

@@ -93,8 +93,19 @@ TEST_F(Sweeps, CopiesPicturesAndFilmsByNameOfTheirStoredFiles) {
     fs::create_symlink(backup / "d4", backup / "h8");
     ASSERT_EQ(::mkfifo((backup / "i9").c_str(), 0600), 0);
     const auto before = hashTree(backup);
+    struct View : ScanObserver {
+        const ScanState& state;
+        std::vector<int> counters;
+        explicit View(const ScanState& drawn) : state(drawn) {}
+        void onMainView(salvor::View) override {
+            counters.assign({state.PhotosCount.load(), state.VideosCount.load()});
+        }
+    } view(state);
+    state.observer = &view;
 
     EXPECT_EQ(sweep(), "");
+
+    EXPECT_THAT(view.counters, ElementsAre(4, 3)) << "they go down once the view is drawn";
 
     EXPECT_THAT(namesOf(state.Photos), ElementsAre("IMG_1.JPG", "IMG_2.JPG", "IMG_3.PNG"));
     EXPECT_THAT(namesOf(state.Videos), ElementsAre("MOV_1.MOV", "MOV_2.MOV"));
