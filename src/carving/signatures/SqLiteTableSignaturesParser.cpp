@@ -134,7 +134,9 @@ void SqLiteTableSignaturesParser::startHeader(const Attributes&) {
 
 void SqLiteTableSignaturesParser::startMapping(const Attributes& attributes) {
     mapping_.emplace();
-    mapping_->Name = attribute(attributes, "attributemapping", "name");
+    const auto name = attributes.find("name");
+    if (name != attributes.end()) mapping_->Name = name->second;
+    if (mapping_->Name.empty()) oddity("\"attributemapping\" without a name maps nothing");
     const std::string column = attribute(attributes, "attributemapping", "column");
     const auto number = wholeNumber(column);
     if (!number) oddity(fmt::format("column \"{}\" is not a whole number and counts as 0", column));
@@ -176,7 +178,9 @@ void SqLiteTableSignaturesParser::endHeader() {
 }
 
 void SqLiteTableSignaturesParser::endMapping() {
-    if (pattern_ && mapping_) pattern_->AttributesMapping.push_back(*mapping_);
+    // Kept: mapping-needs-a-name.
+    if (pattern_ && mapping_ && !mapping_->Name.empty())
+        pattern_->AttributesMapping.push_back(*mapping_);
 }
 
 std::string SqLiteTableSignaturesParser::processCurrentString() {

@@ -144,6 +144,14 @@ TEST(SignaturesTest, DecodesTheReferencesOfXml) {
     EXPECT_EQ(pattern->AttributesMapping[1].Column, 0);
 }
 
+TEST(SignaturesTest, AMappingWithoutANameMapsNothing) {
+    const auto pattern = loadPattern(
+        "<header>[1];[0];[0];[7]</header><attributemapping column='3'/>"
+        "<attributemapping name='' column='3'/><attributemapping name='date' column='3'/>");
+    ASSERT_EQ(pattern->AttributesMapping.size(), 1u);
+    EXPECT_EQ(pattern->mappingForColumn(3)->Name, "date");
+}
+
 TEST(SignaturesTest, LoadingDiscardsWhatWasThere) {
     const TemporaryFile file(bytesOf("<signatures/>"));
     SqLiteTableSignatures signatures;
@@ -159,7 +167,7 @@ TEST(SignatureListingTest, NamesOdditiesWithTheirLines) {
                 "<pattern><version value='iOS67'/><version value='iOS6'/>\n"
                 "<header>[1];[0];[0];[a]</header>\n"
                 "<attributemapping name='x' column='4'/>\n"
-                "<attributemapping name='y' column='2b'/></pattern>\n"
+                "<attributemapping name='y' column='2b'/><attributemapping column='2'/></pattern>\n"
                 "<pattern><columns>a</columns></pattern></signature>\n"
                 "<signature name='D' database='B' table='T'/>\n"
                 "<signature name='D' database='B'/><other/></signatures>\n"));
@@ -176,6 +184,7 @@ TEST(SignatureListingTest, NamesOdditiesWithTheirLines) {
         {4, "no part of a code: \"a\""},
         {3, "\"x\" is mapped to column 4"},
         {6, "column \"2b\" is not"},
+        {6, "without a name maps nothing"},
         {7, "names no version"},
         {7, "has no header"},
         {8, "there already"},
