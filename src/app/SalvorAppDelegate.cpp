@@ -130,7 +130,7 @@ void SalvorAppDelegate::ExploreBackupDirectoryWithDataType(const dataTypeHolder&
         end = explore(holder);
         if (end == ScanEnd::Cancelled) reason = "cancelled";
         if (end == ScanEnd::NoWorkFolder) reason = workFolderFailure_;
-    } catch (const std::exception& failure) {  // Kept: failed-scan-is-finished.
+    } catch (const std::exception& failure) {
         scanFailure_ = state_.BACKUP_DIRECTORY + ": the scan ended early: " + failure.what();
         state_.report(describeFailure(failure));
         state_.tellError(scanFailure_);

@@ -53,8 +53,8 @@ class AbstractSqLiteRecovery : private RowReceiver {
     List<baseRecoveryObject> FindAll(const baseRecoveryObject& record) const;
     /// The first header at or behind `offset` that fits a pattern (`Valid`), or one that is not
     /// `Valid`; nothing when a read past the end of `data` ended the search.
-    std::optional<SQLiteTableHeaderInfo> FindSQLiteTableHeader(Bytes data,
-                                                               std::int64_t offset) const;
+    virtual std::optional<SQLiteTableHeaderInfo> FindSQLiteTableHeader(Bytes data,
+                                                                       std::int64_t offset) const;
     /// Carves the records of one region, searching from `start` on.
     RegionEnd ParseHeaderAndData(Bytes data, std::int64_t start);
     /// Whether a header begins before `offset` + `size`; `found` is the distance to it, `size` at
@@ -97,6 +97,10 @@ class AbstractSqLiteRecovery : private RowReceiver {
     virtual std::int32_t verifyDataPosition(Bytes text);
     virtual std::int32_t setRecoveryCount(std::int32_t count);
     virtual std::int32_t incrementRecoveryCount();
+
+    /// `FindSQLiteTableHeader` with these patterns.
+    static std::optional<SQLiteTableHeaderInfo> findHeader(const TablePatterns& patterns,
+                                                           Bytes data, std::int64_t offset);
 
     ScanState& state_;
     std::stop_token cancelled_;

@@ -26,8 +26,13 @@ List<baseRecoveryObject> AbstractSqLiteRecovery::FindAll(const baseRecoveryObjec
 
 std::optional<SQLiteTableHeaderInfo> AbstractSqLiteRecovery::FindSQLiteTableHeader(
     Bytes data, std::int64_t offset) const {
+    return findHeader(tablePatterns, data, offset);
+}
+
+std::optional<SQLiteTableHeaderInfo> AbstractSqLiteRecovery::findHeader(
+    const TablePatterns& patterns, Bytes data, std::int64_t offset) {
     PatternMatcher matcher;
-    matcher.use(tablePatterns);
+    matcher.use(patterns);
     matcher.begin(data);
     SQLiteTableHeaderInfo info;
     if (matcher.find(offset, info) == MatchResult::ReadFailed) return std::nullopt;

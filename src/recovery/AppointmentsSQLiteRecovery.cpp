@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "util/DateUtils.h"
 #include "util/StringUtils.h"
 #include "util/dataUtils.h"
 
@@ -15,12 +14,12 @@ void storeSummary(Appointment& event, const OptionalColumnValue& value) {
 }
 
 void storeStart(Appointment& event, const OptionalColumnValue& value) {
-    event.StartTime = DateUtils::DoubleToIOSDateTime(columnDouble(value));
+    event.StartTime = columnDate(value);
     event.OriginalStartDate = columnText(value);
 }
 
 void storeEnd(Appointment& event, const OptionalColumnValue& value) {
-    event.EndTime = DateUtils::DoubleToIOSDateTime(columnDouble(value));
+    event.EndTime = columnDate(value);
 }
 
 // Kept: all-day-written-twice.

@@ -10,19 +10,19 @@ namespace {
 // One for both databases, whose attributes differ.
 constexpr SignatureKey kCallRecord{"HomeDomain", "CallHistory.storedata", "zcallrecord"};
 
-void showDate(CallHistory& call, double seconds) {
-    if (const auto date = DateUtils::DoubleToIOSDateTime(seconds))
-        call.Date = DateUtils::DateTimeToString(*date);
+void showDate(CallHistory& call, const OptionalColumnValue& value) {
+    const auto date = columnDate(value);
+    if (date) call.Date = DateUtils::DateTimeToString(*date);
 }
 
 void storeOldDate(CallHistory& call, const OptionalColumnValue& value) {
-    showDate(call, columnDouble(value));
+    showDate(call, value);
     call.OriginalDate = static_cast<double>(columnInteger(value));
 }
 
 void storeNewDate(CallHistory& call, const OptionalColumnValue& value) {
     call.OriginalDate = columnDouble(value);
-    showDate(call, call.OriginalDate);
+    showDate(call, value);
 }
 
 void storeOldFlags(CallHistory& call, const OptionalColumnValue& value) {

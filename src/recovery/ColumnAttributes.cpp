@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <limits>
 
+#include "util/DateUtils.h"
 #include "util/StringUtils.h"
 
 namespace salvor {
@@ -48,6 +49,10 @@ std::int64_t columnInteger(const OptionalColumnValue& value) {
 double columnDouble(const OptionalColumnValue& value) {
     if (value && std::holds_alternative<double>(*value)) return std::get<double>(*value);
     return static_cast<double>(columnInteger(value));
+}
+
+std::optional<Date> columnDate(const OptionalColumnValue& value) {
+    return value ? DateUtils::DoubleToIOSDateTime(columnDouble(value)) : std::nullopt;
 }
 
 }  // namespace salvor

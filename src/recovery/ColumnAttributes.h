@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "records/ColumnValue.h"
+#include "util/Date.h"
 #include "util/Text.h"
 
 namespace salvor {
@@ -36,6 +38,9 @@ Text columnText(const OptionalColumnValue& value);
 /// becomes the nearest number that they can.
 std::int64_t columnInteger(const OptionalColumnValue& value);
 double columnDouble(const OptionalColumnValue& value);
+/// A number of seconds since 2001; absent also for a value that did not decode, which is not 2001.
+/// Kept: undecoded-date-is-absent.
+std::optional<Date> columnDate(const OptionalColumnValue& value);
 
 /// Setters for the usual kinds of fields: `storeText<&Message::Guid>`.
 template <auto Member, class Record>

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
+#include <memory>
+#include <vector>
 
 namespace salvor {
 namespace {
@@ -23,6 +25,33 @@ constexpr ColumnAttribute<NoteBody> kNoteStoreAttributes[] = {
 
 constexpr SignatureKey kNoteBody{"HomeDomain", "notes.sqlite", "ZNOTEBODY"};
 constexpr SignatureKey kNoteData{"HomeDomain", "notes.sqlite", "ZICNOTEDATA"};
+
+std::vector<std::int32_t> widened(const std::vector<std::int32_t>& codes) {
+    std::vector<std::int32_t> wide;
+    for (const std::int32_t code : codes) {
+        if (code == 12 || code == 13)
+            wide.insert(wide.end(), {12, 13});
+        else
+            wide.push_back(code == -2 ? -1 : code);
+    }
+    return wide;
+}
+
+// Kept: note-store-headers.
+TablePatterns widened(const TablePatterns& patterns) {
+    TablePatterns wide;
+    for (const auto& pattern : patterns) {
+        auto copy = std::make_shared<TablePattern>(*pattern);
+        copy->headerPattern.clear();
+        for (const auto& codes : pattern->Header()) {
+            const bool first = copy->headerPattern.empty();  // says how the row begins, no type
+            copy->headerPattern += fmt::format("{}[{}]", first ? "" : ";",
+                                               fmt::join(first ? codes : widened(codes), ","));
+        }
+        wide.push_back(std::move(copy));
+    }
+    return wide;
+}
 
 }  // namespace
 
@@ -61,9 +90,14 @@ void NoteBodiesIOS9SQLiteRecovery::DoRecovery(const std::filesystem::path& path)
     const auto database = openDatabase();
     if (!database) return;
     if (database->executeQuery("SELECT * FROM ZICNOTEDATA").next())
-        tablePatterns = patternsOf(state_, kSignature.key);
+        tablePatterns = widened(patternsOf(state_, kSignature.key));
     // The patterns are chosen: past the record carver, which would choose them.
     AbstractSqLiteRecovery::DoRecoveryPath(path);  // NOLINT(bugprone-parent-virtual-call)
+}
+
+std::optional<SQLiteTableHeaderInfo> NoteBodiesIOS9SQLiteRecovery::FindSQLiteTableHeader(
+    Bytes data, std::int64_t offset) const {
+    return findHeader(widened(tablePatterns), data, offset);
 }
 
 bool NoteBodiesIOS9SQLiteRecovery::IsGzipHeaderValue(Bytes data) {

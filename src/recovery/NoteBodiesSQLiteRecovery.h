@@ -25,8 +25,9 @@ class NoteBodiesSQLiteRecovery : public CategoryCarver<NoteBody> {
     void afterRecovery() override { filterMessages(); }
 };
 
-/// The variant for the iOS 9 note store, whose texts are gzip-compressed. The scan makes one and
-/// replaces it before it runs.
+/// The variant for the iOS 9 note store, whose texts are gzip-compressed. It looks for headers in a
+/// way of its own: the codes 12 and 13 both take an empty value, blob or text, and -1 and -2 one of
+/// any length. The scan makes one and replaces it before it runs.
 class NoteBodiesIOS9SQLiteRecovery : public NoteBodiesSQLiteRecovery {
   public:
     static const SignatureUse<NoteBody> kSignature;
@@ -35,6 +36,8 @@ class NoteBodiesIOS9SQLiteRecovery : public NoteBodiesSQLiteRecovery {
 
     /// The variant's own pass, over ZICNOTEDATA.
     void DoRecovery(const std::filesystem::path& path);
+    std::optional<SQLiteTableHeaderInfo> FindSQLiteTableHeader(Bytes data,
+                                                               std::int64_t offset) const override;
     /// gzip magic, deflate method, no flags, in data of at least 8 bytes.
     static bool IsGzipHeaderValue(Bytes data);
 };

@@ -7,14 +7,10 @@
 namespace salvor {
 namespace {
 
-void storeCreation(Note& note, const OptionalColumnValue& value) {
-    note.OriginalCreationDate = columnDouble(value);
-    note.CreatedDate = DateUtils::doubleIOSDateTimeToString(note.OriginalCreationDate);
-}
-
-void storeModification(Note& note, const OptionalColumnValue& value) {
-    note.OriginalModificationDate = columnDouble(value);
-    note.ModificationDate = DateUtils::doubleIOSDateTimeToString(note.OriginalModificationDate);
+template <double Note::*Raw, salvor::Text Note::*Shown>
+void storeDate(Note& note, const OptionalColumnValue& value) {
+    note.*Raw = columnDouble(value);
+    if (value) note.*Shown = DateUtils::doubleIOSDateTimeToString(note.*Raw);
 }
 
 // Kept: title-as-summary.
@@ -25,8 +21,8 @@ void storeTitle(Note& note, const OptionalColumnValue& value) {
 
 constexpr ColumnAttribute<Note> kAttributes[] = {
     {"ZBODY", storeInteger<&Note::noteBodyId>},
-    {"ZCREATIONDATE", storeCreation},
-    {"ZMODIFICATIONDATE", storeModification},
+    {"ZCREATIONDATE", storeDate<&Note::OriginalCreationDate, &Note::CreatedDate>},
+    {"ZMODIFICATIONDATE", storeDate<&Note::OriginalModificationDate, &Note::ModificationDate>},
     {"ZSUMMARY", storeText<&Note::Summary>},
     {"ZTITLE", storeTitle},
 };

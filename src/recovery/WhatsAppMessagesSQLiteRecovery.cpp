@@ -11,7 +11,7 @@ namespace {
 
 void storeDate(WhatsAppMessage& message, const OptionalColumnValue& value) {
     message.OriginalDate = columnDouble(value);
-    message.Date = DateUtils::doubleIOSDateTimeToString(message.OriginalDate);
+    if (value) message.Date = DateUtils::doubleIOSDateTimeToString(message.OriginalDate);
 }
 
 constexpr ColumnAttribute<WhatsAppMessage> kAttributes[] = {

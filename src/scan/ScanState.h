@@ -154,7 +154,8 @@ class ScanState : public RecordContext {
     void readingEnded(std::string_view storedName, const ReadingEnd& end);
     /// A category is not whole for a reason that is not a single file's. Tells it.
     void categoryFailed(Category category, const std::string& reason);
-    /// The scan is over: `hasDoneScan`, then the observer.
+    /// The scan is over, whole or not: `hasDoneScan`, then the observer. Kept:
+    /// cut-scan-is-finished.
     void endScan(ScanEnd end, const std::string& reason);
     void warn(const std::string& text);
     void tellError(const std::string& text);

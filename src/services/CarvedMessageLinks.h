@@ -18,6 +18,7 @@ namespace salvor {
 
 /// The carved links of a message database, hashed: GUID to message row id, message to chat, chat to
 /// handle, chat to counterpart. Where several links of one kind match, the one carved first wins.
+/// Kept: first-link-wins.
 class CarvedMessageLinks {
   public:
     void add(const MessageGuidRowId& link);

@@ -75,6 +75,7 @@ void WhatsAppService::RecoverFromIOSBackup(const DeviceInfo& device) {
 void WhatsAppService::doRecovery(const DeviceInfo& device) {
     whatsAppRecovery_ = std::make_unique<WhatsAppMessagesSQLiteRecovery>(state_, cancelled_);
     if (cancelled_.stop_requested()) return;
+    // Kept: whatsapp-as-found.
     whatsAppRecovery_->DoRecoveryPath(ConnectionFileFullPath(device).path);
     recovered_ = static_cast<std::int32_t>(whatsAppRecovery_->RecoveredFiltered.size());
 }

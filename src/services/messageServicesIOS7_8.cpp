@@ -156,7 +156,7 @@ std::shared_ptr<ConversationContact> messageServicesIOS7_8::addUnknownConversati
     conversation->RowIds.push_back(std::to_string(message.HandleId));
     _ConversationContacts.push_back(conversation);
     if (!unknown) named_.add(conversation);
-    // Below 1 an id names no handle: what bears one belongs to nobody else's conversation.
+    // Below 1 an id names no handle. Kept: unknown-handle-shared.
     if (message.HandleId > 0) madeForHandle_.emplace(message.HandleId, conversation);
     return conversation;
 }

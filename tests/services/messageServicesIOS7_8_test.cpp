@@ -97,7 +97,8 @@ TEST_F(ChatLayout, JoinsLeadToTheConversation) {
     insert("chat", "(51,'g','a',NULL)");
     // The engine cannot read the last bytes of a page, so rows that nobody misses lie there.
     insert("chat_handle_join", "(2,2),(2,2),(51,31),(61,31)");
-    insert("chat_message_join", "(2,2),(2,2),(51,71),(61,72),(62,73),(62,74)");
+    // Of the two chats of message 71 the one written later is found first.
+    insert("chat_message_join", "(2,2),(2,2),(62,71),(51,71),(61,72),(62,73),(62,74)");
     std::string rows;
     for (const int row : {71, 72, 73, 74})
         rows += (rows.empty() ? "" : ",") + messageRow(row, "text " + std::to_string(row), 0);

@@ -142,7 +142,7 @@ std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
     state.PhotosCount = 1;
     state.VideosCount = 1;
     Sweep(state, workFolder, cancelled).run();
-    state.UpdateMainView(View::Lists);
+    state.UpdateMainView(View::Lists);  // Kept: counters-after-view.
     --state.PhotosCount;
     --state.VideosCount;
     return {};
