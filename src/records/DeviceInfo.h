@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "records/Field.h"
+#include "util/SharedFlag.h"
 #include "util/Text.h"
 
 namespace salvor {
@@ -23,7 +24,7 @@ struct DeviceInfo {
     Text ICICD;
     bool isEncrypted = false;       ///< meaningful only with `knownIfEncrypted`
     bool knownIfEncrypted = false;  ///< the manifest says whether the backup is encrypted
-    bool Connected = false;         ///< read from a live device
+    SharedFlag Connected;           ///< read from a live device; a removal clears it at any time
     std::int32_t iOSMajorVersion = 0;
     std::int32_t iOSMinorVersion = 0;
     Text BackupLocation;

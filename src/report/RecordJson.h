@@ -16,6 +16,7 @@
 #include "records/WhatsAppContact.h"
 #include "report/JsonStream.h"
 #include "util/DateUtils.h"
+#include "util/SharedFlag.h"
 #include "util/StringUtils.h"
 #include "util/Text.h"
 
@@ -38,6 +39,9 @@ template <class Number>
 requires std::is_arithmetic_v<Number>
 void writeValue(JsonStream& out, Number number) {
     out.number(number);
+}
+inline void writeValue(JsonStream& out, const SharedFlag& flag) {
+    out.number(bool(flag));
 }
 inline void writeValue(JsonStream& out, const std::optional<Date>& date) {
     date ? out.text(DateUtils::DateTimeToString(*date)) : writeNull(out);

@@ -60,7 +60,7 @@ class ScanState : public RecordContext {
     std::string BACKUP_DIRECTORY;  ///< shown and reported; its files are those of `backupFiles`
     DeviceInfo deviceInfo;
     std::shared_ptr<DeviceInfo> _deviceInfoBackup;  ///< name and identifier of the last backup
-    std::int32_t RecoverType = 0;                   ///< 1 backup, 0 device
+    std::atomic<std::int32_t> RecoverType{0};       ///< 1 backup, 0 device; a removal sets it
     SourcePolicy sourcePolicy = SourcePolicy::Protected;
     /// The files of the source; never null. They change only between two scans.
     const std::shared_ptr<const BackupFiles>& backupFiles() const { return backupFiles_; }
