@@ -52,24 +52,26 @@ class DevicesCommand : public Command {
         DeviceListener nobody;
         access.setListener(&nobody);
         const auto search = searchDevices(access, stop.get_token());
-        if (search.daemon != kAMDSuccess) throw Failure(ExitStatus::NoDevice, noDaemonText());
-        std::vector<DeviceSummary> devices;
-        for (const auto& device : access.devices()) devices.push_back(describeDevice(*device));
+        if (search.daemon != kAMDSuccess) {
+            if (Interrupts::happened()) return ExitStatus::Cancelled;
+            throw Failure(ExitStatus::NoDevice, daemonTrouble(search.daemon));
+        }
+        const auto devices = describeDevices(access, search);
         if (Interrupts::happened()) return ExitStatus::Cancelled;
-        show(devices, given.has("--json"), search.attached.empty(), console);
-        const auto troubles = deviceTroubles(devices, access.unreachable());
+        show(devices, given.has("--json"), console);
+        for (const auto& text : networkNotices(search)) console.warning(text);
+        const auto troubles = deviceTroubles(devices);
         for (const auto& text : troubles) console.error(text);
         return troubles.empty() ? ExitStatus::Done : ExitStatus::NoDevice;
     }
 
   private:
-    static void show(const std::vector<DeviceSummary>& devices, bool json, bool none,
-                     Console& console) {
+    static void show(const std::vector<DeviceSummary>& devices, bool json, Console& console) {
         if (json) {
             writeJson(devices, console.out);
         } else if (!devices.empty()) {
             writeText(devices, console.out);
-        } else if (none) {
+        } else {
             console.err << "No device is connected.\n";
         }
     }

@@ -6,23 +6,51 @@
 #include <unistd.h>
 
 #include "device/BackupFolderBridge.h"
-#include "device/UsbDeviceFramework.h"
+#include "device/MuxAddress.h"
 
 namespace salvor {
 namespace {
 
-constexpr auto kUnnamed = "a connected device";
-
-std::string troubleText(const std::string& name, AMDStatus status) {
-    std::string what = fmt::format("{}: {}", name, describeStatus(status));
-    if (!meansNotTrusted(status)) return what;
-    return what + "; unlock it, confirm there that this computer is trusted, and try again";
+/// "Anna's iPhone (0123...)", or its identifier alone.
+std::string nameOf(const DeviceSummary& device) {
+    const auto udid = device.UniqueDeviceID.value_or("");
+    if (!device.DeviceName) return udid.empty() ? "a device without identifier" : udid;
+    return fmt::format("{} ({})", *device.DeviceName, udid.empty() ? "no identifier" : udid);
 }
 
-/// "Anna's iPhone (0123...)", as far as it is known.
-std::string nameOf(const DeviceSummary& device) {
-    return fmt::format("{} ({})", device.DeviceName.value_or("a device"),
-                       device.UniqueDeviceID.value_or("without identifier"));
+/// What a person does about it, behind the cause; "" where nobody knows.
+std::string adviceOn(AMDStatus status, const std::string& udid) {
+    if (!meansNotTrusted(status)) return "";
+    std::string advice = "; unlock it, confirm there that this computer is trusted, and try again";
+    if (meansNotPaired(status) && !udid.empty())
+        advice += fmt::format(
+            "; if it does not ask, \"idevicepair --udid {} unpair\" forgets the old pairing", udid);
+    return advice;
+}
+
+std::string troubleText(const DeviceSummary& device) {
+    return fmt::format("{}: {}{}", nameOf(device), describeStatus(device.session),
+                       adviceOn(device.session, device.UniqueDeviceID.value_or("")));
+}
+
+std::string networkText(const std::string& udid) {
+    return udid + ": " + describeStatus(kAMDNetworkOnly) + "; plug it in at a USB port";
+}
+
+/// Why there is no such device.
+DeviceChoice missing(const MobileDeviceAccess& devices, const DeviceSearch& search,
+                     const std::string& udid) {
+    using enum BackupObstacle;
+    const auto* silent = findUnreachable(devices, udid);
+    if (silent == nullptr && lists(search.onNetwork, udid))
+        return {NetworkOnly, networkText(udid), nullptr, ""};
+    if (silent == nullptr) silent = findUnreachable(devices, "");
+    DeviceSummary summary;
+    summary.session = silent != nullptr ? silent->status : kAMDTimedOut;
+    if (silent == nullptr && !lists(search.attached, udid))
+        return {NotConnected, udid + ": no such device is connected", nullptr, ""};
+    if (silent == nullptr || !silent->attached.udid.empty()) summary.UniqueDeviceID = udid;
+    return {Unreachable, troubleText(summary), nullptr, ""};
 }
 
 }  // namespace
@@ -30,20 +58,25 @@ std::string nameOf(const DeviceSummary& device) {
 DeviceChoice chooseForBackup(MobileDeviceAccess& devices, const std::string& udid,
                              const std::stop_token& ended) {
     using enum BackupObstacle;
-    const auto search = searchDevices(devices, ended);
-    if (ended.stop_requested()) return {Cancelled, "cancelled", nullptr};
-    if (search.daemon != kAMDSuccess) return {NoDaemon, noDaemonText(), nullptr};
+    const auto search = searchDevices(devices, ended, [&] {
+        return findDevice(devices, udid) || findUnreachable(devices, udid) != nullptr;
+    });
+    if (ended.stop_requested()) return {Cancelled, "cancelled", nullptr, ""};
+    if (search.daemon != kAMDSuccess) return {NoDaemon, daemonTrouble(search.daemon), nullptr, ""};
     auto device = findDevice(devices, udid);
-    if (!device && !devices.unreachable().empty())
-        return {Unreachable, troubleText(kUnnamed, devices.unreachable().front().status), nullptr};
-    if (!device) return {NotConnected, udid + ": no such device is connected", nullptr};
+    if (!device) return missing(devices, search, udid);
     const auto summary = describeDevice(*device);
-    if (ended.stop_requested()) return {Cancelled, "cancelled", nullptr};
-    if (summary.session != kAMDSuccess)
-        return {NoSession, troubleText(nameOf(summary), summary.session), nullptr};
+    if (ended.stop_requested()) return {Cancelled, "cancelled", nullptr, ""};
+    if (summary.session != kAMDSuccess) return {NoSession, troubleText(summary), nullptr, ""};
     if (!namesFolder(device->udid().value_or(udid)))
-        return {NamesNoFolder, nameOf(summary) + ": no folder can be named so", nullptr};
-    return {None, "", std::move(device)};
+        return {NamesNoFolder, nameOf(summary) + ": no folder can be named so", nullptr, ""};
+    return {
+        None, "", std::move(device),
+        summary.encryptsBackups
+            ? nameOf(summary) +
+                  " encrypts its backups, and the databases of an encrypted one cannot be read; "
+                  "to scan it, switch the encryption of backups off first"
+            : ""};
 }
 
 std::string prepareBackupRoot(const std::filesystem::path& root) {
@@ -55,20 +88,25 @@ std::string prepareBackupRoot(const std::filesystem::path& root) {
     return fmt::format("{}: no backup can be written there: {}", root.string(), failed.message());
 }
 
-std::string noDaemonText() {
-    return fmt::format(
-        "{}: no multiplexer daemon answers there; install and start usbmuxd, which brings USB "
-        "devices to this computer's programs",
-        UsbDeviceFramework::daemonAddress());
+std::string daemonTrouble(AMDStatus status) {
+    const std::string what =
+        status == kAMDNoDaemon
+            ? "no multiplexer daemon answers there; install and start usbmuxd, which brings USB "
+              "devices to this computer's programs"
+            : describeStatus(status) + "; restart usbmuxd";
+    return muxAddress() + ": " + what;
 }
 
-std::vector<std::string> deviceTroubles(
-    const std::vector<DeviceSummary>& described,
-    const std::vector<MobileDeviceAccess::Unreachable>& unreachable) {
+std::vector<std::string> deviceTroubles(const std::vector<DeviceSummary>& described) {
     std::vector<std::string> texts;
     for (const auto& one : described)
-        if (one.session != kAMDSuccess) texts.push_back(troubleText(nameOf(one), one.session));
-    for (const auto& one : unreachable) texts.push_back(troubleText(kUnnamed, one.status));
+        if (one.session != kAMDSuccess) texts.push_back(troubleText(one));
+    return texts;
+}
+
+std::vector<std::string> networkNotices(const DeviceSearch& search) {
+    std::vector<std::string> texts;
+    for (const auto& one : search.onNetwork) texts.push_back(networkText(one.udid));
     return texts;
 }
 

@@ -16,7 +16,8 @@ enum class BackupObstacle {
     Cancelled,
     NoDaemon,       ///< no multiplexer daemon answers
     NotConnected,   ///< no device with this identifier is attached
-    Unreachable,    ///< nor may be: one that is attached does not tell its identifier
+    NetworkOnly,    ///< it is, but not at a cable
+    Unreachable,    ///< it does not answer, or one that does not tell its identifier may be it
     NoSession,      ///< it is locked, or does not trust this computer
     NamesNoFolder,  ///< its identifier cannot be the name of the backup's folder
 };
@@ -25,10 +26,12 @@ struct DeviceChoice {
     BackupObstacle obstacle = BackupObstacle::None;
     std::string text;                  ///< the obstacle in words, and what to do about it
     std::shared_ptr<AMDevice> device;  ///< null with an obstacle
+    /// What is to be known before the backup is made: the device encrypts its backups; or "".
+    std::string notice;
 };
 
-/// The attached device with this identifier, if it can be backed up. Waits for `devices` as
-/// `searchDevices` does; asks the device.
+/// The attached device with this identifier, if it can be backed up. Waits for it as
+/// `searchDevices` does, for no other; asks the device.
 DeviceChoice chooseForBackup(MobileDeviceAccess& devices, const std::string& udid,
                              const std::stop_token& ended = {});
 
@@ -36,11 +39,11 @@ DeviceChoice chooseForBackup(MobileDeviceAccess& devices, const std::string& udi
 /// helper's own words about that would come late and vary.
 std::string prepareBackupRoot(const std::filesystem::path& root);
 
-/// What to tell when no daemon answers.
-std::string noDaemonText();
+/// What to tell when there is no list of devices: who does not answer, and what to do about it.
+std::string daemonTrouble(AMDStatus status);
 /// What keeps devices from being read, a text for each, with what to do about it.
-std::vector<std::string> deviceTroubles(
-    const std::vector<DeviceSummary>& described,
-    const std::vector<MobileDeviceAccess::Unreachable>& unreachable);
+std::vector<std::string> deviceTroubles(const std::vector<DeviceSummary>& described);
+/// What to tell of the devices that are on the network alone.
+std::vector<std::string> networkNotices(const DeviceSearch& search);
 
 }  // namespace salvor

@@ -27,12 +27,13 @@ constexpr StatusRow kRows[] = {
      true},
     {kAMDPairingPending, "PairingDialogResponsePending",
      "the device asks whether this computer is to be trusted", true},
-    {20, "MissingHostID", "the device does not know this computer", true},
+    {kAMDMissingHostID, "MissingHostID", "the device does not know this computer", true},
     {kAMDInvalidHostID, "InvalidHostID", "the device does not know this computer any more", true},
     {22, "SessionActive", "a session is active already"},
     {23, "SessionInactive", "no session is active"},
     {kAMDMissingPairRecord, "MissingPairRecord", "this computer is not trusted yet", true},
-    {31, "InvalidPairRecord", "what this computer knows of the device is damaged", true},
+    {kAMDInvalidPairRecord, "InvalidPairRecord",
+     "what this computer knows of the device is damaged", true},
     {30, "SavePairRecordFailed", "the pairing could not be kept"},
     {kAMDNoDaemon, nullptr, "no multiplexer daemon answers"},
     {kAMDNoDevice, nullptr, "no such device is connected"},
@@ -44,6 +45,9 @@ constexpr StatusRow kRows[] = {
     {kAMDNoPairingProgram, nullptr,
      "this computer is not trusted yet, and idevicepair, which asks for that, could not be started "
      "(it is in the package libimobiledevice-utils)"},
+    {kAMDDaemonSilent, nullptr, "the multiplexer daemon does not answer"},
+    {kAMDDaemonUnreadable, nullptr, "the multiplexer daemon gave no answer that can be read"},
+    {kAMDNetworkOnly, nullptr, "the device is reached over the network alone"},
 };
 
 const StatusRow* rowOf(AMDStatus status) {
@@ -69,6 +73,11 @@ std::string describeStatus(AMDStatus status) {
 bool meansNotTrusted(AMDStatus status) {
     const StatusRow* row = rowOf(status);
     return row != nullptr && row->notTrusted;
+}
+
+bool meansNotPaired(AMDStatus status) {
+    return status == kAMDMissingHostID || status == kAMDInvalidHostID ||
+           status == kAMDMissingPairRecord || status == kAMDInvalidPairRecord;
 }
 
 }  // namespace salvor

@@ -7,6 +7,7 @@
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -18,6 +19,7 @@ namespace {
 
 /// How soon a cancel is noticed.
 constexpr std::chrono::milliseconds kSlice{50};
+constexpr std::size_t kChunk = std::size_t{1} << 16;
 
 /// A client context that shows this computer's certificate; null when the record's PEM texts do
 /// not fit together. Devices sign for themselves and old ones know TLS 1.0 alone, so neither
@@ -42,6 +44,29 @@ tls::Context contextFor(const PairRecord& record) {
 struct ByteLink::Tls {
     tls::Session session;
 };
+
+AMDStatus ByteLink::connect(const sockaddr* address, socklen_t size,
+                            std::unique_ptr<ByteLink>& link, std::stop_token stop,
+                            Deadline deadline) {
+    const int fd = ::socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) return kAMDHungUp;
+    link = std::make_unique<ByteLink>(fd, stop);
+    while (::connect(fd, address, size) != 0) {
+        if (errno == EINPROGRESS) {
+            if (const AMDStatus waited = link->waitFor(POLLOUT, deadline)) return waited;
+            int failed = 0;
+            socklen_t length = sizeof failed;
+            ::getsockopt(fd, SOL_SOCKET, SO_ERROR, &failed, &length);
+            return failed == 0 ? kAMDSuccess : kAMDHungUp;
+        }
+        if (errno != EAGAIN && errno != EINTR) return kAMDHungUp;
+        // Somebody listens and takes nobody in.
+        if (stop.stop_requested()) return kAMDCancelled;
+        if (std::chrono::steady_clock::now() >= deadline) return kAMDTimedOut;
+        std::this_thread::sleep_for(kSlice);
+    }
+    return kAMDSuccess;
+}
 
 ByteLink::ByteLink(int fd, std::stop_token stop) : fd_(fd), stop_(std::move(stop)) {
     ::fcntl(fd_, F_SETFL, ::fcntl(fd_, F_GETFL) | O_NONBLOCK);
@@ -117,6 +142,19 @@ AMDStatus ByteLink::sendAll(Bytes data, Deadline deadline) {
 
 AMDStatus ByteLink::receiveAll(std::span<std::uint8_t> data, Deadline deadline) {
     return moveAll(data, deadline, POLLIN, &SSL_read_ex, &::recv);
+}
+
+AMDStatus ByteLink::receiveBlock(std::size_t size, std::vector<std::uint8_t>& data,
+                                 Deadline deadline) {
+    while (size > 0) {
+        const std::size_t begin = data.size();
+        const std::size_t part = std::min(size, kChunk);
+        data.resize(begin + part);
+        if (const AMDStatus failed = receiveAll(std::span(data).subspan(begin), deadline))
+            return failed;
+        size -= part;
+    }
+    return kAMDSuccess;
 }
 
 }  // namespace salvor

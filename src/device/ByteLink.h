@@ -5,6 +5,8 @@
 #include <span>
 #include <stop_token>
 #include <string>
+#include <sys/socket.h>
+#include <vector>
 
 #include "device/AMDStatus.h"
 #include "util/Bytes.h"
@@ -20,6 +22,10 @@ class ByteLink {
   public:
     using Deadline = std::chrono::steady_clock::time_point;
 
+    /// A link to who listens at the address; `kAMDHungUp` when nobody does.
+    static AMDStatus connect(const sockaddr* address, socklen_t size,
+                             std::unique_ptr<ByteLink>& link, std::stop_token stop,
+                             Deadline deadline);
     /// Takes the socket over.
     ByteLink(int fd, std::stop_token stop);
     ByteLink(const ByteLink&) = delete;
@@ -29,6 +35,8 @@ class ByteLink {
     AMDStatus sendAll(Bytes data, Deadline deadline);
     /// Fills `data` whole.
     AMDStatus receiveAll(std::span<std::uint8_t> data, Deadline deadline);
+    /// Appends `size` bytes, taken in chunks: a size alone costs no memory.
+    AMDStatus receiveBlock(std::size_t size, std::vector<std::uint8_t>& data, Deadline deadline);
     /// Encrypts what follows; the record names this computer and the device to each other.
     AMDStatus startTls(const PairRecord& record, Deadline deadline);
     bool encrypted() const { return tls_ != nullptr; }

@@ -3,16 +3,10 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
-#include <usbmuxd.h>
 #include <utility>
-
-#include "device/MuxLibrary.h"
 
 namespace salvor {
 namespace {
-
-/// More are not looked at, whatever a daemon says.
-constexpr int kMostDevices = 256;
 
 /// Calls `tell` with each of `devices` that is not among `others`. A number that now belongs to
 /// another device counts as another device.
@@ -26,39 +20,27 @@ void tellOfOthers(const std::vector<AttachedDevice>& devices,
 
 }  // namespace
 
-AMDStatus listAttachedDevices(std::vector<AttachedDevice>& devices) {
-    const std::lock_guard lock(muxLibrary());
-    usbmuxd_device_info_t* list = nullptr;
-    const int count = usbmuxd_get_device_list(&list);
-    // A daemon that refuses makes it answer with the daemon's error number and no list.
-    if (count < 0 || list == nullptr) return kAMDNoDaemon;
-    for (int i = 0; i < std::min(count, kMostDevices); ++i) {
-        if (list[i].conn_type != CONNECTION_TYPE_USB) continue;
-        const auto& udid = list[i].udid;
-        devices.push_back(
-            {list[i].handle, std::string(udid, std::find(udid, std::end(udid), '\0'))});
-    }
-    usbmuxd_device_list_free(&list);
-    return kAMDSuccess;
-}
-
-DeviceWatch::DeviceWatch(Told told, std::chrono::milliseconds pause)
+DeviceWatch::DeviceWatch(Told told, const DeviceLimits& limits)
     : told_(std::move(told)),
-      thread_([this, pause](const std::stop_token& stop) { run(stop, pause); }) {}
+      thread_([this, limits](const std::stop_token& stop) { run(stop, limits); }) {}
 
-void DeviceWatch::run(const std::stop_token& stop, std::chrono::milliseconds pause) {
+void DeviceWatch::run(const std::stop_token& stop, const DeviceLimits& limits) {
+    const MuxClient daemon(limits, stop);
     std::mutex mutex;
     std::condition_variable_any wake;
     std::unique_lock lock(mutex);
     while (!stop.stop_requested()) {
-        look();
-        wake.wait_for(lock, stop, pause, [] { return false; });
+        look(daemon);
+        wake.wait_for(lock, stop, limits.betweenLooks, [] { return false; });
     }
 }
 
-void DeviceWatch::look() {
+void DeviceWatch::look(const MuxClient& daemon) {
     std::vector<AttachedDevice> now;
-    listAttachedDevices(now);  // without a daemon nothing is attached
+    const AMDStatus status = daemon.listDevices(now);
+    // Without a daemon nothing is attached; what one does not tell is left as it was.
+    if (status != kAMDSuccess && status != kAMDNoDaemon) return;
+    std::erase_if(now, [](const auto& one) { return one.overNetwork; });
     const auto before = std::exchange(known_, now);
     tellOfOthers(before, now, told_.left);
     tellOfOthers(now, before, told_.arrived);

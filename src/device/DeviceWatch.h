@@ -1,31 +1,17 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
-#include <string>
 #include <thread>
 #include <vector>
 
-#include "device/AMDStatus.h"
+#include "device/MuxClient.h"
 
 namespace salvor {
 
-/// A device at a cable, as the multiplexer daemon lists it.
-struct AttachedDevice {
-    std::uint32_t handle = 0;  ///< the daemon's number for it
-    std::string udid;
-    bool operator==(const AttachedDevice&) const = default;
-};
-
-/// Appends what is attached now. `kAMDNoDaemon` when no daemon answers.
-AMDStatus listAttachedDevices(std::vector<AttachedDevice>& devices);
-
 /// Tells what is plugged in and pulled out, from a thread of its own until it is destroyed: first
-/// of all that is there, and of everything as pulled out when the daemon goes. It asks the daemon
-/// for its list again and again. The library's own subscription is not used: when a daemon hangs
-/// up on it or sends nonsense, it connects anew without a pause and loses a file descriptor each
-/// time, until the library ends the program.
+/// of all that is there, and of everything as pulled out when the daemon goes. One that is silent
+/// for a while tells nothing. It asks the daemon for its list again and again.
 class DeviceWatch {
   public:
     /// Both come on the watch's thread.
@@ -34,11 +20,11 @@ class DeviceWatch {
         std::function<void(const AttachedDevice&)> left;
     };
 
-    DeviceWatch(Told told, std::chrono::milliseconds pause);
+    DeviceWatch(Told told, const DeviceLimits& limits);
 
   private:
-    void run(const std::stop_token& stop, std::chrono::milliseconds pause);
-    void look();
+    void run(const std::stop_token& stop, const DeviceLimits& limits);
+    void look(const MuxClient& daemon);
 
     Told told_;
     std::vector<AttachedDevice> known_;

@@ -9,17 +9,11 @@
 
 #include "device/AMDStatus.h"
 #include "device/ByteLink.h"
+#include "device/DeviceLimits.h"
+#include "device/RequestList.h"
 #include "util/PropertyList.h"
 
 namespace salvor {
-
-/// How long and how much a device may answer, and how often the daemon is asked for the devices.
-struct DeviceLimits {
-    std::chrono::milliseconds answerTime{10'000};  ///< for a request and its answer
-    std::size_t answerBytes = std::size_t{4} << 20;
-    std::chrono::milliseconds betweenLooks{500};
-    std::chrono::milliseconds pairingTime{60'000};  ///< for all that belongs to it
-};
 
 /// The lockdown service of one device, over a link to its port: who it is, sessions and values.
 /// The device is not trusted to keep to the protocol: an answer is bounded in time and size, and
@@ -27,7 +21,6 @@ struct DeviceLimits {
 class LockdownClient {
   public:
     static constexpr std::uint16_t kPort = 62078;
-    using Values = std::vector<std::pair<const char*, std::string>>;
 
     LockdownClient(std::unique_ptr<ByteLink> link, DeviceLimits limits)
         : link_(std::move(link)), limits_(limits) {}
@@ -45,7 +38,7 @@ class LockdownClient {
 
   private:
     /// Sends a request with these values and reads its answer.
-    AMDStatus ask(const char* request, Values values, PropertyList& answer);
+    AMDStatus ask(const char* request, RequestValues values, PropertyList& answer);
 
     std::unique_ptr<ByteLink> link_;
     DeviceLimits limits_;

@@ -55,7 +55,7 @@ void MobileDeviceAccess::Notify(const AMDeviceNotificationInfo& info) {
 }
 
 void MobileDeviceAccess::connected(AMDeviceRef device) {
-    Unreachable failure{device, kAMDSuccess, {}};
+    Unreachable failure{device, framework_->attachedAs(device), kAMDSuccess, {}};
     const auto made = AMDevice::initWithDevice(*framework_, device, failure.error, failure.status);
     if (!made) {
         unreachable_.push_back(std::move(failure));

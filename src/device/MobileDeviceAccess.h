@@ -21,6 +21,7 @@ class MobileDeviceAccess {
     /// A device that arrived and could not be connected.
     struct Unreachable {
         AMDeviceRef device = 0;
+        AttachedDevice attached;
         AMDStatus status = kAMDSuccess;
         std::string error;
     };

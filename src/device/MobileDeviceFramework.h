@@ -4,8 +4,10 @@
 #include <optional>
 #include <stop_token>
 #include <string_view>
+#include <vector>
 
 #include "device/AMDStatus.h"
+#include "device/AttachedDevice.h"
 #include "device/RunLoop.h"
 #include "util/PropertyList.h"
 
@@ -30,16 +32,21 @@ class AMDeviceValue {
   public:
     /// `answer` holds the value under "Value".
     explicit AMDeviceValue(const PropertyList& answer)
-        : text_(answer.scalar("Value")), dictionary_(answer.dictionary("Value")) {}
+        : text_(answer.scalar("Value")),
+          truth_(answer.boolean("Value").value_or(false)),
+          dictionary_(answer.dictionary("Value")) {}
     /// A value that is known without the device.
     explicit AMDeviceValue(std::string_view text) : text_(text) {}
 
     /// A text, or a number in decimal digits.
     const Text& text() const { return text_; }
+    /// Whether it is true, as far as it is a boolean or can be taken for one.
+    bool truth() const { return truth_; }
     const PropertyList& dictionary() const { return dictionary_; }
 
   private:
     Text text_;
+    bool truth_ = false;
     PropertyList dictionary_;
 };
 
@@ -48,7 +55,8 @@ inline Text textOf(const std::optional<AMDeviceValue>& value) {
 }
 
 /// The operations of the platform's device framework that Salvor needs, under their own names. All
-/// are called on one thread, the one that runs `runLoop`; notifications are delivered there.
+/// are called on one thread, the one that runs `runLoop`; notifications are delivered there. While
+/// that thread waits for others, each of these may deal with a device of its own.
 class MobileDeviceFramework {
   public:
     MobileDeviceFramework() = default;
@@ -71,6 +79,11 @@ class MobileDeviceFramework {
     /// when the device has none or does not answer.
     virtual std::optional<AMDeviceValue> AMDeviceCopyValue(AMDeviceRef device, const char* domain,
                                                            const char* key) = 0;
+
+    /// Appends what the platform says is attached now, over the network too.
+    virtual AMDStatus listDevices(std::vector<AttachedDevice>& devices) = 0;
+    /// How the platform lists the device; empty for one that is not known.
+    virtual AttachedDevice attachedAs(AMDeviceRef device) = 0;
 
     /// Operations that wait for a device end soon after `stop` is asked for.
     virtual void endWith(std::stop_token stop) = 0;

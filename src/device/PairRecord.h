@@ -17,8 +17,6 @@ struct PairRecord {
 
     /// Nothing when a part is missing or the bytes are no property list.
     static std::optional<PairRecord> parse(Bytes data);
-    /// The record that the multiplexer daemon keeps for the device; nothing when it has none.
-    static std::optional<PairRecord> ofDevice(const std::string& udid);
 };
 
 }  // namespace salvor

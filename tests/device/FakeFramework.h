@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "device/MobileDeviceFramework.h"
@@ -18,6 +19,7 @@ class FakeFramework : public MobileDeviceFramework {
     };
 
     std::map<AMDeviceRef, Device> devices;
+    std::set<AMDeviceRef> attached;  ///< by the messages of late
     AMDStatus subscribeStatus = kAMDSuccess;
     std::string calls;
 
@@ -26,6 +28,8 @@ class FakeFramework : public MobileDeviceFramework {
         return devices[device];
     }
     void happens(AMDeviceMessage message, AMDeviceRef device) {
+        if (message == AMDeviceMessage::Connected) attached.insert(device);
+        if (message == AMDeviceMessage::Disconnected) attached.erase(device);
         callback_({device, message}, context_);
     }
     void happensLater(AMDeviceMessage message, AMDeviceRef device) {
@@ -60,6 +64,15 @@ class FakeFramework : public MobileDeviceFramework {
         return found == values.end() ? std::nullopt : std::optional(AMDeviceValue(found->second));
     }
     void endWith(std::stop_token) override {}
+    AMDStatus listDevices(std::vector<AttachedDevice>& list) override {
+        for (const auto device : attached) list.push_back(attachedAs(device));
+        return kAMDSuccess;
+    }
+    AttachedDevice attachedAs(AMDeviceRef device) override {
+        const auto& values = devices[device].values;
+        const auto udid = values.find("- UniqueDeviceID");
+        return {static_cast<std::uint32_t>(device), udid == values.end() ? "" : udid->second};
+    }
 
   private:
     void note(const std::string& text) { calls += (calls.empty() ? "" : ", ") + text; }

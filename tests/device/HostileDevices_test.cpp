@@ -151,14 +151,21 @@ TEST_F(HostileDevices, AreAskedToTrustThisComputer) {
 }
 
 TEST_F(HostileDevices, AreReadOnceTheyTrustThisComputer) {
-    const auto ada = stranger();
-    ada->encrypted = true;
-    const auto device = arrived(ada);
-    ASSERT_TRUE(device);
-    EXPECT_EQ(textOf(device->deviceValueForKey("ProductVersion")), "9.3.5") << device->lasterror();
-    EXPECT_EQ(textOf(device->deviceValueForKey("ProductType")), "iPhone5,2");
-    const Strings requests = ada->requests();
-    EXPECT_EQ(std::count(requests.begin(), requests.end(), "Pair"), 1) << "the daemon keeps it";
+    const auto forgotten = phone();
+    forgotten->hostID = "ANOTHER";
+    for (const bool forgets : {false, true}) {
+        SCOPED_TRACE(forgets);
+        const auto ada = forgets ? phone() : stranger();
+        ada->encrypted = true;
+        const auto device = arrived(ada);
+        ASSERT_TRUE(device);
+        if (forgets) daemon.keepPairRecord(ada->udid, forgotten->pairRecord());
+        EXPECT_EQ(textOf(device->deviceValueForKey("ProductVersion")), "9.3.5")
+            << device->lasterror();
+        EXPECT_EQ(textOf(device->deviceValueForKey("ProductType")), "iPhone5,2");
+        const Strings requests = ada->requests();
+        EXPECT_EQ(std::count(requests.begin(), requests.end(), "Pair"), 1) << "the daemon keeps it";
+    }
 }
 
 TEST_F(HostileDevices, APairRecordThatDoesNotFitGivesNoEncryptedSession) {

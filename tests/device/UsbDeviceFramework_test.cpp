@@ -1,6 +1,12 @@
 #include "device/UsbDeviceFramework.h"
 
+#include <arpa/inet.h>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fmt/format.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "tests/device/UsbFixture.h"
 
@@ -9,15 +15,20 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using namespace std::chrono_literals;
 
 class UsbDevices : public UsbFixture {
   protected:
-    /// The identifiers of what the daemon lists, or nothing when none answers.
-    static std::optional<Strings> attached() {
+    /// The identifiers of what the daemon lists, or its status.
+    static std::string attached(std::chrono::milliseconds patience = std::chrono::seconds(10)) {
+        DeviceLimits limits;
+        limits.daemonTime = patience;
         std::vector<AttachedDevice> devices;
-        if (listAttachedDevices(devices) != kAMDSuccess) return std::nullopt;
-        Strings udids;
-        for (const auto& device : devices) udids.push_back(device.udid);
+        const AMDStatus status = MuxClient(limits, {}).listDevices(devices);
+        if (status != kAMDSuccess) return fmt::format("{:x}", status);
+        std::string udids;
+        for (const auto& device : devices) udids += device.udid + (device.overNetwork ? "~ " : " ");
         return udids;
     }
 };
@@ -31,7 +42,7 @@ TEST_F(UsbDevices, ComeAndGo) {
     ASSERT_TRUE(waitForTold(1));
     daemon.plugIn(7, phone("Bert"));
     ASSERT_TRUE(waitForTold(2));
-    EXPECT_EQ(attached(), Strings({"Ada-UDID", "Bert-UDID"}));
+    EXPECT_EQ(attached(), "Wireless-UDID~ Ada-UDID Bert-UDID ");
     EXPECT_EQ(access->devices()[1]->udid(), "Bert-UDID");
     daemon.pullOut(2);
     ASSERT_TRUE(waitForTold(3));
@@ -88,22 +99,22 @@ TEST_F(UsbDevices, TellTheirValuesInSessions) {
 
 TEST_F(UsbDevices, ComeAndGoWithTheDaemon) {
     daemon.stop();
-    EXPECT_EQ(attached(), std::nullopt);
+    EXPECT_EQ(attached(), "101");
     start();
     EXPECT_TRUE(access->subscribed());
     daemon.plugIn(1, phone("Ada"));
     daemon.plugIn(2, phone("Bert"));
     daemon.start();
     ASSERT_TRUE(waitForTold(2));
-    const auto ada = access->devices()[0];
+    const auto one = access->devices()[0];
     daemon.stop();
-    EXPECT_FALSE(ada->deviceValueForKey("ProductVersion"));
-    EXPECT_EQ(ada->lastStatus(), kAMDNotConnected);
+    EXPECT_FALSE(one->deviceValueForKey("ProductVersion"));
+    EXPECT_EQ(one->lastStatus(), kAMDNoDaemon);
     ASSERT_TRUE(waitForTold(4));
     EXPECT_THAT(access->devices(), IsEmpty());
     daemon.start();
     ASSERT_TRUE(waitForTold(6));
-    EXPECT_THAT(told, ElementsAre("+Ada", "+Bert", "-Ada", "-Bert", "+Ada", "+Bert"));
+    EXPECT_THAT(told, UnorderedElementsAre("+Ada", "+Bert", "-Ada", "-Bert", "+Ada", "+Bert"));
 }
 
 TEST_F(UsbDevices, WatchingEndsAndBeginsAgainAtAnyMoment) {
@@ -119,39 +130,118 @@ TEST_F(UsbDevices, WatchingEndsAndBeginsAgainAtAnyMoment) {
     }
 }
 
-TEST_F(UsbDevices, AreNoneWhereTheDaemonRefusesToListThem) {
-    daemon.plugIn(1, phone());
-    daemon.refuse();
-    EXPECT_EQ(attached(), std::nullopt);
-}
-
 std::ptrdiff_t openFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 TEST_F(UsbDevices, ADaemonThatIsNoneIsWithstood) {
     using namespace std::string_literals;
-    const std::pair<const char*, std::string> cases[] = {
-        {"hangs up", ""},
-        {"garbage", std::string(16, '\x7f') + "no packet at all"},
-        {"a packet of 4 GiB", "\xff\xff\xff\xff\1\0\0\0\10\0\0\0\1\0\0\0<plist>"s}};
-    for (const auto& [what, nonsense] : cases) {
+    const std::string head = "\1\0\0\0\10\0\0\0\1\0\0\0"s;
+    const struct {
+        const char* what;
+        DeviceFault fault;
+        const char* status;
+    } cases[] = {{"hangs up", {"", true}, "10a"},
+                 {"garbage", {std::string(16, '\x7f') + "no packet at all"}, "10a"},
+                 {"another's answer", {"\x10\0\0\0\1\0\0\0\10\0\0\0\2\0\0\0"s}, "10a"},
+                 {"refuses", {"\x18\0\0\0"s + head + "<plist/>"}, "10a"},
+                 {"a packet shorter than its head", {"\x0f\0\0\0"s + head}, "10a"},
+                 {"announces 4 GiB", {"\xff\xff\xff\xff" + head + "<plist>"}, "10a"},
+                 {"is silent", {""}, "109"},
+                 {"drips", {std::string(500, ' '), false, 0ms, 100ms}, "109"},
+                 {"announces more than it says", {"\0\1\0\0"s + head + "<plist>"}, "109"}};
+    for (const auto& [what, fault, status] : cases) {
         SCOPED_TRACE(what);
-        daemon.meetWith(nonsense);
-        EXPECT_EQ(attached(), std::nullopt);
+        daemon.meetWith(fault);
+        EXPECT_EQ(attached(300ms), status);
         const auto filesBefore = openFiles();
         const int clientsBefore = daemon.clients();
         start();
-        access->waitForConnection({}, std::chrono::milliseconds(500));
+        access->waitForConnection({}, 300ms);
         EXPECT_LT(daemon.clients() - clientsBefore, 200) << "asks without a pause";
         EXPECT_LT(openFiles(), filesBefore + 10) << "loses files";
         EXPECT_THAT(told, IsEmpty());
+        access.reset();  // within a moment, whatever it waits for
         daemon.meetWith(std::nullopt);
+        start();
         daemon.plugIn(1, phone());
         EXPECT_TRUE(waitForTold(1)) << "it mends";
         access.reset();
         daemon.pullOut(1);
         told.clear();
+    }
+}
+
+// What one does not tell is left as it was: a daemon that hesitates has lost no device.
+TEST_F(UsbDevices, StayWhileTheDaemonIsSilent) {
+    daemon.plugIn(1, phone());
+    start(200ms);
+    ASSERT_TRUE(waitForTold(1));
+    daemon.meetWith(DeviceFault{""});
+    access->waitForConnection({}, 600ms);
+    daemon.meetWith(std::nullopt);
+    daemon.plugIn(2, phone("Bert"));
+    ASSERT_TRUE(waitForTold(2));
+    EXPECT_THAT(told, ElementsAre("+Ada", "+Bert"));
+}
+
+TEST_F(UsbDevices, ASilentOneHoldsUpNoOther) {
+    const auto silent = phone("Silent");
+    const auto stuck = phone("Stuck");
+    silent->faults["QueryType"] = stuck->faults["Connect"] = {""};
+    daemon.plugIn(1, silent);
+    daemon.plugIn(2, stuck);
+    daemon.plugIn(3, phone());
+    start(2s);
+    ASSERT_TRUE(waitForTold(1));
+    EXPECT_THAT(access->unreachable(), IsEmpty()) << "their time is not over";
+    ASSERT_TRUE(waitUntil([&] { return access->unreachable().size() == 2; }));
+    EXPECT_THAT(told, ElementsAre("+Ada"));
+    Strings udids;
+    for (const auto& one : access->unreachable()) udids.push_back(one.attached.udid);
+    EXPECT_THAT(udids, UnorderedElementsAre("Silent-UDID", "Stuck-UDID"));
+    daemon.pullOut(1);
+    EXPECT_TRUE(waitUntil([&] { return access->unreachable().size() == 1; }));
+}
+
+/// A port of this computer at which somebody listens and says nothing.
+class SilentPort {
+  public:
+    SilentPort() {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        ::bind(fd_, reinterpret_cast<sockaddr*>(&address), size);
+        ::listen(fd_, 4);
+        ::getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &size);
+        name = std::to_string(ntohs(address.sin_port));
+    }
+    SilentPort(const SilentPort&) = delete;
+    SilentPort& operator=(const SilentPort&) = delete;
+    ~SilentPort() { ::close(fd_); }
+
+    std::string name;
+
+  private:
+    int fd_ = ::socket(AF_INET, SOCK_STREAM, 0);
+};
+
+TEST_F(UsbDevices, ADaemonIsFoundByAnyFormOfItsAddress) {
+    daemon.plugIn(1, phone());
+    const std::string given = std::getenv("USBMUXD_SOCKET_ADDRESS");
+    const SilentPort port;
+    const std::pair<std::string, std::string> cases[] = {
+        {given, "Ada-UDID "},
+        {given.substr(std::strlen("UNIX:")), "Ada-UDID "},
+        {"UNIX:" + std::string(200, 'x'), "101"},
+        {"127.0.0.1:" + port.name, "109"},
+        {"[::ffff:127.0.0.1]:" + port.name, "109"},
+        {"127.0.0.1:1", "101"},
+        {"nonsense", "101"}};
+    for (const auto& [address, expected] : cases) {
+        ::setenv("USBMUXD_SOCKET_ADDRESS", address.c_str(), 1);
+        EXPECT_EQ(attached(300ms), expected) << address;
     }
 }
 

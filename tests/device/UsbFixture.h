@@ -33,7 +33,7 @@ class UsbFixture : public testing::Test, protected DeviceListener {
 
     void start(std::chrono::milliseconds answerTime = std::chrono::seconds(10)) {
         const DeviceLimits limits{answerTime, std::size_t{1} << 16, std::chrono::milliseconds(10),
-                                  std::chrono::seconds(20)};
+                                  std::chrono::seconds(20), answerTime};
         auto framework = std::make_unique<UsbDeviceFramework>(limits);
         framework->endWith(cancel.get_token());
         access = std::make_unique<MobileDeviceAccess>(std::move(framework));

@@ -66,14 +66,9 @@ void MuxDaemon::stop() {
     serving_.clear();
 }
 
-void MuxDaemon::meetWith(std::optional<std::string> nonsense) {
+void MuxDaemon::meetWith(std::optional<DeviceFault> fault) {
     const std::lock_guard lock(mutex_);
-    nonsense_ = std::move(nonsense);
-}
-
-void MuxDaemon::refuse() {
-    const std::lock_guard lock(mutex_);
-    refuses_ = true;
+    fault_ = std::move(fault);
 }
 
 int MuxDaemon::clients() const {
@@ -107,14 +102,13 @@ void MuxDaemon::acceptClients() {
 void MuxDaemon::meet(const std::shared_ptr<Socket>& client) {
     const std::lock_guard lock(mutex_);
     ++clientCount_;
-    if (nonsense_) {
-        client->send(*nonsense_);
-        client->hangUp();
-        return;
-    }
     clients_[client] = 0;
-    serving_.emplace_back([this, client] {
-        serve(client);
+    serving_.emplace_back([this, client, fault = fault_] {
+        if (!fault) {
+            serve(client);
+        } else if (sendWrongly(*client, *fault, "")) {
+            while (client->receive(1)) continue;  // until the client goes
+        }
         client->hangUp();
         const std::lock_guard again(mutex_);
         clients_.erase(client);
@@ -135,8 +129,12 @@ void MuxDaemon::serve(const std::shared_ptr<Socket>& client) {
             {reinterpret_cast<const std::uint8_t*>(body->data()), body->size()});
         if (request.text("MessageType") == "Connect") {
             const auto device = connect(client, request);
-            client->send(packetOf(tag, resultOf(device ? kOk : kBadDevice)));
-            if (device) device->serve(*client);  // what follows on the connection is the device's
+            const auto answer = packetOf(tag, resultOf(device ? kOk : kBadDevice));
+            const auto* fault = device ? device->faultAt("Connect") : nullptr;
+            const bool goesOn =
+                fault != nullptr ? sendWrongly(*client, *fault, answer) : client->send(answer);
+            // What follows on the connection is the device's.
+            if (device && goesOn) device->serve(*client);
             return;
         }
         if (!client->send(answerTo(tag, request))) return;
@@ -158,7 +156,7 @@ std::vector<PropertyListDictionary> MuxDaemon::deviceList() const {
 
 std::string MuxDaemon::answerTo(std::uint32_t tag, const PropertyList& request) {
     const std::lock_guard lock(mutex_);
-    const std::string type = refuses_ ? "" : request.text("MessageType").value_or("");
+    const std::string type = request.text("MessageType").value_or("");
     PropertyListDictionary reply;
     if (type == "ListDevices") return packetOf(tag, reply.array("DeviceList", deviceList()));
     if (type == "ReadBUID") return packetOf(tag, reply.text("BUID", "BUID"));

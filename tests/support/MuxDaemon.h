@@ -30,10 +30,9 @@ class MuxDaemon {
     void start();
     /// Hangs up on everybody and takes the socket away.
     void stop();
-    /// Sends `nonsense` to whoever connects from now on and hangs up; without any it is itself.
-    void meetWith(std::optional<std::string> nonsense);
-    /// Refuses every request from now on.
-    void refuse();
+    /// Answers whoever connects from now on like this, and listens no more; without any it is
+    /// itself.
+    void meetWith(std::optional<DeviceFault> fault);
 
     /// `id` is the daemon's own number for the device, not 0. It has the pair record of one that
     /// trusts this computer.
@@ -55,8 +54,7 @@ class MuxDaemon {
 
     TempFolder folder_{"salvor-mux"};
     mutable std::mutex mutex_;
-    std::optional<std::string> nonsense_;
-    bool refuses_ = false;
+    std::optional<DeviceFault> fault_;
     int clientCount_ = 0;
     std::map<std::uint32_t, std::shared_ptr<StandInDevice>> devices_;
     std::map<std::string, std::string> pairRecords_;

@@ -17,7 +17,8 @@ std::string nameOf(const PropertyList& request) {
            request.text("Key").value_or("");
 }
 
-/// False when the link ends with it.
+}  // namespace
+
 bool sendWrongly(Socket& link, const DeviceFault& fault, const std::string& right) {
     const std::string bytes = fault.bytes.value_or(right);
     const std::size_t step = fault.between.count() > 0 ? 1 : bytes.size();
@@ -28,8 +29,6 @@ bool sendWrongly(Socket& link, const DeviceFault& fault, const std::string& righ
     }
     return !fault.hangsUp;
 }
-
-}  // namespace
 
 std::string framed(const std::string& list) {
     std::string bytes;
@@ -50,6 +49,11 @@ std::string StandInDevice::pairRecord(const std::string& key) const {
     record.data("HostCertificate", hostIdentity().certificate);
     record.data("HostPrivateKey", key);
     return record.xml();
+}
+
+const DeviceFault* StandInDevice::faultAt(const std::string& request) const {
+    const auto found = faults.find(request);
+    return found == faults.end() ? nullptr : &found->second;
 }
 
 void StandInDevice::serve(Socket& link) {
@@ -73,8 +77,7 @@ bool StandInDevice::answerOne(Talk& talk) {
         PropertyList::parse({reinterpret_cast<const std::uint8_t*>(body->data()), body->size()});
     const std::string name = nameOf(request);
     const std::string reply = framed(answerTo(request, talk).xml());
-    const auto fault = faults.find(name);
-    if (fault != faults.end()) return sendWrongly(talk.link, fault->second, reply);
+    if (const auto* fault = faultAt(name)) return sendWrongly(talk.link, *fault, reply);
     if (!talk.link.send(reply)) return false;
     if (!encrypted) return true;
     if (name == "StartSession" && !talk.session.empty())

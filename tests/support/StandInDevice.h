@@ -17,13 +17,16 @@ namespace salvor {
 /// A property list as the lockdown service sends it: behind its length.
 std::string framed(const std::string& list);
 
-/// How a device answers a request wrongly.
+/// How a device or the daemon answers a request wrongly.
 struct DeviceFault {
     std::optional<std::string> bytes;      ///< instead of the right answer
     bool hangsUp = false;                  ///< afterwards; otherwise it waits for the next request
     std::chrono::milliseconds before{0};   ///< before the first byte
     std::chrono::milliseconds between{0};  ///< the bytes come singly, with this pause
 };
+
+/// Sends the wrong answer, or the right one wrongly; false when the link ends with it.
+bool sendWrongly(Socket& link, const DeviceFault& fault, const std::string& right);
 
 /// A device's lockdown service as the tests need it: who it is, sessions in the clear and
 /// encrypted, values by domain and key, pairing. Set it up before it is plugged in.
@@ -44,8 +47,10 @@ class StandInDevice {
     std::string hostCertificate = hostIdentity().certificate;
     /// The errors that it answers with, by request.
     std::map<std::string, std::string> errors;
-    /// By request, or by "GetValue key".
+    /// By request, or by "GetValue key"; "Connect" is the daemon's answer about it.
     std::map<std::string, DeviceFault> faults;
+
+    const DeviceFault* faultAt(const std::string& request) const;
 
     /// What the trusted computer keeps of it, an XML property list, with its own key or another.
     std::string pairRecord(const std::string& key = hostIdentity().privateKey) const;
