@@ -51,7 +51,7 @@ class Questions : public FreshBackupQuestions {
     bool tryAgain(const std::string& text, const std::string& helperSaid) override {
         if (!console_.asks) return false;  // the text is told with the failure
         display_.finish();                 // nothing is drawn where a person answers
-        display_.writeLine(withLastLine(text, helperSaid));
+        display_.writeLine(withUsefulLine(text, helperSaid));
         display_.writeLine("Press Enter to try again, Ctrl-C to cancel.");
         const bool again = console_.enterPressed();
         if (again) display_.start(progress_);
@@ -83,7 +83,6 @@ class BackupRun {
                     ExitStatus::BadArguments,
                     fmt::format("{}: belongs to a scan, so it needs --scan", option.name));
         options_ = scanOptionsFor(folderOfDeviceBackup(settings_.root, udid_), given);
-        options_.request.freshBackup = true;
     }
 
     ExitStatus run() {
@@ -95,11 +94,13 @@ class BackupRun {
         auto& application = job.application();
         application.setFreshBackup(settings_, &questions);
         application.listenForDevices(access);
-        const auto device = requireDevice(access, application.stopToken());
+        const auto choice = requireDevice(access, application.stopToken());
+        const auto device = choice.device;
         application.chooseDevice(device);
         if (const auto fault = prepareBackupRoot(settings_.root); !fault.empty())
             throw Failure(ExitStatus::NoDevice, fault);
 
+        if (!options_.quiet && !choice.notice.empty()) console_.warning(choice.notice);
         if (!options_.quiet)
             display.writeLine(fmt::format("Making a backup of {} below {}",
                                           device->deviceName().value_or(udid_),
@@ -108,11 +109,11 @@ class BackupRun {
         application.BackupAgent(device->udid().value_or(udid_));
         const auto backup = application.waitForBackup();
         display.finish();
-        const auto status = settle(backup);
-        if (!scans_) return status;
+        settle(backup);
+        if (!scans_) return ExitStatus::Done;
         options_.request.source = backup.folder;
-        const auto scanned = runAndShow(job, display, options_, console_);
-        return scanned == ExitStatus::Done ? status : scanned;
+        options_.request.freshBackup = backup.end == FreshBackupEnd::Complete;
+        return runAndShow(job, display, options_, console_);
     }
 
   private:
@@ -126,9 +127,8 @@ class BackupRun {
         settings_.helper = *helper;
     }
 
-    std::shared_ptr<AMDevice> requireDevice(MobileDeviceAccess& access,
-                                            const std::stop_token& cancelled) const {
-        const auto choice = chooseForBackup(access, udid_, cancelled);
+    DeviceChoice requireDevice(MobileDeviceAccess& access, const std::stop_token& cancelled) const {
+        auto choice = chooseForBackup(access, udid_, cancelled);
         if (choice.obstacle == BackupObstacle::Cancelled || Interrupts::happened())
             throw Failure(ExitStatus::Cancelled, "cancelled");
         if (choice.obstacle == BackupObstacle::NotConnected)
@@ -136,7 +136,7 @@ class BackupRun {
                           choice.text + " (\"salvor devices\" lists those that are)");
         if (choice.obstacle != BackupObstacle::None)
             throw Failure(ExitStatus::NoDevice, choice.text);
-        return choice.device;
+        return choice;
     }
 
     static ExitStatus statusOf(BackupVerdict verdict) {
@@ -156,21 +156,18 @@ class BackupRun {
         return ExitStatus::NoDevice;
     }
 
-    /// Tells how the backup ended. Throws `Failure` where there is nothing to go on with.
-    ExitStatus settle(const FreshBackup& backup) const {
+    /// Names the folder of a whole backup. Throws `Failure` for any other: there is nothing to go
+    /// on with.
+    void settle(const FreshBackup& backup) const {
         // Where a scan follows, the interrupt is that one's.
         const bool scanFollows = scans_ && backup.end == FreshBackupEnd::Complete;
         const auto judgement =
             judge(backup, settings_.helper, Interrupts::happened() && !scanFollows);
-        const auto status = statusOf(judgement.verdict);
-        if (!judgement.canBeScanned()) throw Failure(status, judgement.text);
-        if (!judgement.text.empty()) console_.error(judgement.text);
-        if (!scans_ && !options_.quiet) {
-            const std::string folder = backup.folder.string();
-            console_.out << folder << '\n';
-            console_.err << printable("Scan it with: salvor scan " + quoted(folder)) << '\n';
-        }
-        return status;
+        if (!judgement.isWhole()) throw Failure(statusOf(judgement.verdict), judgement.text);
+        if (scans_ || options_.quiet) return;
+        const std::string folder = backup.folder.string();
+        console_.out << (console_.outShown ? printable(folder) : folder) << '\n';
+        console_.err << printable("Scan it with: salvor scan " + quoted(folder)) << '\n';
     }
 
     Console& console_;

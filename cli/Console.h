@@ -13,6 +13,7 @@ struct Console {
     std::ostream& err;
     bool redraws = false;  ///< `err` is a terminal on which a line can be redrawn
     bool coloured = false;
+    bool outShown = false;  ///< `out` is a terminal: what it gets is to be printable
     std::function<int()> width = [] { return 80; };  ///< columns of the terminal, asked anew
     bool asks = false;  ///< a person sits at the terminal and can answer
     /// Waits for that person to press Enter; false when they do not want to.

@@ -148,6 +148,7 @@ int runProgram(int argc, char** argv) {
     console.coloured = console.redraws && (noColour == nullptr || *noColour == '\0');
     console.width = [] { return terminalWidth(STDERR_FILENO); };
     console.outError = [&out] { return out.errorNumber(); };
+    console.outShown = isatty(STDOUT_FILENO) != 0;
     console.asks = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
     console.enterPressed = [] { return waitForEnter(STDIN_FILENO); };
     return run(std::vector<std::string>(argv + std::min(argc, 1), argv + argc), console);

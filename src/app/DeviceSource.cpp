@@ -9,6 +9,7 @@
 #include "backup/BackupSource.h"
 #include "device/BackupFolderBridge.h"
 #include "device/OpenDevice.h"
+#include "util/StringUtils.h"
 
 namespace salvor {
 namespace {
@@ -66,6 +67,9 @@ void DeviceSource::deviceConnected(const std::shared_ptr<AMDevice>& device) {
 
 // Also for another device than the current one, which stays. Kept: any-device-leaves.
 void DeviceSource::deviceDisconnected(const std::shared_ptr<AMDevice>& device) {
+    if (task_ &&
+        StringUtils::lowerCase(device->udid().value_or("")) == StringUtils::lowerCase(target_))
+        unplugged_ = true;
     if (!device->deviceName()) return;
     state_.RecoverType = 1;
     state_.deviceInfo.Connected = false;
@@ -74,8 +78,12 @@ void DeviceSource::deviceDisconnected(const std::shared_ptr<AMDevice>& device) {
 }
 
 bool DeviceSource::getInfoFromDevice() {
+    return describe(connected_);
+}
+
+bool DeviceSource::describe(bool connected) {
     state_.deviceInfo = resetDescription("N/A");
-    if (connected_ && !MobileDevice_->devices().empty()) readValues();
+    if (connected && !MobileDevice_->devices().empty()) readValues();
     return finishDescription(state_);
 }
 
@@ -104,6 +112,8 @@ void DeviceSource::readValues() {
 bool DeviceSource::BackupAgent(const std::string& udid, std::optional<dataTypeHolder> thenScan) {
     if (task_ || MobileDevice_ == nullptr) return false;
     target_ = udid;
+    const auto device = findDevice(*MobileDevice_, udid);
+    targetName_ = device ? device->deviceName().value_or(udid) : udid;
     backedUp_ = mDevice_;
     scanAfter_ = std::move(thenScan);
     startTask();
@@ -111,6 +121,7 @@ bool DeviceSource::BackupAgent(const std::string& udid, std::optional<dataTypeHo
 }
 
 void DeviceSource::startTask() {
+    unplugged_ = false;
     std::error_code failed;  // the helper says itself what is wrong with the folder
     std::filesystem::create_directories(settings_.root, failed);
     auto* observer = state_.observer;
@@ -150,7 +161,8 @@ void DeviceSource::backupTaskEnded(const HelperResult& result) {
         startTask();
         return;
     }
-    last_ = {*end, result, folderOfDeviceBackup(settings_.root, target_)};
+    last_ = {*end, result, folderOfDeviceBackup(settings_.root, target_),
+             wentMeanwhile(result, *end) ? targetName_ : ""};
     MobileDevice_->framework().runLoop().stop();
     const bool complete = *end == FreshBackupEnd::Complete;
     if (!complete) {
@@ -168,21 +180,32 @@ void DeviceSource::backupTaskEnded(const HelperResult& result) {
 std::optional<FreshBackupEnd> DeviceSource::settle(const HelperResult& result) {
     if (result.cancelled) return FreshBackupEnd::Cancelled;
     if (!result.startFailure.empty()) return FreshBackupEnd::NotStarted;
-    // What is described is the device that was backed up, not one that came meanwhile.
+    // What is described is the device that was backed up, not one that came meanwhile; nor does it
+    // matter that another went.
     const auto here = findDevice(*MobileDevice_, target_);
     mDevice_ = here ? here : backedUp_;
-    const bool described = getInfoFromDevice();
+    const bool described = describe(connected_ || here != nullptr);
     if (cancel_.requested()) return FreshBackupEnd::Cancelled;
     if (!described) {
         const bool goOn =
             questions_ != nullptr && questions_->continueAnyway(kMissingPropertyListsAfterBackup);
         return goOn ? FreshBackupEnd::Complete : FreshBackupEnd::MissingPropertyLists;
     }
-    // Deliberate: 1 is the device's refusal, every other status a finished backup.
-    if (result.exitStatus != 1) return FreshBackupEnd::Complete;
-    if (questions_ != nullptr && questions_->tryAgain(kPasscodeQuestion, result.lastError))
+    // Kept: helper-failure-is-an-end.
+    if (!wasRefused(result)) return FreshBackupEnd::Complete;
+    if (questions_ != nullptr && questions_->tryAgain(kPasscodeQuestion, result.usefulLine))
         return std::nullopt;
     return cancel_.requested() ? FreshBackupEnd::Cancelled : FreshBackupEnd::Refused;
+}
+
+bool DeviceSource::wentMeanwhile(const HelperResult& result, FreshBackupEnd end) const {
+    if (result.cancelled || end == FreshBackupEnd::NotStarted) return false;
+    if (result.exitStatus == 0 && end == FreshBackupEnd::Complete) return false;
+    // A helper ends with its device, often before the removal is told.
+    std::vector<AttachedDevice> now;
+    const bool known = MobileDevice_->framework().listDevices(now) == kAMDSuccess;
+    std::erase_if(now, [](const auto& one) { return one.overNetwork; });
+    return unplugged_ || (known && !lists(now, target_));
 }
 
 void DeviceSource::chooseFreshBackup(const std::filesystem::path& folder) {

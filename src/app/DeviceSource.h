@@ -50,7 +50,9 @@ class DeviceSource : private DeviceListener {
   private:
     void deviceConnected(const std::shared_ptr<AMDevice>& device) override;
     void deviceDisconnected(const std::shared_ptr<AMDevice>& device) override;
+    bool describe(bool connected);
     void readValues();
+    bool wentMeanwhile(const HelperResult& result, FreshBackupEnd end) const;
     void startTask();
     void backupTaskEnded(const HelperResult& result);
     std::optional<FreshBackupEnd> settle(const HelperResult& result);
@@ -65,6 +67,8 @@ class DeviceSource : private DeviceListener {
     FreshBackupSettings settings_;
     FreshBackupQuestions* questions_ = nullptr;
     std::string target_;
+    std::string targetName_;              ///< as a person knows the device
+    bool unplugged_ = false;              ///< it was seen to go during the backup
     std::shared_ptr<AMDevice> backedUp_;  ///< the current device when the backup began
     std::optional<dataTypeHolder> scanAfter_;
     FreshBackup last_;

@@ -3,26 +3,40 @@
 #include <fmt/format.h>
 
 #include "app/SourceChoice.h"
+#include "app/Sources.h"
+#include "util/PropertyList.h"
 
 namespace salvor {
 namespace {
 
-std::string helperEnd(const HelperResult& task) {
-    return task.signal
-               ? fmt::format("its helper was ended by signal {}", *task.signal)
-               : fmt::format("its helper ended with status {}", task.exitStatus.value_or(-1));
+std::string causeOf(const FreshBackup& backup) {
+    if (!backup.unplugged.empty()) return backup.unplugged + " was unplugged";
+    return backup.task.signal
+               ? fmt::format("its helper was ended by signal {}", *backup.task.signal)
+               : fmt::format("its helper ended with status {}",
+                             backup.task.exitStatus.value_or(-1));
+}
+
+/// What the device wrote beside the backup about how far it is, unless that is "finished"; or "".
+std::string unfinishedState(const std::filesystem::path& folder) {
+    const Text state = PropertyList::read(folder / "Status.plist").text("SnapshotState");
+    return !state || *state == "finished" ? "" : std::string(*state);
 }
 
 BackupJudgement judgeFolder(const FreshBackup& backup) {
-    const auto because = [&backup](const char* what) {
-        return withLastLine(
-            fmt::format("{}: {}: {}", backup.folder.string(), what, helperEnd(backup.task)),
-            backup.task.lastError);
+    const auto because = [&backup](const char* what, const std::string& cause) {
+        return withUsefulLine(fmt::format("{}: {}: {}", backup.folder.string(), what, cause),
+                              backup.task.usefulLine);
     };
+    constexpr auto kNotWhole = "the backup may not be whole";
     if (!BackupStore::resolve(backup.folder))
-        return {BackupVerdict::NothingWritten, because("no backup was written there")};
+        return {BackupVerdict::NothingWritten,
+                because("no backup was written there", causeOf(backup))};
     if (backup.task.exitStatus != 0 || backup.task.cancelled)
-        return {BackupVerdict::MaybeNotWhole, because("the backup may not be whole")};
+        return {BackupVerdict::MaybeNotWhole, because(kNotWhole, causeOf(backup))};
+    if (const auto state = unfinishedState(backup.folder); !state.empty())
+        return {BackupVerdict::MaybeNotWhole,
+                because(kNotWhole, fmt::format("its Status.plist says \"{}\"", state))};
     return {};
 }
 
@@ -46,8 +60,11 @@ BackupJudgement judge(const FreshBackup& backup, const BackupHelper& helper, boo
                         (usual ? " (it is in the package libimobiledevice-utils)" : "")};
         }
         case FreshBackupEnd::Refused:
-            return {BackupVerdict::Refused, withLastLine(kPasscodeQuestion, backup.task.lastError)};
+            return {BackupVerdict::Refused,
+                    withUsefulLine(kPasscodeQuestion, backup.task.usefulLine)};
         case FreshBackupEnd::MissingPropertyLists:
+            if (backup.task.exitStatus != 0 || describeBackup(backup.folder).info.complete)
+                return judgeFolder(backup);
             return {
                 BackupVerdict::MissingPropertyLists,
                 fmt::format("{}: {}", backup.folder.string(), kMissingPropertyListsAfterBackup)};
@@ -57,7 +74,7 @@ BackupJudgement judge(const FreshBackup& backup, const BackupHelper& helper, boo
     return judgeFolder(backup);
 }
 
-std::string withLastLine(const std::string& text, const std::string& line) {
+std::string withUsefulLine(const std::string& text, const std::string& line) {
     return line.empty() ? text : fmt::format("{} ({})", text, line);
 }
 

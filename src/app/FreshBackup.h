@@ -20,7 +20,7 @@ struct FreshBackupSettings {
 class FreshBackupQuestions {
   public:
     virtual ~FreshBackupQuestions() = default;
-    /// The helper was refused, and said last what is in `helperSaid`; true tries again.
+    /// The helper was refused, and said about it what is in `helperSaid`; true tries again.
     virtual bool tryAgain(const std::string& text, const std::string& helperSaid) {
         (void)text;
         (void)helperSaid;
@@ -47,12 +47,13 @@ struct FreshBackup {
     FreshBackupEnd end = FreshBackupEnd::Cancelled;
     HelperResult task;
     std::filesystem::path folder;
+    std::string unplugged = {};  ///< the device's name when it went while it was needed, or ""
 };
 
 /// What a person is told of a backup that has ended.
 enum class BackupVerdict {
     Whole,
-    MaybeNotWhole,         ///< there is a backup; its helper failed
+    MaybeNotWhole,         ///< there is a backup; its helper failed, or its status says so
     NothingWritten,        ///< its helper ended and left none
     Cancelled,             ///< or stopped after it was made
     NotStarted,            ///< `FreshBackupEnd::NotStarted`
@@ -64,17 +65,14 @@ struct BackupJudgement {
     BackupVerdict verdict = BackupVerdict::Whole;
     std::string text;  ///< names the folder and the cause; "" for a whole one
 
-    /// There is a folder that can be scanned.
-    bool canBeScanned() const {
-        return verdict == BackupVerdict::Whole || verdict == BackupVerdict::MaybeNotWhole;
-    }
+    bool isWhole() const { return verdict == BackupVerdict::Whole; }
 };
 
 /// Judges a backup made with `helper`; `cancelled` when the person wants to go no further whatever
-/// came of it.
+/// came of it. A whole one whose device could not be described any more describes itself.
 BackupJudgement judge(const FreshBackup& backup, const BackupHelper& helper, bool cancelled);
 
-/// `text` with what the helper said last in brackets, if it said anything.
-std::string withLastLine(const std::string& text, const std::string& line);
+/// `text` with what the helper said in brackets, if it said anything.
+std::string withUsefulLine(const std::string& text, const std::string& line);
 
 }  // namespace salvor

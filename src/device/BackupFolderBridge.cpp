@@ -42,7 +42,9 @@ std::string folderNameOf(const std::string& udid) {
 }  // namespace
 
 bool namesFolder(const std::string& udid) {
-    return !udid.empty() && folderNameOf(udid) == StringUtils::lowerCase(udid);
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    return !udid.empty() && folderNameOf(udid) == StringUtils::lowerCase(udid) &&
+           udid.front() != '-' && std::none_of(udid.begin(), udid.end(), isControl);
 }
 
 fs::path folderOfDeviceBackup(const fs::path& root, const std::string& udid) {

@@ -13,7 +13,7 @@ std::filesystem::path folderOfDeviceBackup(const std::filesystem::path& root,
                                            const std::string& udid);
 
 /// Whether the identifier can name a folder as it stands: a device could call itself
-/// "../elsewhere", and a helper follow it.
+/// "../elsewhere", and a helper follow it, or like an option of the helper.
 bool namesFolder(const std::string& udid);
 
 }  // namespace salvor

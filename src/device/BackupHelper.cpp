@@ -3,6 +3,7 @@
 #include <map>
 #include <sstream>
 
+#include "device/HelperWords.h"
 #include "util/StringUtils.h"
 
 namespace salvor {
@@ -26,6 +27,14 @@ std::vector<std::string> BackupHelper::wordsFor(const std::string& udid,
         result.push_back(value == values.end() ? word : value->second);
     }
     return result;
+}
+
+bool wasRefused(const HelperResult& result) {
+    constexpr int kDeviceLocked = 208;
+    constexpr int kStatuses = 256;
+    if (!result.exitStatus || *result.exitStatus == 0) return false;
+    return *result.exitStatus == 1 || *result.exitStatus == kStatuses - kDeviceLocked ||
+           tellsLock(result.usefulLine);
 }
 
 }  // namespace salvor

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "device/HelperTask.h"
+
 namespace salvor {
 
 /// The program that writes a fresh backup of a device, and its arguments. In these "{udid}" stands
@@ -18,5 +20,9 @@ struct BackupHelper {
     std::vector<std::string> wordsFor(const std::string& udid,
                                       const std::filesystem::path& folder) const;
 };
+
+/// The device refused, typically because it is locked. Told by status 1, by that of the usual
+/// helper, which ends with minus the device's error, or by what a helper that failed says.
+bool wasRefused(const HelperResult& result);
 
 }  // namespace salvor

@@ -4,10 +4,12 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <system_error>
+#include <termios.h>
 #include <unistd.h>
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX leaves it to the caller
@@ -30,8 +32,11 @@ void replaceGroup(pid_t present, pid_t next) {
 /// Both ends of a pipe, closed unless taken.
 class Pipe {
   public:
-    Pipe() {
-        if (::pipe2(ends_.data(), O_CLOEXEC) != 0)
+    enum Kind { Plain, Terminal };
+
+    /// A terminal is a pipe as well where the system has none to give.
+    explicit Pipe(Kind kind) {
+        if ((kind == Plain || !openTerminal()) && ::pipe2(ends_.data(), O_CLOEXEC) != 0)
             throw std::system_error(errno, std::generic_category(), "a pipe");
         ::fcntl(ends_[0], F_SETFL, O_NONBLOCK);
     }
@@ -51,6 +56,23 @@ class Pipe {
     }
 
   private:
+    bool openTerminal() {
+        ends_[0] = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        char name[64];
+        if (ends_[0] >= 0 && ::grantpt(ends_[0]) == 0 && ::unlockpt(ends_[0]) == 0 &&
+            ::ptsname_r(ends_[0], name, sizeof name) == 0)
+            ends_[1] = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        if (ends_[1] >= 0) {
+            termios bytesAsTheyAre{};
+            ::tcgetattr(ends_[1], &bytesAsTheyAre);
+            ::cfmakeraw(&bytesAsTheyAre);
+            ::tcsetattr(ends_[1], TCSANOW, &bytesAsTheyAre);
+            return true;
+        }
+        if (ends_[0] >= 0) ::close(ends_[0]);
+        return false;
+    }
+
     std::array<int, 2> ends_{-1, -1};
 };
 
@@ -104,8 +126,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& words) {
     arguments.reserve(copies.size() + 1);
     for (auto& word : copies) arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    Pipe output;
-    Pipe errors;
+    Pipe output(Pipe::Terminal);
+    Pipe errors(Pipe::Plain);
     const FileActions actions(output.writingEnd(), errors.writingEnd());
     const Attributes attributes;
     const int failed = ::posix_spawnp(&pid_, arguments.front(), actions.get(), attributes.get(),

@@ -8,7 +8,8 @@
 namespace salvor {
 
 /// A program that runs beside this one, in a process group of its own: keys that a person presses
-/// for this program do not reach it. It reads nothing; what it writes comes through two pipes.
+/// for this program do not reach it. It reads nothing. What it writes comes through two pipes, the
+/// output's one a terminal to it: into a plain one it would write only what has filled a buffer.
 /// When it ends, what it has left running in that group is ended as well; destroying the object
 /// ends both.
 class ChildProcess {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <poll.h>
@@ -12,6 +11,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "device/HelperWords.h"
+
 namespace salvor {
 namespace {
 
@@ -19,20 +20,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kSlice{50};
 constexpr std::chrono::milliseconds kBetweenReports{100};
 constexpr std::chrono::seconds kGrace{2};
-/// What is read of a pipe before the helper's end is looked at again.
-constexpr int kReadsAtOnce = 16;
-
-/// The number before the last "%" of the line, 0 to 100; -1 when there is none.
-int percentIn(std::string_view line) {
-    const auto end = line.rfind('%');
-    if (end == std::string_view::npos) return -1;
-    std::string_view digits = line.substr(0, end);
-    digits.remove_prefix(digits.find_last_not_of("0123456789") + 1);  // npos + 1 is 0
-    if (digits.empty()) return -1;
-    int value = 100;  // as it stays when the digits are too many
-    std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    return std::min(value, 100);
-}
+/// What is read of a pipe before the helper's end is looked at again: more than it can hold.
+constexpr int kReadsAtOnce = 64;
 
 /// The lines of one pipe, ended by a line feed or, where a line is drawn anew, a carriage return.
 class LineReader {
@@ -51,9 +40,15 @@ class LineReader {
             if (!open_) endLine();
         }
     }
+    /// Tells of a line that is not whole yet: its end may be long in coming.
+    void tellPart() {
+        if (!line_.empty() && line_ != part_) onLine_(part_ = line_);
+    }
     /// -1 once the pipe has ended.
     int fd() const { return open_ ? fd_ : -1; }
-    const std::string& last() const { return last_; }
+    /// The line that tells most of a failure, of such the last one.
+    const std::string& useful() const { return useful_; }
+    int weight() const { return weight_; }
 
   private:
     void take(char c) {
@@ -65,17 +60,27 @@ class LineReader {
     }
     void endLine() {
         if (line_.find_first_not_of(" \t") != std::string::npos) {
-            onLine_(line_);
-            last_ = line_;
+            if (line_ != part_) onLine_(line_);
+            keep();
         }
         line_.clear();
+        part_.clear();
+    }
+
+    void keep() {
+        const int weight = tellsFailure(line_);
+        if (weight < weight_) return;
+        weight_ = weight;
+        useful_ = line_;
     }
 
     int fd_;
     OnLine onLine_;
     bool open_ = true;
     std::string line_;
-    std::string last_;
+    std::string part_;  ///< what has been told of it before its end
+    std::string useful_;
+    int weight_ = 0;
 };
 
 /// One run of the helper, on the task's thread.
@@ -94,7 +99,8 @@ class Run {
         while (!child_.ended()) {
             endWhenStopped(stop);
             pollfd both[] = {{output_.fd(), POLLIN, 0}, {errors_.fd(), POLLIN, 0}};
-            ::poll(both, std::size(both), static_cast<int>(kSlice.count()));
+            const int ready = ::poll(both, std::size(both), static_cast<int>(kSlice.count()));
+            if (ready == 0) tellParts();
             readBoth();
         }
         readBoth();  // what it wrote last; a process that it left behind may hold the pipes open
@@ -103,7 +109,8 @@ class Run {
         result.exitStatus = child_.ended()->exitStatus;
         result.signal = child_.ended()->signal;
         result.cancelled = stop.stop_requested();
-        result.lastError = errors_.last().empty() ? output_.last() : errors_.last();
+        const bool outputTells = errors_.useful().empty() || output_.weight() > errors_.weight();
+        result.usefulLine = outputTells ? output_.useful() : errors_.useful();
         return result;
     }
 
@@ -117,6 +124,11 @@ class Run {
         } else if (now - *asked_ > kGrace) {
             child_.signal(SIGKILL);
         }
+    }
+
+    void tellParts() {
+        output_.tellPart();
+        errors_.tellPart();
     }
 
     void readBoth() {

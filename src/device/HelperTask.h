@@ -24,11 +24,12 @@ struct HelperResult {
     std::optional<int> exitStatus;
     std::optional<int> signal;
     bool cancelled = false;
-    std::string lastError;  ///< the last line of its standard error, or of its output
+    /// What it wrote that tells most of how it ended: an error's words, else its last line.
+    std::string usefulLine;
 };
 
 /// Runs a helper (one writes a backup, another pairs) and reads what it writes on a thread of its
-/// own until it ends; of a flood only the last line of each pipe is kept. Both callbacks come on
+/// own until it ends; of a flood one line of each pipe is kept. Both callbacks come on
 /// that thread, progress at most ten times a second. Destroying the object, or `cancel`, ends the
 /// helper: first asked, after two seconds made to.
 class HelperTask {

@@ -45,8 +45,8 @@ AMDStatus statusOf(const HelperResult& result) {
     if (!result.startFailure.empty()) return kAMDNoPairingProgram;
     if (result.signal) return kAMDInvalidAnswer;  // the device's answer was too much for it
     for (const auto& [part, status] : kOutcomes)
-        if (result.lastError.find(part) != std::string::npos) return status;
-    return statusOfNumber(result.lastError);
+        if (result.usefulLine.find(part) != std::string::npos) return status;
+    return statusOfNumber(result.usefulLine);
 }
 
 }  // namespace

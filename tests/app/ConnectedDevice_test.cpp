@@ -195,6 +195,64 @@ TEST_F(ConnectedDevice, IsDescribedAfterItsBackupAlthoughAnotherCame) {
     EXPECT_NE(described.DeviceName, "Tablet");
 }
 
+TEST_F(ConnectedDevice, IsBackedUpAlthoughAnotherGoes) {
+    framework->add(2, "Tablet", "22");
+    plugIn(2);
+    plugIn();
+    app.BackupAgent(kUdid);
+    framework->happensLater(AMDeviceMessage::Disconnected, 2);
+    const auto backup = app.waitForBackup();
+    EXPECT_EQ(backup.end, FreshBackupEnd::Complete);
+    EXPECT_EQ(backup.unplugged, "");
+    EXPECT_EQ(described.DeviceName, "Phone");
+    EXPECT_TRUE(described.Connected);
+    EXPECT_EQ(app.state().RecoverType, 0);
+}
+
+TEST_F(ConnectedDevice, ThatGoesDuringItsBackupIsNamed) {
+    const struct {
+        const char* what;
+        const char* helper;
+        std::vector<AMDeviceMessage> messages;  ///< while the helper runs
+        bool listed;                            ///< still, when it ends
+        const char* unplugged;
+    } cases[] = {
+        {"goes", "exit 255", {AMDeviceMessage::Disconnected}, false, "Phone"},
+        {"comes back",
+         "exit 255",
+         {AMDeviceMessage::Disconnected, AMDeviceMessage::Connected},
+         true,
+         "Phone"},
+        {"has gone, untold", "exit 255", {}, false, "Phone"},
+        {"has gone after its backup", "exit 0", {AMDeviceMessage::Disconnected}, false, "Phone"},
+        {"stays", "exit 255", {}, true, ""},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.what);
+        useHelper(one.helper);
+        plugIn();
+        app.BackupAgent(kUdid);
+        for (const auto message : one.messages) framework->happensLater(message, 1);
+        if (!one.listed) framework->attached.clear();
+        EXPECT_EQ(app.waitForBackup().unplugged, one.unplugged);
+        pullOut();
+    }
+}
+
+// Kept: helper-failure-is-an-end.
+TEST_F(ConnectedDevice, IsRefusedWhenItIsLockedAndBackedUpAtAnyOtherEnd) {
+    plugIn();
+    for (const auto& [script, end] :
+         {std::pair("exit 48", FreshBackupEnd::Refused),
+          {"exit 1", FreshBackupEnd::Refused},
+          {"echo 'ErrorCode 208: Device locked'; exit 9", FreshBackupEnd::Refused},
+          {"exit 255", FreshBackupEnd::Complete},
+          {"kill -KILL $$", FreshBackupEnd::Complete}}) {
+        useHelper(script);
+        EXPECT_EQ(backUp().end, end) << script;
+    }
+}
+
 TEST_F(ConnectedDevice, IsNotTakenForBackedUpWhenTheCancelComesAfterTheHelper) {
     useHelper("touch \"$2/done\"; exit 1");
     plugIn();

@@ -104,6 +104,27 @@ TEST_F(DeviceCommands, TellWhatADeviceWants) {
                           "trusted; unlock it, confirm"));
 }
 
+TEST_F(DeviceCommands, TellWhatOneIsToKnow) {
+    const auto wireless = telephone("feed", "Wireless");
+    wireless->connection = "Network";
+    daemon.plugIn(2, wireless);
+    const std::string advice =
+        "feed: the device is reached over the network alone; plug it in at a USB port\n";
+    auto run = runSalvor({"devices"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "No device is connected.\nsalvor: warning: " + advice);
+    run = runSalvor(backup("exit 0", "FEED"));
+    EXPECT_EQ(run.status, 6);
+    EXPECT_EQ(run.err, "salvor: error: FEED" + advice.substr(4));
+
+    phone->values["com.apple.mobile.backup/WillEncrypt"] = "true";
+    plugIn();
+    run = runBackup("mkdir $2/$1");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.err, StartsWith("salvor: warning: Anna's iPhone (00008020-001D2D88ABCDEF01) "
+                                    "encrypts its backups, and"));
+}
+
 TEST_F(DeviceCommands, TellHowABackupEnded) {
     plugIn();
     const struct {
@@ -116,12 +137,17 @@ TEST_F(DeviceCommands, TellHowABackupEnded) {
          "abcdef01: no backup was written there: its helper ended with status 0 (no room)\n"},
         {"mkdir $2/$1; touch $2/$1/Info.plist; printf '10%%\\r55%%\\r100%%\\n'", 0, true,
          "Backing up: 100 %\n"},
-        {"echo 'No space left' >&2; exit 255", 6, true,
+        {"echo 'No space left' >&2; exit 255", 6, false,
          ": the backup may not be whole: its helper ended with status 255 (No space left)\n"},
+        {"echo 'ErrorCode 208: Device locked'; echo 'Backup Failed (Error Code 208).'; exit 48", 6,
+         false, "is upto date. (ErrorCode 208: Device locked)\n"},
     };
-    const auto unwritten = runBackup("exit 0", {"--scan"});
-    EXPECT_EQ(unwritten.status, 6);
-    EXPECT_EQ(unwritten.out, "");
+    for (const char* script : {"exit 0", "mkdir $2/$1; touch $2/$1/Info.plist; exit 255"}) {
+        const auto unscanned = runBackup(script, {"--scan"});
+        EXPECT_EQ(unscanned.status, 6);
+        EXPECT_EQ(unscanned.out, "");
+        fs::remove_all(root);
+    }
     for (const auto& one : cases) {
         SCOPED_TRACE(one.script);
         const auto run = runBackup(one.script);
@@ -129,6 +155,7 @@ TEST_F(DeviceCommands, TellHowABackupEnded) {
         EXPECT_EQ(run.out, one.namesTheFolder ? (root / kUdid).string() + '\n' : "");
         EXPECT_THAT(run.err, HasSubstr(one.error));
         EXPECT_THAT(run.err, StartsWith("Making a backup of Anna's iPhone below "));
+        EXPECT_EQ(run.err.find("Scan it with") != std::string::npos, one.namesTheFolder);
     }
     const auto refused = runBackup("exit 1", {"--quiet"});
     EXPECT_EQ(refused.err, "salvor: error: " + std::string(kPasscodeQuestion) + '\n');
@@ -266,6 +293,54 @@ TEST_F(DeviceCommands, EndTheHelperOnInterrupt) {
         const bool told = readWholeFile(folder / "err").find("was cancelled") != std::string::npos;
         EXPECT_EQ(told, one.tells);
     }
+}
+
+/// How long the program takes, with an interrupt after half a second or without one.
+std::chrono::duration<double> timeOf(const std::string& words, bool interrupted, int& status,
+                                     const fs::path& errors) {
+    const auto begin = std::chrono::steady_clock::now();
+    const int ended = std::system(
+        fmt::format("bash -c 'set -m; {}/bin/salvor {} >/dev/null 2>{} & {} wait $!' 2>/dev/null",
+                    SALVOR_BINARY_DIR, words, errors.string(),
+                    interrupted ? "sleep 0.5; kill -INT $!;" : "")
+            .c_str());
+    status = WEXITSTATUS(ended);
+    return std::chrono::steady_clock::now() - begin;
+}
+
+TEST_F(DeviceCommands, EndSoonWhateverIsSilent) {
+    const fs::path errors = folder / "err";
+    int status = 0;
+    constexpr std::chrono::milliseconds kDrip{100};
+    const struct {
+        const char* what;
+        std::string request;  ///< of the device; "" for the daemon
+        DeviceFault fault;
+    } cases[] = {{"daemon", "", {""}},
+                 {"dripping daemon", "", {std::string(1000, ' '), false, {}, kDrip}},
+                 {"device", "QueryType", {""}},
+                 {"dripping device", "StartSession", {std::nullopt, false, {}, kDrip}},
+                 {"pairing", "Pair", {""}}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.what);
+        const auto silent = telephone(kUdid, "Silent");
+        silent->faults[one.request] = one.fault;
+        if (one.request == "Pair") silent->hostID = "";
+        daemon.meetWith(one.request.empty() ? std::optional(one.fault) : std::nullopt);
+        daemon.keepPairRecord(kUdid, "");
+        daemon.plugIn(1, silent);
+        for (const std::string words : {"devices", "backup 00008020-001D2D88ABCDEF01"}) {
+            EXPECT_LT(timeOf(words, true, status, errors).count(), 1.5) << words;
+            EXPECT_EQ(status, 130) << words;
+        }
+    }
+    daemon.meetWith(DeviceFault{""});
+    const double seconds = timeOf("devices", false, status, errors).count();
+    EXPECT_EQ(status, 6);
+    EXPECT_GT(seconds, 4.5);
+    EXPECT_LT(seconds, 6.5);
+    EXPECT_THAT(readWholeFile(errors),
+                HasSubstr("the multiplexer daemon does not answer; restart"));
 }
 
 }  // namespace

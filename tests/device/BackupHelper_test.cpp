@@ -25,6 +25,30 @@ TEST(BackupHelperSetting, IsWordsWithPlaces) {
         EXPECT_FALSE(BackupHelper::parse(nothing)) << '"' << nothing << '"';
 }
 
+TEST(BackupHelperEnds, AreRefusalsByStatusAndWords) {
+    const struct {
+        int status;
+        const char* line;
+        bool refused;
+    } cases[] = {{1, "", true},
+                 {48, "", true},
+                 {255, "ERROR: Could not connect to lockdownd, error code -17", true},
+                 {7, "ErrorCode 208: Device locked (MBErrorDomain/208)", true},
+                 {0, "Device locked", false},
+                 {255, "ERROR: Could not connect to lockdownd, error code -18", false},
+                 {151, "ErrorCode 105: Insufficient free disk space", false}};
+    for (const auto& [status, line, refused] : cases) {
+        HelperResult result;
+        result.exitStatus = status;
+        result.usefulLine = line;
+        EXPECT_EQ(wasRefused(result), refused) << status << line;
+    }
+    HelperResult crashed;
+    crashed.signal = 11;
+    crashed.usefulLine = "Device locked";
+    EXPECT_FALSE(wasRefused(crashed));
+}
+
 struct FolderCase {
     const char* what;
     std::vector<const char*> files;
@@ -60,7 +84,7 @@ TEST(BackupFolders, AreFoundWhereTheHelperPutsThem) {
     EXPECT_EQ(folderOfDeviceBackup("/no/such/root", "ABC"), fs::path("/no/such/root/abc"));
     for (const char* name : {"ABCdef", "00008020-001D2D88ABCDEF01", "a b", "..."})
         EXPECT_TRUE(namesFolder(name)) << name;
-    for (const char* name : {"", ".", "..", "../x", "/etc", "a/b"})
+    for (const char* name : {"", ".", "..", "../x", "/etc", "a/b", "--full", "\x1b[2J", "a\nb"})
         EXPECT_FALSE(namesFolder(name)) << name;
 }
 

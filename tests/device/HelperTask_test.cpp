@@ -59,7 +59,7 @@ struct EndCase {
     const char* what;
     const char* script;
     int exitStatus;  ///< or the negative number of a signal
-    const char* lastError;
+    const char* usefulLine;
     bool cancelled = false;  ///< as soon as it writes something
 };
 
@@ -67,6 +67,15 @@ const EndCase kEndCases[] = {
     {"done", "echo 100% done", 0, "100% done"},
     {"refused, and says why last", "echo 3%; echo first >&2; printf 'locked\\n\\n' >&2; exit 1", 1,
      "locked"},
+    {"says the cause before its last words",
+     "echo 'ErrorCode 208: Device locked (MBErrorDomain/208)'; echo '2 files.'; echo odd >&2;"
+     "echo 'Backup Failed (Error Code 208).'; exit 48",
+     48, "ErrorCode 208: Device locked (MBErrorDomain/208)"},
+    {"says the cause on its errors", "echo 'ERROR: no room' >&2; echo 'Backup Aborted.'; exit 255",
+     255, "ERROR: no room"},
+    {"tells at once what it would keep back", "(echo now; sleep 30) | tr x y", -SIGTERM, "now",
+     true},
+    {"tells a line before its end", "printf now; sleep 30", -SIGTERM, "now", true},
     {"a last line without end", "printf 'ERROR: cut' >&2; exit 255", 255, "ERROR: cut"},
     {"crashes", "echo about to; kill -SEGV $$", -SIGSEGV, "about to"},
     {"has signals as they come", "kill -PIPE $$; exit 9", -SIGPIPE, ""},
@@ -87,7 +96,7 @@ TEST_F(HelperTasks, TellHowTheHelperEnded) {
         EXPECT_EQ(result.startFailure, "");
         EXPECT_EQ(result.exitStatus.value_or(-result.signal.value_or(0)), one.exitStatus);
         EXPECT_NE(result.exitStatus.has_value(), result.signal.has_value());
-        EXPECT_EQ(result.lastError, one.lastError);
+        EXPECT_EQ(result.usefulLine, one.usefulLine);
         EXPECT_EQ(result.cancelled, one.cancelled);
         EXPECT_LT(took, 10s);
     }
@@ -109,10 +118,10 @@ TEST_F(HelperTasks, FindThePercentInTheirLines) {
 TEST_F(HelperTasks, KeepNothingOfAFloodButItsLastLine) {
     const Outcome outcome = runScript(
         "head -c 8000000 /dev/zero | tr '\\0' x\n"
-        "yes 'line 42%' | head -n 400000 & yes error | head -n 400000 >&2; wait\n"
+        "yes 'line 42%' | head -n 400000 & yes other | head -n 400000 >&2; wait\n"
         "head -c 3000000 /dev/zero | tr '\\0' y >&2; exit 7");
     EXPECT_EQ(outcome.result.exitStatus, 7);
-    EXPECT_EQ(outcome.result.lastError, std::string(HelperProgress::kMaxLine, 'y'));
+    EXPECT_EQ(outcome.result.usefulLine, std::string(HelperProgress::kMaxLine, 'y'));
     EXPECT_EQ(outcome.progress.back().percent, 42);
     const auto tenths = static_cast<std::size_t>(outcome.took / 100ms);
     EXPECT_LE(outcome.progress.size(), tenths + 2) << "ten reports a second";
@@ -154,7 +163,7 @@ TEST_F(HelperTasks, LeaveNoProcessBehind) {
     for (const auto& [end, cancels] : cases) {
         SCOPED_TRACE(end);
         const Outcome outcome = runScript(leaves + end, cancels);
-        const std::string& pid = outcome.result.lastError;
+        const std::string& pid = outcome.result.usefulLine;
         ASSERT_NE(pid, "");
         EXPECT_TRUE(endsSoon(pid)) << pid;
     }
