@@ -136,8 +136,7 @@ TEST_F(ChatLayout, UnknownCounterpartsAreNumberedOnceAHandle) {
             "ContainsDeletedMessage=true|NotContainsDeletedMessage=false; a"));
     Texts addresses;
     for (const auto& row : state.DeletedSMS) addresses.push_back(row->Address.value_or(""));
-    EXPECT_THAT(addresses,
-                ElementsAre("unknown1", "unknown2", "unknown3", "unknown4", "unknown5"));
+    EXPECT_THAT(addresses, ElementsAre("unknown1", "unknown2", "unknown3", "unknown4", "unknown5"));
 }
 
 TEST_F(ChatLayout, AMissingColumnCostsNoMessage) {
