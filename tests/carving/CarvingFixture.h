@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,19 +43,12 @@ struct FileImage {
     }
     void trunkPage(std::uint32_t page) { put32(bytes, 32, page); }
     void largestRootPage(std::uint32_t page) { put32(bytes, 52, page); }
-    std::size_t pageStart(unsigned page) const { return std::size_t{size} * (page - 1); }
     /// Makes page `page` (from 1) a b-tree page.
-    void btree(unsigned page, std::uint8_t type, unsigned cells, unsigned contentStart,
-               unsigned freeblock = 0) {
-        const std::size_t at = pageStart(page);
+    void btree(unsigned page, std::uint8_t type, unsigned cells, unsigned contentStart) {
+        const std::size_t at = std::size_t{size} * (page - 1);
         bytes.at(at) = type;
-        put16(bytes, at + 1, freeblock);
         put16(bytes, at + 3, cells);
         put16(bytes, at + 5, contentStart);
-    }
-    void freeblock(unsigned page, unsigned offset, unsigned next, unsigned length) {
-        put16(bytes, pageStart(page) + offset, next);
-        put16(bytes, pageStart(page) + offset + 2, length);
     }
 
     unsigned size;
@@ -76,28 +67,17 @@ class TemporaryFile {
     TempFolder folder_;
 };
 
-using Patterns = std::initializer_list<std::shared_ptr<TablePattern>>;
-
 /// Notes what the engine hands on.
 class NotingReceiver : public RowReceiver {
   public:
-    struct Column {
-        std::int64_t index;
-        OptionalColumnValue value;
-        friend bool operator==(const Column&, const Column&) = default;
-    };
-
-    std::vector<Column> columns;         ///< every column, dropped readings included
+    std::vector<std::pair<std::int64_t, OptionalColumnValue>> columns;
     std::vector<std::uint64_t> offsets;  ///< where the headers of the rows begin
     std::vector<std::int64_t> rowIds;
-    std::function<std::int32_t(Bytes)> position = [](Bytes) { return kNoCorrection; };
 
-    RegionEnd parse(Patterns patterns, Bytes data, std::int64_t start = 0) {
+    void parse(const std::shared_ptr<TablePattern>& pattern, Bytes data) {
         RecordLoop loop(*this, {});
-        loop.use({patterns.begin(), patterns.end()});
-        Region region{data};
-        region.start = start;
-        return loop.ParseHeaderAndData(region);
+        loop.use({pattern});
+        loop.ParseHeaderAndData({data});
     }
 
     void rowBegins(std::int64_t rowId, const RecordOrigin& origin) override {
@@ -107,7 +87,7 @@ class NotingReceiver : public RowReceiver {
                     const TablePattern&) override {
         columns.push_back({column, value});
     }
-    std::int32_t correctionFor(Bytes text) override { return position(text); }
+    std::int32_t correctionFor(Bytes) override { return kNoCorrection; }
     void rowDropped() override {}
     void rowEnds() override {
         rowIds.push_back(begun_.first);

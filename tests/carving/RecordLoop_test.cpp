@@ -8,7 +8,6 @@ namespace salvor::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 /// The first header in `data`; nothing when a read past the end ended the search.
 std::optional<SQLiteTableHeaderInfo> firstHeader(const char* header, Bytes data) {
@@ -93,7 +92,7 @@ TEST(RecordLoopTest, DecodesSerialTypes) {
         Buffer data{0, static_cast<std::uint8_t>(serialType), 41};
         data = data + bytes + Buffer(14, ' ');
         NotingReceiver rows;
-        rows.parse({makePattern("[0];[" + type + "];[-25]")}, data);
+        rows.parse(makePattern("[0];[" + type + "];[-25]"), data);
         ASSERT_EQ(rows.rowIds.size(), 1u) << type;
         std::vector<OptionalColumnValue> seen;
         for (const auto& [column, value] : rows.columns) {
