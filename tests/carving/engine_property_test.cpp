@@ -23,28 +23,19 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise) {
 class EngineProperty : public testing::Test {
   protected:
     static std::vector<CarvedRow> actualRows(const SqLiteTableSignatures& signatures,
-                                             const CaseRun& run,
+                                             const TableCarveOptions& run,
                                              const std::filesystem::path& file) {
-        using enum RowCollector::RowIds;
-        const TableCarveOptions options{kCaseDomain,
-                                        kCaseDatabase,
-                                        kCaseTable,
-                                        run.version,
-                                        run.fullSearch,
-                                        run.callList,
-                                        run.everyRecord ? Every : FirstOnly};
         std::vector<CarvedRow> rows;
-        carveTable(signatures, options, file, {},
-                   [&](const CarvedRow& row) { rows.push_back(row); });
+        carveTable(signatures, run, file, {}, [&](const CarvedRow& row) { rows.push_back(row); });
         return rows;
     }
 
-    std::vector<CarvedRow> expectedRows(const PropertyCase& made, const CaseRun& run) {
+    std::vector<CarvedRow> expectedRows(const PropertyCase& made, const TableCarveOptions& run) {
         auto patterns = made.patterns;
         if (run.version)
             std::erase_if(patterns, [&](const auto& one) { return !one.supports(*run.version); });
-        auto rows =
-            carvePlainly(patterns, {run.fullSearch, run.callList, !run.everyRecord}, made.file);
+        const bool once = run.rowIds == RowCollector::RowIds::FirstOnly;
+        auto rows = carvePlainly(patterns, {run.fullSearch, run.callList, once}, made.file);
         for (const CarvedRow& row : rows) ++rowsIn[row.origin.space];
         return rows;
     }
@@ -55,7 +46,7 @@ class EngineProperty : public testing::Test {
         writeWholeFile(folder / "carved.db", std::string(made.file.begin(), made.file.end()));
         SqLiteTableSignatures signatures;
         std::string wrong = signatures.loadSignatures(folder / "signatures.xml");
-        for (const CaseRun& run : made.runs) {
+        for (const auto& run : made.runs) {
             if (!wrong.empty()) break;
             wrong = difference(expectedRows(made, run),
                                actualRows(signatures, run, folder / "carved.db"));

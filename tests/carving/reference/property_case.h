@@ -1,28 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "carving/TableCarver.h"
 #include "plain_buffer.h"
 #include "plain_pattern.h"
 
 namespace salvor::reference {
-
-struct CaseRun {
-    bool fullSearch = false;
-    bool callList = false;
-    bool everyRecord = false;  ///< those with a known row id too
-    std::optional<std::string> version;
-};
 
 /// One signatures file, one database file and the ways in which it is carved.
 struct PropertyCase {
     std::string signatures;
     std::vector<PlainPattern> patterns;  ///< what the file says of the table
     Buffer file;
-    std::vector<CaseRun> runs;
+    std::vector<TableCarveOptions> runs;
 };
 
 inline constexpr const char* kCaseDomain = "HomeDomain";

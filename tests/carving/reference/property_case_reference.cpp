@@ -8,12 +8,13 @@
 namespace salvor::reference {
 namespace {
 
-std::vector<CaseRun> makeRuns(RandomSource& random) {
+std::vector<TableCarveOptions> makeRuns(RandomSource& random) {
+    using enum RowCollector::RowIds;
     constexpr std::array kVersions{"iOS4", "iOS5", "iOS6", "iOS7", "iOS56", "iOS9", "iOS10", ""};
-    std::vector<CaseRun> runs(2);
-    for (CaseRun& run : runs) {
+    std::vector<TableCarveOptions> runs(2, {kCaseDomain, kCaseDatabase, kCaseTable, {}});
+    for (auto& run : runs) {
         run.callList = random.chance(25);
-        run.everyRecord = random.chance(50);
+        run.rowIds = random.chance(50) ? Every : FirstOnly;
         if (random.chance(20)) run.version = random.pick(kVersions);
     }
     runs[1].fullSearch = true;
