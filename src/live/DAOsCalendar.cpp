@@ -41,9 +41,11 @@ void fillEvent(const ResultSet& row, Calendar& event) {
 
 List<Calendar> DAOs::readEvents(const char* statement) {
     const bool older = state_.deviceInfo.iOSMajorVersion < 5;
-    auto list = readRows<Calendar>(
-        openCategory(state_.CALENDAR_DATABASE)->executeList({older ? kEvents : statement}),
-        fillEvent);
+    const auto database = openCategory(state_.CALENDAR_DATABASE);
+    // A backup that tells no version counts as older.
+    auto rows =
+        older ? database->executeList({kEvents, statement}) : database->executeList({statement});
+    auto list = readRows<Calendar>(std::move(rows), fillEvent);
     numberRows(list);
     append(state_.AllCalendarContent, list);
     state_.CalendarCount = static_cast<std::int32_t>(list.size());

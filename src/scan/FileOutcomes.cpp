@@ -150,7 +150,7 @@ std::vector<FileOutcome> FileOutcomes::all() const {
         FileOutcome& told = outcomes.emplace_back(entry.told);
         if (entry.heard || told.outcome != ReadOutcome::Read) continue;
         told.outcome = ReadOutcome::Partly;
-        told.reason = "the scan ended before the file was read";
+        told.reason = "the scan ended before the file was read to its end";
     }
     return outcomes;
 }

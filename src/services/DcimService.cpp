@@ -71,12 +71,14 @@ void DcimService::processOlderBackups(const DeviceInfo& device) {
 
 void DcimService::ProcessDatabaseForDevice(const DeviceInfo& device, bool DCIMAccess) {
     const auto files = filesOf(device);
+    const auto file = files->open(SqliteDbName_);
+    if (file.state == FileState::Absent) return;
     // The files of an older backup are not those whose outcome the scan keeps.
     const auto library =
         files == state_.backupFiles()
-            ? connection(files->open(SqliteDbName_))
-            : backupDatabase(state_, files->open(SqliteDbName_),
-                             std::make_shared<OlderLibraryWatch>(state_, device), cancelled_);
+            ? connection(file)
+            : backupDatabase(state_, file, std::make_shared<OlderLibraryWatch>(state_, device),
+                             cancelled_);
     if (!library->openDatabase()) return;
     auto layout = GetPhotoDBFileType(*library);
     if (layout == PhotoLibraryLayout::Unknown) layout = PhotoLibraryLayout::Plain;

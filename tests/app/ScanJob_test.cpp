@@ -122,7 +122,7 @@ TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
                  {"0.0", 0, 0, false},
                  {"auto", 8, 4, false}};
     for (const auto& [wanted, major, minor, unknown] : cases) {
-        auto asked = request(3);
+        auto asked = request(codeOf(Category::Calendar));
         asked.ios = wanted;
         ScanJob one(watcher);
         const auto outcome = one.runScan(asked);
@@ -131,6 +131,8 @@ TEST_F(ScanJobs, TakeTheVersionThatThePersonNames) {
         EXPECT_EQ(outcome.versionUnknown, unknown);
         EXPECT_TRUE(outcome.versions.lockdown->starts_with("8."));
         EXPECT_FALSE(outcome.encrypted);
+        EXPECT_FALSE(one.state().CalendarContent.empty()) << "whichever it counts as";
+        EXPECT_FALSE(one.state().fileOutcomes.anyFault());
     }
 }
 
