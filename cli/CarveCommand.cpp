@@ -3,6 +3,7 @@
 
 #include "carving/TableCarver.h"
 #include "cli/Command.h"
+#include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/Interrupts.h"
 #include "cli/JsonText.h"
@@ -60,21 +61,34 @@ class CarveCommand : public Command {
         const auto signatures = readSignatures(given["--signatures"], console);
         const auto& file = given["DBFILE"];
         requireReadableFile(file);
-        const auto options = optionsFrom(given);
-        if (signatures.Find(options.domain, options.database, options.table) == nullptr)
-            console.warning(fmt::format("{}: no signature for {}, {}, {}: nothing is searched",
-                                        given["--signatures"], options.domain, options.database,
-                                        options.table));
+        auto options = optionsFrom(given);
+        if (const auto unknown = spellAsSignatures(signatures, options); !unknown.empty())
+            throw Failure(ExitStatus::BadArguments,
+                          fmt::format("{}: {}", given["--signatures"], unknown));
 
         std::stop_source cancel;
         const Interrupts interrupts([&cancel] { cancel.request_stop(); });
         const bool withOrigin = given.has("--origin");
-        carveTable(signatures, options, file, cancel.get_token(), [&](const CarvedRow& row) {
+        bool found = false;
+        const auto take = [&](const CarvedRow& row) {
             if (cancel.stop_requested()) return;
+            found = true;
             console.out << lineOf(row, withOrigin);
             if (!console.out) cancel.request_stop();
-        });
-        return Interrupts::happened() ? ExitStatus::Cancelled : ExitStatus::Done;
+        };
+        const auto carving = carveTable(signatures, options, file, cancel.get_token(), take);
+        if (Interrupts::happened()) return ExitStatus::Cancelled;
+        if (!carving.fault.empty())
+            throw Failure(ExitStatus::SourceUnusable, fmt::format("{}: {}", file, carving.fault));
+        if (!carving.isDatabase && !found)
+            throw Failure(ExitStatus::SourceUnusable,
+                          fmt::format("{}: is no SQLite database, and no row lies in it", file));
+        if (!carving.isDatabase)
+            console.warning(
+                fmt::format("{}: does not begin like a SQLite database; it was "
+                            "searched as if it were one",
+                            file));
+        return ExitStatus::Done;
     }
 };
 

@@ -50,17 +50,23 @@ class IndexCommand : public Command {
         using enum TextTable::Align;
         TextTable rows({Left, Right, Right, Left, Left, Left});
         const bool json = given.has("--json");
-        const bool isIndex = file && ParseMbdb::visit(file->bytes(), [&](MDFileInfo&& record) {
-                                 if (!json)
-                                     addRow(rows, record);
-                                 else if (console.out)
-                                     console.out << lineOf(record);
-                             });
-        if (!isIndex)
-            throw Failure(ExitStatus::SourceUnusable,
-                          fmt::format("{}: is no index file (it does not begin with \"mbdb\")",
-                                      index.string()));
+        std::size_t records = 0;
+        const auto end = ParseMbdb::visit(file ? file->bytes() : Bytes(), [&](MDFileInfo&& record) {
+            ++records;
+            if (!json)
+                addRow(rows, record);
+            else if (console.out)
+                console.out << lineOf(record);
+        });
+        const auto fault = [&index](const std::string& cause) {
+            return Failure(ExitStatus::SourceUnusable, index.string() + ": " + cause);
+        };
+        if (!file) throw fault("cannot be mapped into memory");
+        if (end == ParseMbdb::End::NoIndex)
+            throw fault("is no index file (it does not begin with \"mbdb\")");
         rows.write(console.out);
+        if (end == ParseMbdb::End::CutShort)
+            throw fault(fmt::format("is cut off behind record {}", records));
         return ExitStatus::Done;
     }
 };

@@ -34,6 +34,8 @@ SqLiteTableSignatures readSignatures(const fs::path& path, const Console& consol
     requireReadableFile(path);
     SqLiteTableSignatures signatures;
     const auto wrong = signatures.loadSignatures(path);
+    if (signatures.tableSignatures.empty())
+        requireNoFault(fmt::format("{}: {}", path.string(), wrong));
     if (!wrong.empty()) console.warning(fmt::format("{}: {}", path.string(), wrong));
     return signatures;
 }

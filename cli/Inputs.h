@@ -19,8 +19,8 @@ void requireReadableFolder(const std::filesystem::path& path);
 /// Throws `Failure` (source unusable) unless a regular file lies at `path` and can be read.
 void requireReadableFile(const std::filesystem::path& path);
 
-/// The signatures at `path`. Throws `Failure` when the file cannot be read; when it is broken
-/// further on, warns and keeps what stands before.
+/// The signatures at `path`. Throws `Failure` when the file cannot be read or holds none; when it
+/// is broken further on, warns and keeps what stands before.
 SqLiteTableSignatures readSignatures(const std::filesystem::path& path, const Console& console);
 
 }  // namespace salvor::cli

@@ -9,7 +9,7 @@ SALVOR_FUZZ_TARGET(mbdb) {
     std::size_t records = 0;
     std::size_t texts = 0;
     std::int64_t end = 0;
-    const bool isIndex = ParseMbdb::visit(input, [&](MDFileInfo&& info) {
+    const auto read = ParseMbdb::visit(input, [&](MDFileInfo&& info) {
         ++records;
         fuzz::expect(info.StartOffset >= end, "records follow each other");
         end = info.StartOffset + static_cast<std::int64_t>(kSmallestRecord);
@@ -20,7 +20,7 @@ SALVOR_FUZZ_TARGET(mbdb) {
         if (!info.dicProperties) return;
         fuzz::expect(info.dicProperties->size() <= info.intNumberofProps, "no more than counted");
     });
-    fuzz::expect(isIndex || records == 0, "no index, no records");
+    fuzz::expect(read != ParseMbdb::End::NoIndex || records == 0, "no index, no records");
     fuzz::expect(records * kSmallestRecord <= input.size(), "records have their size");
     // A text that is no UTF-8 reads "<null>", six characters for as little as one byte.
     fuzz::expect(texts <= 6 * input.size(), "texts come from the file");

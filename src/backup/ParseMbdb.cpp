@@ -52,25 +52,25 @@ std::optional<std::vector<MDFileInfo>> ParseMbdb::ProcessMbdbFile(
     const auto file = MappedFile::open(path);
     if (!file) return std::nullopt;
     std::vector<MDFileInfo> records;
-    if (!visit(file->bytes(), [&](MDFileInfo&& info) { records.push_back(std::move(info)); })) {
-        return std::nullopt;
-    }
-    return records;
+    const End end =
+        visit(file->bytes(), [&](MDFileInfo&& info) { records.push_back(std::move(info)); });
+    return end == End::NoIndex ? std::nullopt : std::optional(std::move(records));
 }
 
-bool ParseMbdb::visit(Bytes index, const std::function<void(MDFileInfo&&)>& take) {
+ParseMbdb::End ParseMbdb::visit(Bytes index, const std::function<void(MDFileInfo&&)>& take) {
     if (index.size() < kMagic.size() || !std::equal(kMagic.begin(), kMagic.end(), index.begin())) {
-        return false;
+        return End::NoIndex;
     }
-    IndexCursor cursor(index, std::min(kFirstRecord, index.size()));
+    if (index.size() < kFirstRecord) return End::CutShort;
+    IndexCursor cursor(index, kFirstRecord);
     while (!cursor.atEnd()) {
         MDFileInfo info = readRecord(cursor);
-        if (cursor.cutShort()) break;
+        if (cursor.cutShort()) return End::CutShort;
         info.RecordType = classifyFile(info.intMode, info.FileName);
         info.strHash = storedName(info.Domain, info.FileName);
         take(std::move(info));
     }
-    return true;
+    return End::Whole;
 }
 
 std::string ParseMbdb::digest(const std::string& text) {

@@ -21,8 +21,10 @@ class ParseMbdb {
     /// magic.
     static std::optional<std::vector<MDFileInfo>> ProcessMbdbFile(
         const std::filesystem::path& path);
-    /// As above over bytes in memory, one record at a time; false without the magic.
-    static bool visit(Bytes index, const std::function<void(MDFileInfo&&)>& take);
+    /// How the reading of an index ended.
+    enum class End { NoIndex, Whole, CutShort };
+    /// As above over bytes in memory, one record at a time; `NoIndex` without the magic.
+    static End visit(Bytes index, const std::function<void(MDFileInfo&&)>& take);
 
     /// Lower-case hexadecimal SHA-1 of the first n bytes of `text`, where n is the number of
     /// UTF-16 units of the text. Kept: name-hash-prefix.

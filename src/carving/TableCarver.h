@@ -22,10 +22,20 @@ struct TableCarveOptions {
     RowCollector::RowIds rowIds = RowCollector::RowIds::FirstOnly;
 };
 
+/// Spells domain, database, table and version of `options` as the signatures do, whose letters'
+/// case need not be met. Returns "", or which name there is none of and which there are.
+std::string spellAsSignatures(const SqLiteTableSignatures& signatures, TableCarveOptions& options);
+
+/// What became of a file that was to be carved.
+struct TableCarving {
+    std::string fault;       ///< why nothing was searched, or ""
+    bool isDatabase = true;  ///< it begins like a SQLite database; its bytes are searched anyway
+};
+
 /// Runs the engine alone over one SQLite file and hands on its rows in the order in which they are
 /// found. A table without a signature yields none. Origins name no database.
-void carveTable(const SqLiteTableSignatures& signatures, const TableCarveOptions& options,
-                const std::filesystem::path& file, std::stop_token cancelled,
-                const std::function<void(const CarvedRow&)>& found);
+TableCarving carveTable(const SqLiteTableSignatures& signatures, const TableCarveOptions& options,
+                        const std::filesystem::path& file, std::stop_token cancelled,
+                        const std::function<void(const CarvedRow&)>& found);
 
 }  // namespace salvor

@@ -9,6 +9,7 @@
 #include "tests/cli/CommandLine.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
+#include "tools/sample/MbdbWriter.h"
 
 namespace salvor::cli {
 namespace {
@@ -36,6 +37,15 @@ class ProgramTest : public testing::Test {
                        "<signatures><signature name='HomeDomain' database='sms.db' table='T'>"
                        "<pattern><version value='iOS56'/><header>[1];[0];[-1]</header></pattern>"
                        "</signature></signatures>");
+        MbdbRecord record;
+        record.domain = "HomeDomain";
+        const auto index = mbdbBytes({record, record});
+        writeWholeFile(folder_ / "cut.mbdb", index.substr(0, index.size() - 1));
+        writeWholeFile(folder_ / "none.xml", "<signatures/>");
+        writeWholeFile(folder_ / "zero", "");
+        writeWholeFile(folder_ / "text",
+                       "no database at all, but long enough for its header......");
+        writeWholeFile(folder_ / "header", "SQLite format 3");
         writeWholeFile(folder_ / "broken.xml", "<signatures>\n<signature name=</signatures>");
         fs::create_directory_symlink(folder_ / "backup", folder_ / "link");
     }
@@ -54,8 +64,9 @@ class ProgramTest : public testing::Test {
 };
 
 TEST_F(ProgramTest, AnswersWrongCommandLines) {
+    const std::string kCarve = "carve --signatures @/signatures.xml --domain ";
     struct Case {
-        const char* line;
+        std::string line;
         int status;
         const char* err;
     };
@@ -104,6 +115,7 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
         {"index @/empty", 3, "empty: holds no Manifest.mbdb"},
         {"index @/backup/Info.plist", 3, "backup/Info.plist: holds no Manifest.mbdb"},
         {"index @/garbage.mbdb", 3, "garbage.mbdb: is no index"},
+        {"signatures @/none.xml", 3, "none.xml: holds no signature"},
         {"signatures @/absent.xml", 3, "absent.xml: No such file"},
         {"signatures @/empty", 3, "empty: is a folder"},
         {"signatures @/broken.xml", 3, "broken.xml: "},
@@ -114,6 +126,20 @@ TEST_F(ProgramTest, AnswersWrongCommandLines) {
          "absent: No such file"},
         {"carve --signatures @/signatures.xml --domain D --database N --table T @/empty", 3,
          "empty: is a folder"},
+        {"carve --signatures @/none.xml --domain D --database N --table T @/text", 3,
+         "none.xml: holds no signature"},
+        {kCarve + "D --database sms.db --table T @/text", 2,
+         "signatures.xml: there is no domain \"D\"; there is HomeDomain"},
+        {kCarve + "homedomain --database N --table T @/text", 2,
+         "no database \"N\"; there is sms.db"},
+        {kCarve + "homedomain --database SMS.db --table U @/text", 2, "no table \"U\"; there is T"},
+        {kCarve + "HomeDomain --database sms.db --table t --version iOS7 @/text", 2,
+         "no version \"iOS7\"; there is iOS5, iOS6, iOS56"},
+        {kCarve + "HomeDomain --database sms.db --table T @/zero", 3, "zero: is empty"},
+        {kCarve + "HomeDomain --database sms.db --table T @/header", 3,
+         "header: has 15 bytes, too few for a database"},
+        {kCarve + "HomeDomain --database sms.db --table t --version ios6 @/text", 3,
+         "text: is no SQLite database, and no row lies in it"},
     };
     for (const auto& [line, status, err] : cases) {
         const auto ran = runSalvor(words(line));
@@ -162,6 +188,7 @@ TEST_F(ProgramTest, AnswersUnusualCommandLines) {
          "it\n",
          ""},
         {"index @/header.mbdb --json", 0, "", ""},
+        {"index @/cut.mbdb", 3, "HomeDomain", "cut.mbdb: is cut off behind record 1\n"},
         {"scan @/backup --continue-anyway --category 7 --signatures @/signatures.xml", 0,
          "Category", "scanned as iOS 0.0"},
     };

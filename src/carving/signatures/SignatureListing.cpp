@@ -40,6 +40,7 @@ SignatureListing SignatureListing::read(const std::filesystem::path& file) {
     parser.setSqLiteTableSignatures(&signatures);
     parser.parseTableSignatures();
     listing.fault = parser.fault();
+    if (listing.fault.empty() && signatures.tableSignatures.empty()) listing.fault = kNoSignatures;
     listing.oddities = parser.oddities();
     for (const auto& signature : signatures.tableSignatures) {
         listing.signatures.push_back(summarise(*signature));

@@ -32,7 +32,7 @@ std::string SqLiteTableSignatures::LoadLocalSignaturesFile(const std::filesystem
     SqLiteTableSignaturesParser parser(file->bytes());
     parser.setSqLiteTableSignatures(this);
     parser.parseTableSignatures();
-    return parser.fault();
+    return parser.fault().empty() && tableSignatures.empty() ? kNoSignatures : parser.fault();
 }
 
 std::shared_ptr<SQLiteSignature> SqLiteTableSignatures::Find(const std::string& domain,

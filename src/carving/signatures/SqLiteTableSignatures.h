@@ -27,6 +27,9 @@ class SQLiteSignature {
     std::shared_ptr<TablePattern> FindByNumberOfColumns() const;
 };
 
+/// What is wrong with a whole file without a signature.
+inline constexpr const char* kNoSignatures = "holds no signature";
+
 /// The table signatures of the application, in file order.
 class SqLiteTableSignatures {
   public:
@@ -34,7 +37,8 @@ class SqLiteTableSignatures {
     bool loaded = false;
 
     /// Reads the signatures file at `path`; a missing or broken file leaves what was completed
-    /// before. Always sets `loaded`. Returns what was wrong with the file, or nothing.
+    /// before. Always sets `loaded`. Returns what was wrong with the file, one without any
+    /// signature included, or nothing.
     std::string loadSignatures(const std::filesystem::path& path);
     /// Nothing is fetched from anywhere: false.
     bool LoadRemoteSignaturesFile() { return false; }

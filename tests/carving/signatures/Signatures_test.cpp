@@ -156,7 +156,7 @@ TEST(SignaturesTest, LoadingDiscardsWhatWasThere) {
     const TemporaryFile file(bytesOf("<signatures/>"));
     SqLiteTableSignatures signatures;
     signatures.tableSignatures.push_back(std::make_shared<SQLiteSignature>());
-    EXPECT_EQ(signatures.loadSignatures(file.path()), "");
+    EXPECT_EQ(signatures.loadSignatures(file.path()), kNoSignatures);
     EXPECT_THAT(signatures.tableSignatures, IsEmpty());
 }
 
