@@ -163,7 +163,11 @@ class BackupRun {
         const bool scanFollows = scans_ && backup.end == FreshBackupEnd::Complete;
         const auto judgement =
             judge(backup, settings_.helper, Interrupts::happened() && !scanFollows);
-        if (!judgement.isWhole()) throw Failure(statusOf(judgement.verdict), judgement.text);
+        if (!judgement.isWhole())
+            throw Failure(statusOf(judgement.verdict),
+                          judgement.verdict == BackupVerdict::MissingPropertyLists
+                              ? judgement.text + " (--scan --continue-anyway does)"
+                              : judgement.text);
         if (scans_ || options_.quiet) return;
         const std::string folder = backup.folder.string();
         console_.out << (console_.outShown ? printable(folder) : folder) << '\n';

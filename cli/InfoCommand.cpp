@@ -1,11 +1,10 @@
-#include <fmt/format.h>
-
 #include "app/Sources.h"
 #include "cli/Command.h"
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
+#include "cli/VersionText.h"
 #include "report/ScanReport.h"
 
 namespace salvor::cli {
@@ -20,9 +19,8 @@ void writeText(const std::filesystem::path& folder, const DeviceInfo& device, st
     add("Device", device.DeviceName);
     add("Display name", device.DisplayName);
     add("Model", device.ProductType);
-    add("iOS version", device.ProductVersion);
-    table.add(
-        {"Scanned as", fmt::format("iOS {}.{}", device.iOSMajorVersion, device.iOSMinorVersion)});
+    table.add({"iOS version", toldVersion(folder)});
+    table.add({"Scanned as", "iOS " + scannedVersion(folder, device)});
     add("Serial number", device.SerialNumber);
     add("Identifier", device.UniqueDeviceID);
     add("Phone number", device.PhoneNumber);
@@ -46,10 +44,13 @@ class InfoCommand : public Command {
     ExitStatus execute(const Arguments& given, Console& console) const override {
         const auto folder = require(findBackupFolder(given["BACKUP"]));
         const auto [info, isBackup, fault] = describeBackup(folder);
-        if (isBackup && given.has("--json"))
-            console.out << jsonText(ScanReport::device(info.device));
-        else if (isBackup)
+        if (isBackup && given.has("--json")) {
+            auto object = ScanReport::device(info.device);
+            object["versionTold"] = toldVersionJson(folder);
+            console.out << jsonText(object);
+        } else if (isBackup) {
             writeText(folder, info.device, console.out);
+        }
         if (!fault.empty()) throw Failure(ExitStatus::SourceUnusable, fault);
         return ExitStatus::Done;
     }

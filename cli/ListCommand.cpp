@@ -3,9 +3,11 @@
 #include "app/Sources.h"
 #include "cli/Command.h"
 #include "cli/DisplayText.h"
+#include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
 #include "cli/TextTable.h"
+#include "cli/VersionText.h"
 #include "report/ScanReport.h"
 #include "util/FileUtils.h"
 
@@ -14,11 +16,12 @@ namespace {
 
 void writeText(const std::vector<BackupEntry>& entries, std::ostream& out) {
     using enum TextTable::Align;
-    TextTable table({Left, Left, Left, Right, Left, Left});
-    table.add({"Device", "iOS", "Last change", "Size", "Encrypted", "Folder"});
+    TextTable table({Left, Left, Left, Left, Right, Left, Left});
+    table.add({"Device", "iOS", "Scanned as", "Last change", "Size", "Encrypted", "Folder"});
     for (const auto& entry : entries)
-        table.add({entry.device.DeviceName.value_or("-"), entry.device.ProductVersion.value_or("-"),
-                   shownTime(entry.lastModified), FileUtils::sizeText(entry.sizeInBytes),
+        table.add({entry.device.DeviceName.value_or("-"), toldVersion(entry.path),
+                   scannedVersion(entry.path, entry.device), shownTime(entry.lastModified),
+                   FileUtils::sizeText(entry.sizeInBytes),
                    encryptionText(encryptionOf(entry.path, entry.device)), entry.path.string()});
     table.write(out);
 }
@@ -38,20 +41,24 @@ class ListCommand : public Command {
     ExitStatus execute(const Arguments& given, Console& console) const override {
         const auto root = given.value("--root");
         if (root) requireReadableFolder(*root);
-        const auto entries = findBackups(root);
+        const auto [entries, faults] = findBackups(root);
         if (given.has("--json")) {
             auto array = Json::array();
             for (const auto& entry : entries)
                 array.push_back({{"path", entry.path.string()},
                                  {"device", ScanReport::device(entry.device)},
+                                 {"versionTold", toldVersionJson(entry.path)},
                                  {"sizeInBytes", entry.sizeInBytes},
                                  {"lastModified", entry.lastModified}});
             console.out << jsonText(array);
         } else if (!entries.empty()) {
             writeText(entries, console.out);
-        } else {
+        } else if (faults.empty()) {
             console.err << "No backup found" << (root ? " in " + printable(*root) : "") << ".\n";
         }
+        if (entries.empty() && !faults.empty())
+            throw Failure(ExitStatus::SourceUnusable, faults.front());
+        for (const auto& fault : faults) console.warning(fault);
         return ExitStatus::Done;
     }
 };

@@ -13,14 +13,19 @@
 namespace salvor::cli {
 namespace {
 
+std::string missingListsText(const ScanOutcome& outcome) {
+    const auto below = backupsBelow(outcome.backup);
+    return fmt::format("{}: {} (--continue-anyway does){}{}", outcome.backup.string(),
+                       outcome.message, below.empty() ? "" : "; ", below);
+}
+
 /// Ends the command for a scan that never began.
 void refuseUnlessRun(const ScanOutcome& outcome) {
     switch (outcome.result) {
         case ScanResult::InvalidRequest:
             throw Failure(ExitStatus::BadArguments, outcome.message);
         case ScanResult::MissingPropertyLists:
-            throw Failure(ExitStatus::SourceUnusable,
-                          fmt::format("{}: {}", outcome.backup.string(), outcome.message));
+            throw Failure(ExitStatus::SourceUnusable, missingListsText(outcome));
         case ScanResult::SourceUnusable:
             throw Failure(ExitStatus::SourceUnusable, outcome.message);
         case ScanResult::WorkFolderRefused:

@@ -1,7 +1,9 @@
 #include "app/Sources.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -62,12 +64,26 @@ std::string whyNoFile(const fs::path& path) {
     return "";
 }
 
-std::vector<BackupEntry> findBackups(const std::optional<fs::path>& root) {
-    if (root) return BackupStore::listBackups(*root);
-    std::vector<BackupEntry> all;
-    for (const auto& location : BackupStore::usualLocations())
-        for (auto& entry : BackupStore::listBackups(location)) all.push_back(std::move(entry));
-    return all;
+FoundBackups findBackups(const std::optional<fs::path>& root) {
+    FoundBackups found;
+    for (const auto& location : root ? std::vector{*root} : BackupStore::usualLocations()) {
+        for (auto& entry : BackupStore::listBackups(location))
+            found.entries.push_back(std::move(entry));
+        for (const auto& folder : BackupStore::closedFolders(location))
+            found.faults.push_back(faultOf(folder, "the folder cannot be read"));
+    }
+    return found;
+}
+
+std::string backupsBelow(const fs::path& folder) {
+    constexpr std::size_t kMost = 10;
+    if (BackupStore::looksLikeBackup(folder)) return "";
+    const auto folders = BackupStore::backupFolders(folder);
+    std::string text;
+    for (std::size_t i = 0; i < std::min(folders.size(), kMost); ++i)
+        text += (i == 0 ? "backups below it: " : ", ") + folders[i].string();
+    return folders.size() > kMost ? fmt::format("{} and {} more", text, folders.size() - kMost)
+                                  : text;
 }
 
 BackupDescription describeBackup(const fs::path& folder) {
@@ -79,6 +95,7 @@ BackupDescription describeBackup(const fs::path& folder) {
                             ? "Info.plist or Manifest.plist is missing, unreadable or names no "
                               "version"
                             : "is no backup folder: it holds no Info.plist and no Manifest.plist");
+    if (const auto below = backupsBelow(folder); !below.empty()) described.fault += "; " + below;
     return described;
 }
 

@@ -26,9 +26,17 @@ std::string whyNoFolder(const std::filesystem::path& path);
 /// "" or why `path` is no regular file that can be read.
 std::string whyNoFile(const std::filesystem::path& path);
 
+struct FoundBackups {
+    std::vector<BackupEntry> entries;
+    std::vector<std::string> faults;  ///< of each folder that could not be looked into
+};
+
 /// The backups in `root`, or without one those in the places where backups usually are. `root` is
 /// a readable folder.
-std::vector<BackupEntry> findBackups(const std::optional<std::filesystem::path>& root);
+FoundBackups findBackups(const std::optional<std::filesystem::path>& root);
+
+/// "" or, for a folder that is no backup itself, which backups lie directly below it.
+std::string backupsBelow(const std::filesystem::path& folder);
 
 /// What the property lists of a folder tell, and what is wrong with them.
 struct BackupDescription {

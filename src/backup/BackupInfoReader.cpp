@@ -4,6 +4,7 @@
 #include <charconv>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "backup/BackupSource.h"
 #include "util/FileUtils.h"
@@ -117,6 +118,18 @@ bool resultOf(const DeviceInfo& device) {
     return device.DeviceName ? !isBlank(device.ProductVersion) : isBlank(device.ProductVersion);
 }
 
+/// The dates that a backup's lists have of it, whichever program wrote them.
+std::optional<std::int64_t> ownDate(const BackupFiles& files) {
+    constexpr std::pair<const char*, const char*> kDates[] = {
+        {kInfo, "Last Backup Date"}, {kManifest, "Date"}, {"Status.plist", "Date"}};
+    std::optional<std::int64_t> latest;
+    for (const auto& [name, key] : kDates) {
+        const auto date = OwnList(files, name).list.date(key);
+        if (date && *date > 0) latest = std::max(latest.value_or(0), *date);
+    }
+    return latest;
+}
+
 bool namesVersion(const Text& version) {
     DeviceInfo device;
     device.ProductVersion = version;
@@ -160,6 +173,7 @@ BackupInfo readBackupInfo(const std::filesystem::path& folder) {
     info.device = describe(*files, info.folderBytes);
     normalise(info.device, folder);
     info.complete = resultOf(info.device);
+    info.madeAt = ownDate(*files);
     return info;
 }
 
@@ -178,6 +192,13 @@ bool finishDescription(ScanState& state) {
 bool getInfoFromBackup(ScanState& state) {
     state.deviceInfo = describe(*state.backupFiles(), state.backupFiles()->totalBytes());
     return finishDescription(state);
+}
+
+VersionFacts::Told VersionFacts::told() const {
+    if (namesVersion(manifestTop)) return {manifestTop, "Manifest.plist"};
+    if (namesVersion(infoPlist)) return {infoPlist, "Info.plist"};
+    if (namesVersion(lockdown)) return {lockdown, "Manifest.plist, Lockdown"};
+    return {};
 }
 
 Text VersionFacts::best() const {

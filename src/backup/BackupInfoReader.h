@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 
 #include "records/DeviceInfo.h"
 #include "scan/ScanState.h"
@@ -15,6 +16,8 @@ struct BackupInfo {
     /// Whether a scan goes on without asking; false calls for the missing-property-list question.
     bool complete = false;
     std::uint64_t folderBytes = 0;
+    /// Unix seconds; the latest date that the backup's own property lists give.
+    std::optional<std::int64_t> madeAt;
 };
 
 /// Describes the device from Info.plist and Manifest.plist of `folder` (names found without regard
@@ -49,6 +52,12 @@ struct VersionFacts {
     Text lockdown;     ///< Manifest.plist, "Lockdown", "ProductVersion"
     bool manifestSaysEncrypted = false;
 
+    struct Told {
+        Text version;             ///< absent when no list names one but 0.0
+        const char* source = "";  ///< which list names it
+    };
+    /// The version that is told anywhere, the one of the manifest's top first.
+    Told told() const;
     /// The version that `--ios auto` falls back on: Info.plist's, else Lockdown's, whichever is
     /// not 0.0 first; absent when there is none.
     Text best() const;

@@ -40,7 +40,8 @@ std::int64_t lastModified(const std::filesystem::path& folder) {
 
 BackupEntry describe(const std::filesystem::path& folder) {
     BackupInfo info = readBackupInfo(folder);
-    return {folder, std::move(info.device), info.folderBytes, lastModified(folder)};
+    return {folder, std::move(info.device), info.folderBytes,
+            info.madeAt ? *info.madeAt : lastModified(folder)};
 }
 
 bool isPropertyList(const std::filesystem::path& file) {
@@ -85,13 +86,31 @@ bool BackupStore::looksLikeBackup(const std::filesystem::path& folder) {
 }
 
 std::vector<BackupEntry> BackupStore::listBackups(const std::filesystem::path& root) {
-    if (looksLikeBackup(root)) return {describe(root)};
     std::vector<BackupEntry> found;
+    for (const auto& folder : backupFolders(root)) found.push_back(describe(folder));
+    return found;
+}
+
+std::vector<std::filesystem::path> BackupStore::backupFolders(const std::filesystem::path& root) {
+    if (looksLikeBackup(root)) return {root};
+    std::vector<std::filesystem::path> found;
     for (const auto& entry : FileUtils::entriesOf(root)) {
-        if (entry.isFile) continue;
-        if (looksLikeBackup(root / entry.name)) found.push_back(describe(root / entry.name));
+        if (!entry.isFile && looksLikeBackup(root / entry.name)) found.push_back(root / entry.name);
     }
     return found;
+}
+
+std::vector<std::filesystem::path> BackupStore::closedFolders(const std::filesystem::path& root) {
+    const auto isClosed = [](const std::filesystem::path& folder) {
+        std::error_code ignored;
+        return std::filesystem::is_directory(folder, ignored) && !isReadableFolder(folder);
+    };
+    if (isClosed(root)) return {root};
+    std::vector<std::filesystem::path> closed;
+    for (const auto& entry : FileUtils::entriesOf(root)) {
+        if (!entry.isFile && isClosed(root / entry.name)) closed.push_back(root / entry.name);
+    }
+    return closed;
 }
 
 std::optional<std::filesystem::path> BackupStore::resolve(const std::filesystem::path& named) {

@@ -16,7 +16,8 @@ struct BackupEntry {
     std::filesystem::path path;
     DeviceInfo device;
     std::uint64_t sizeInBytes = 0;
-    std::int64_t lastModified = 0;  ///< Unix seconds; newest of the folder and its property lists
+    /// Unix seconds; the backup's own date, else the newest of the folder and its property lists.
+    std::int64_t lastModified = 0;
 };
 
 /// Where backups are looked for, and what lies there.
@@ -33,6 +34,10 @@ class BackupStore {
     /// `root` itself when it is a backup, else the backups directly below it, by name. A folder
     /// counts as a backup when it holds one of the property lists or an index.
     static std::vector<BackupEntry> listBackups(const std::filesystem::path& root);
+    /// Their folders alone, which is quick.
+    static std::vector<std::filesystem::path> backupFolders(const std::filesystem::path& root);
+    /// What of `root` and the folders directly below it is there and cannot be listed.
+    static std::vector<std::filesystem::path> closedFolders(const std::filesystem::path& root);
     static bool looksLikeBackup(const std::filesystem::path& folder);
 
     /// The backup folder that a person named: a readable folder, or the folder of a property-list

@@ -148,6 +148,16 @@ std::optional<std::int64_t> PropertyList::integer(const char* key) const {
     return static_cast<std::int64_t>(value);
 }
 
+std::optional<std::int64_t> PropertyList::date(const char* key) const {
+    constexpr std::int64_t kUnixSecondsOf2001 = 978307200;
+    const plist_t node = item(key);
+    if (node == nullptr || plist_get_node_type(node) != PLIST_DATE) return std::nullopt;
+    std::int32_t seconds = 0;
+    std::int32_t microseconds = 0;
+    plist_get_date_val(node, &seconds, &microseconds);
+    return seconds + kUnixSecondsOf2001;
+}
+
 Text PropertyList::scalar(const char* key) const {
     const plist_t node = item(key);
     if (node == nullptr) return std::nullopt;

@@ -34,6 +34,8 @@ class PropertyList {
     std::optional<bool> boolean(const char* key) const;
     /// The whole number under `key`; absent when there is none.
     std::optional<std::int64_t> integer(const char* key) const;
+    /// The Unix seconds of the date under `key`; absent when there is none.
+    std::optional<std::int64_t> date(const char* key) const;
     /// The text or the finite number under `key`, a number in decimal digits.
     Text scalar(const char* key) const;
     /// The dictionary under `key`; an empty one when there is none.

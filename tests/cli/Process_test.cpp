@@ -106,5 +106,29 @@ TEST_F(ProcessTest, TheNextRunRemovesWhatAKilledOneLeft) {
     EXPECT_EQ(left, std::vector<std::string>{"else"});
 }
 
+// In a house whose build is done: the program there says what it is asked.
+TEST_F(ProcessTest, TheRunScriptPassesOptionsOnAndAsksForTheVersionThatIsTold) {
+    shell(
+        fmt::format("mkdir -p house/tools house/build/release/bin bin; cp '{}/run' house; "
+                    "echo true > house/tools/install-packages; echo true > bin/cmake; "
+                    "echo 'echo \"$@\"' > house/build/release/bin/salvor; "
+                    "chmod +x house/tools/* bin/* house/build/release/bin/*",
+                    SALVOR_SOURCE_DIR));
+    const std::string house = folder / "house";
+    const std::string exports = " --export " + house + "/salvor-export\n";
+    const std::pair<const char*, std::string> cases[] = {
+        {"backup", "scan backup --ios auto" + exports},
+        {"backup --json x --quiet", "scan backup --json x --quiet --ios auto" + exports},
+        {"backup --ios=7.1 --export out", "scan backup --ios=7.1 --export out\n"},
+    };
+    for (const auto& [words, asked] : cases) {
+        shell(std::string("PATH=$PWD/bin:$PATH house/run ") + words);
+        EXPECT_EQ(status, 0) << err;
+        EXPECT_EQ(out, asked);
+    }
+    shell("house/run --quiet");
+    EXPECT_EQ(status, 2);
+}
+
 }  // namespace
 }  // namespace salvor::cli

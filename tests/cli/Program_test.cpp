@@ -5,16 +5,19 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/cli/CommandLine.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
 #include "tools/sample/MbdbWriter.h"
+#include "tools/sample/PropertyList.h"
 
 namespace salvor::cli {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -199,6 +202,42 @@ TEST_F(ProgramTest, AnswersUnusualCommandLines) {
         EXPECT_EQ(ran.out.empty(), *out == '\0') << line << ran.out;
         EXPECT_THAT(ran.err, HasSubstr(err));
     }
+}
+
+// The manifest of this backup replaces the version by none.
+TEST_F(ProgramTest, ShowsTheVersionThatIsToldAnywhereAndTheBackupsBelowAFolder) {
+    const auto backup = folder_ / "above/phone";
+    fs::create_directories(backup);
+    PropertyListDictionary info, manifest;
+    info.text("Device Name", "Phone").text("Product Version", "7.1.2");
+    info.date("Last Backup Date", 1'400'000'000).writeXml(backup / "Info.plist");
+    manifest.boolean("IsEncrypted", false).date("Date", 1'300'000'000);
+    manifest.writeBinary(backup / "Manifest.plist");
+    EXPECT_THAT(runSalvor(words("info @/above/phone")).out,
+                AllOf(HasSubstr("iOS version  7.1.2 (Info.plist)\n"),
+                      HasSubstr("Scanned as   iOS 0.0 (see --ios auto)\n")));
+    const char* told =
+        "\"versionTold\": {\n    \"version\": \"7.1.2\",\n    \"source\": \"Info.plist\"";
+    EXPECT_THAT(runSalvor(words("info @/above/phone --json")).out, HasSubstr(told));
+    EXPECT_THAT(runSalvor(words("list --root @/above")).out,
+                AllOf(HasSubstr("7.1.2 (Info.plist)  0.0 (see --ios auto)  2014-05-1"),
+                      HasSubstr("above/phone\n")));
+    EXPECT_THAT(runSalvor(words("list --root @/above --json")).out,
+                HasSubstr("\"lastModified\": 1400000000"));
+    const auto below = "; backups below it: " + backup.string() + "\n";
+    EXPECT_THAT(runSalvor(words("info @/above")).err, HasSubstr("no Manifest.plist" + below));
+    EXPECT_THAT(runSalvor(words("scan @/above")).err,
+                HasSubstr("continue anyway? (--continue-anyway does)" + below));
+
+    info.text("Product Version", "").writeXml(backup / "Info.plist");
+    EXPECT_THAT(runSalvor(words("list --root @/above")).out,
+                HasSubstr("-    0.0         2014-05-1"));
+    if (::geteuid() == 0) return;  // to whom every folder is open
+    fs::permissions(backup, fs::perms::none);
+    const auto closed = runSalvor(words("list --root @/above"));
+    fs::permissions(backup, fs::perms::owner_all);
+    EXPECT_EQ(closed.status, 3);
+    EXPECT_EQ(closed.err, "salvor: error: " + backup.string() + ": the folder cannot be read\n");
 }
 
 TEST_F(ProgramTest, TellsWhenStandardOutputCannotBeWritten) {
