@@ -40,6 +40,10 @@ BackupJudgement judgeFolder(const FreshBackup& backup) {
     return {};
 }
 
+BackupJudgement refusal(const FreshBackup& backup) {
+    return {BackupVerdict::Refused, withUsefulLine(kPasscodeQuestion, backup.task.usefulLine)};
+}
+
 BackupJudgement judgeCancelled(const FreshBackup& backup) {
     const bool whole = backup.task.exitStatus == 0 && !backup.task.cancelled;
     return {BackupVerdict::Cancelled,
@@ -60,9 +64,9 @@ BackupJudgement judge(const FreshBackup& backup, const BackupHelper& helper, boo
                         (usual ? " (it is in the package libimobiledevice-utils)" : "")};
         }
         case FreshBackupEnd::Refused:
-            return {BackupVerdict::Refused,
-                    withUsefulLine(kPasscodeQuestion, backup.task.usefulLine)};
+            return refusal(backup);
         case FreshBackupEnd::MissingPropertyLists:
+            if (wasRefused(backup.task)) return refusal(backup);
             if (backup.task.exitStatus != 0 || describeBackup(backup.folder).info.complete)
                 return judgeFolder(backup);
             return {

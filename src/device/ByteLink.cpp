@@ -46,7 +46,7 @@ struct ByteLink::Tls {
 };
 
 AMDStatus ByteLink::connect(const sockaddr* address, socklen_t size,
-                            std::unique_ptr<ByteLink>& link, std::stop_token stop,
+                            std::unique_ptr<ByteLink>& link, const std::stop_token& stop,
                             Deadline deadline) {
     const int fd = ::socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd < 0) return kAMDHungUp;

@@ -24,7 +24,7 @@ class ByteLink {
 
     /// A link to who listens at the address; `kAMDHungUp` when nobody does.
     static AMDStatus connect(const sockaddr* address, socklen_t size,
-                             std::unique_ptr<ByteLink>& link, std::stop_token stop,
+                             std::unique_ptr<ByteLink>& link, const std::stop_token& stop,
                              Deadline deadline);
     /// Takes the socket over.
     ByteLink(int fd, std::stop_token stop);

@@ -44,6 +44,15 @@ class LineReader {
     void tellPart() {
         if (!line_.empty() && line_ != part_) onLine_(part_ = line_);
     }
+    /// What has been written is a whole line.
+    void endLine() {
+        if (line_.find_first_not_of(" \t") != std::string::npos) {
+            if (line_ != part_) onLine_(line_);
+            keep();
+        }
+        line_.clear();
+        part_.clear();
+    }
     /// -1 once the pipe has ended.
     int fd() const { return open_ ? fd_ : -1; }
     /// The line that tells most of a failure, of such the last one.
@@ -58,15 +67,6 @@ class LineReader {
             line_ += c;
         }
     }
-    void endLine() {
-        if (line_.find_first_not_of(" \t") != std::string::npos) {
-            if (line_ != part_) onLine_(line_);
-            keep();
-        }
-        line_.clear();
-        part_.clear();
-    }
-
     void keep() {
         const int weight = tellsFailure(line_);
         if (weight < weight_) return;
@@ -104,6 +104,8 @@ class Run {
             readBoth();
         }
         readBoth();  // what it wrote last; a process that it left behind may hold the pipes open
+        output_.endLine();
+        errors_.endLine();
         report(true);
         HelperResult result;
         result.exitStatus = child_.ended()->exitStatus;

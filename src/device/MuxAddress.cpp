@@ -7,7 +7,6 @@
 #include <string_view>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <utility>
 
 namespace salvor {
 namespace {
@@ -17,13 +16,13 @@ constexpr std::string_view kUsualSocket = "/var/run/usbmuxd";
 constexpr std::string_view kUnix = "UNIX:";
 
 AMDStatus connectToFile(std::string_view path, std::unique_ptr<ByteLink>& link,
-                        std::stop_token stop, ByteLink::Deadline deadline) {
+                        const std::stop_token& stop, ByteLink::Deadline deadline) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.size() >= std::size(address.sun_path)) return kAMDNoDaemon;
     std::copy(path.begin(), path.end(), std::begin(address.sun_path));
     return ByteLink::connect(reinterpret_cast<const sockaddr*>(&address), sizeof address, link,
-                             std::move(stop), deadline);
+                             stop, deadline);
 }
 
 AMDStatus connectToHost(const std::string& host, const std::string& port,
@@ -49,16 +48,16 @@ std::string muxAddress() {
     return given != nullptr && *given != '\0' ? given : std::string(kUsualSocket);
 }
 
-AMDStatus connectToMux(std::unique_ptr<ByteLink>& link, std::stop_token stop,
+AMDStatus connectToMux(std::unique_ptr<ByteLink>& link, const std::stop_token& stop,
                        ByteLink::Deadline deadline) {
     const std::string address = muxAddress();
     AMDStatus status = kAMDNoDaemon;
     const auto colon = address.rfind(':');
     if (address.starts_with(kUnix)) {
-        status = connectToFile(std::string_view(address).substr(kUnix.size()), link,
-                               std::move(stop), deadline);
+        status =
+            connectToFile(std::string_view(address).substr(kUnix.size()), link, stop, deadline);
     } else if (address.starts_with('/')) {
-        status = connectToFile(address, link, std::move(stop), deadline);
+        status = connectToFile(address, link, stop, deadline);
     } else if (colon != std::string::npos) {
         std::string host = address.substr(0, colon);
         if (host.starts_with('[') && host.ends_with(']')) host = host.substr(1, host.size() - 2);

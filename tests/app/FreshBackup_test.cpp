@@ -69,6 +69,7 @@ TEST(FreshBackups, AreJudgedByTheirEndTheirHelperAndWhatLiesThere) {
         {End::MissingPropertyLists, ended(0), there.path(), false, MissingPropertyLists,
          "Not able to recover data. Do you want to continue anyway?"},
         {End::MissingPropertyLists, ended(0), whole.path(), false, Whole, "", "Phone"},
+        {End::MissingPropertyLists, ended(48), none, false, Refused, "upto date."},
         {End::MissingPropertyLists, ended(255), whole.path(), false, MaybeNotWhole,
          ": the backup may not be whole: Phone was unplugged", "Phone"},
         {End::Complete, ended(255, {}, "cut"), none, false, NothingWritten,
