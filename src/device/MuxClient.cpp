@@ -118,11 +118,12 @@ AMDStatus MuxClient::readPairRecord(const std::string& udid, PairRecord& record)
 AMDStatus MuxClient::connect(std::uint32_t handle, std::uint16_t port,
                              std::unique_ptr<ByteLink>& link) const {
     PropertyList answer;
-    if (const AMDStatus failed = ask({{"MessageType", "Connect"},
-                                      {"DeviceID", std::uint64_t{handle}},
-                                      {"PortNumber", std::uint64_t{htons(port)}}},
-                                     answer, link))
-        return failed;
+    const AMDStatus status = ask({{"MessageType", "Connect"},
+                                  {"DeviceID", std::uint64_t{handle}},
+                                  {"PortNumber", std::uint64_t{htons(port)}}},
+                                 answer, link);
+    if (status == kAMDDaemonSilent) return kAMDTimedOut;  // it waits for the device itself
+    if (status != kAMDSuccess) return status;
     const auto number = answer.integer("Number");
     if (!number) return kAMDDaemonUnreadable;
     return *number == 0 ? kAMDSuccess : kAMDNotConnected;

@@ -35,7 +35,8 @@ class MuxClient {
     /// The record that the daemon keeps for the device; `kAMDMissingPairRecord` when it keeps none
     /// or a damaged one.
     AMDStatus readPairRecord(const std::string& udid, PairRecord& record) const;
-    /// A link to a port of the device; `kAMDNotConnected` when the daemon cannot reach it.
+    /// A link to a port of the device; `kAMDNotConnected` when the daemon cannot reach it,
+    /// `kAMDTimedOut` when it does not come to know that.
     AMDStatus connect(std::uint32_t handle, std::uint16_t port,
                       std::unique_ptr<ByteLink>& link) const;
 

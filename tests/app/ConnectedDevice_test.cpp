@@ -16,10 +16,18 @@ using testing::IsEmpty;
 constexpr auto kUdid = "00AAbb";
 constexpr auto kFolder = "00aabb";
 
+/// Services that only look at where the scan comes from.
 class NoServices : public ServiceRunner {
   public:
-    void setDevice(const DeviceInfo&) override {}
-    void StartRecoveryofService(int, std::stop_token) override {}
+    explicit NoServices(const ScanState& state) : state_(state) {}
+    void setDevice(const DeviceInfo& device) override { device_ = device; }
+    void StartRecoveryofService(int, std::stop_token) override {
+        if (state_.RecoverType == 0) device_ = state_.deviceInfo;
+    }
+
+  private:
+    const ScanState& state_;
+    DeviceInfo device_;
 };
 
 class ConnectedDevice : public testing::Test, public ScanObserver, public FreshBackupQuestions {
@@ -71,7 +79,8 @@ class ConnectedDevice : public testing::Test, public ScanObserver, public FreshB
     int answers = 0;  ///< questions that are answered Yes
     FakeFramework* framework = new FakeFramework;
     MobileDeviceAccess access{std::unique_ptr<MobileDeviceFramework>(framework)};
-    SalvorAppDelegate app{this, [](ScanState&) { return std::make_unique<NoServices>(); }};
+    SalvorAppDelegate app{this,
+                          [](ScanState& state) { return std::make_unique<NoServices>(state); }};
     FakeFramework::Device* phone = nullptr;
     const DeviceInfo& described = app.state().deviceInfo;
 };
@@ -159,6 +168,20 @@ TEST_F(ConnectedDevice, ThatGoesTurnsToBackups) {
     useBackup(app.state(), folder / "chosen");
     app.getInfoFromDeviceOrBackup();
     EXPECT_EQ(described.BackupLocation, (folder / "chosen").string());
+}
+
+// For ThreadSanitizer: what the removal of a device sets, the services of a scan read.
+TEST_F(ConnectedDevice, MayComeAndGoBesideAScan) {
+    fs::create_directories(folder / "chosen");
+    useBackup(app.state(), folder / "chosen");
+    app.exploreInBackground({0, ""});
+    do {
+        plugIn();
+        pullOut();
+    } while (!app.state().hasDoneScan);
+    app.waitForScan();
+    EXPECT_EQ(app.state().RecoverType, 1);
+    EXPECT_FALSE(described.Connected);
 }
 
 TEST_F(ConnectedDevice, IsBackedUpOnceAtATimeAndThenScanned) {

@@ -21,6 +21,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr auto kUdid = "00008020-001D2D88ABCDEF01";
+constexpr std::chrono::milliseconds kMoment{5};
 
 /// The program beside a multiplexer daemon with a telephone behind it.
 class DeviceCommands : public testing::Test {
@@ -161,6 +162,27 @@ TEST_F(DeviceCommands, TellHowABackupEnded) {
     EXPECT_EQ(refused.err, "salvor: error: " + std::string(kPasscodeQuestion) + '\n');
 }
 
+TEST_F(DeviceCommands, TellWhichDeviceWasUnplugged) {
+    for (const bool own : {false, true}) {
+        SCOPED_TRACE(own);
+        plugIn();
+        daemon.plugIn(2, telephone("feed", "Tablet"));
+        const std::jthread person([this, own] {
+            while (!fs::exists(root / "begun")) std::this_thread::sleep_for(kMoment);
+            daemon.pullOut(own ? 1 : 2);
+            writeWholeFile(root / "pulled", "");
+        });
+        const auto run =
+            runBackup(fmt::format("mkdir -p $2/$1; touch $2/$1/Info.plist $2/begun\n"
+                                  "until [ -e $2/pulled ]; do sleep 0.02; done; sleep 0.7; rm "
+                                  "$2/begun $2/pulled; exit {}",
+                                  own ? 255 : 0));
+        EXPECT_EQ(run.status, own ? 6 : 0);
+        const char* cause = "the backup may not be whole: Anna's iPhone was unplugged\n";
+        EXPECT_EQ(run.err.find(cause) != std::string::npos, own) << run.err;
+    }
+}
+
 TEST_F(DeviceCommands, SayWhatABackupLacks) {
     plugIn();
     daemon.plugIn(2, telephone("../x", "Odd"));
@@ -205,6 +227,17 @@ TEST_F(DeviceCommands, NameTheFolderForAShellAndNothingWhenQuiet) {
     run = runSalvor(words);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out + run.err, "");
+
+    root = folder / "\x1b[2J";
+    for (const bool terminal : {false, true}) {
+        std::ostringstream out;
+        std::ostringstream err;
+        Console console{out, err};
+        console.outShown = terminal;
+        EXPECT_EQ(salvor::cli::run(backup("mkdir -p \"$2/$1\"", udid), console), 0);
+        EXPECT_EQ(out.str().find('\x1b') == std::string::npos, terminal) << "data stays as it is";
+        EXPECT_EQ(err.str().find('\x1b'), std::string::npos);
+    }
 }
 
 TEST_F(DeviceCommands, AskAtATerminalWhetherToTryAgain) {
