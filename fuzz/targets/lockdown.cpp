@@ -1,10 +1,11 @@
 // What a device says: pair records, and answers of its lockdown service over a socket, up to the
-// handshake of an encrypted session.
+// handshake of an encrypted session. Also what the multiplexer daemon answers.
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "device/LockdownClient.h"
 #include "device/MobileDeviceFramework.h"
+#include "device/MuxClient.h"
 #include "device/PairRecord.h"
 #include "fuzz/Target.h"
 #include "tests/support/Identity.h"
@@ -78,11 +79,24 @@ void talk(Bytes words) {
     fuzz::expect(!describeStatus(status).empty(), "every status has words");
 }
 
+void listen(Bytes words) {
+    Speaker daemon(words);
+    PropertyList answer;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    const AMDStatus status =
+        MuxClient::receiveAnswer(*daemon.link(), kAnswerBytes, deadline, answer);
+    fuzz::expect(status != kAMDTimedOut, "waits for what cannot come");
+    const auto devices = MuxClient::devicesIn(answer);
+    fuzz::expect(devices.size() <= MuxClient::kMostDevices, "more devices than are looked at");
+    fuzz::expect(status == kAMDSuccess || devices.empty(), "devices without an answer");
+}
+
 }  // namespace
 
 SALVOR_FUZZ_TARGET(lockdown) {
     if (input.empty()) return;
     const Bytes words = input.subspan(1);
+    if (input[0] % 4 == 3) return listen(words);
     if (input[0] % 2 == 0) return talk(words);
     const auto record = PairRecord::parse(words);
     if (!record) return;

@@ -80,7 +80,7 @@ class MobileDeviceFramework {
     virtual std::optional<AMDeviceValue> AMDeviceCopyValue(AMDeviceRef device, const char* domain,
                                                            const char* key) = 0;
 
-    /// Appends what the platform says is attached now, over the network too.
+    /// What the platform says is attached now, over the network too.
     virtual AMDStatus listDevices(std::vector<AttachedDevice>& devices) = 0;
     /// How the platform lists the device; empty for one that is not known.
     virtual AttachedDevice attachedAs(AMDeviceRef device) = 0;

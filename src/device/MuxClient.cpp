@@ -11,8 +11,6 @@
 namespace salvor {
 namespace {
 
-/// More are not looked at, whatever a daemon says.
-constexpr std::size_t kMostDevices = 256;
 /// Newer devices' identifiers have a dash behind the eighth character, which USB does not tell.
 constexpr std::size_t kUndashedLength = 24;
 constexpr std::size_t kDash = 8;
@@ -33,23 +31,6 @@ std::vector<std::uint8_t> packetOf(const RequestValues& request) {
     head.length = static_cast<std::uint32_t>(bytes.size());
     std::memcpy(bytes.data(), &head, sizeof head);
     return bytes;
-}
-
-AMDStatus receiveAnswer(ByteLink& link, std::size_t mostBytes, ByteLink::Deadline deadline,
-                        PropertyList& answer) {
-    std::array<std::uint8_t, sizeof(Head)> bytes;
-    if (const AMDStatus failed = link.receiveAll(bytes, deadline)) return failed;
-    Head head;
-    std::memcpy(&head, bytes.data(), sizeof head);
-    const Head expected;
-    if (head.kind != expected.kind || head.tag != expected.tag || head.length < sizeof head ||
-        head.length - sizeof head > mostBytes)
-        return kAMDInvalidAnswer;
-    std::vector<std::uint8_t> list;
-    if (const AMDStatus failed = link.receiveBlock(head.length - sizeof head, list, deadline))
-        return failed;
-    answer = PropertyList::parse(list);
-    return kAMDSuccess;
 }
 
 /// What is wrong with a link to the daemon, as a status of the daemon.
@@ -76,6 +57,23 @@ AttachedDevice deviceOf(const PropertyList& properties) {
 
 }  // namespace
 
+AMDStatus MuxClient::receiveAnswer(ByteLink& link, std::size_t mostBytes,
+                                   ByteLink::Deadline deadline, PropertyList& answer) {
+    std::array<std::uint8_t, sizeof(Head)> bytes;
+    if (const AMDStatus failed = link.receiveAll(bytes, deadline)) return failed;
+    Head head;
+    std::memcpy(&head, bytes.data(), sizeof head);
+    const Head expected;
+    if (head.kind != expected.kind || head.tag != expected.tag || head.length < sizeof head ||
+        head.length - sizeof head > mostBytes)
+        return kAMDInvalidAnswer;
+    std::vector<std::uint8_t> list;
+    if (const AMDStatus failed = link.receiveBlock(head.length - sizeof head, list, deadline))
+        return failed;
+    answer = PropertyList::parse(list);
+    return kAMDSuccess;
+}
+
 AMDStatus MuxClient::ask(RequestValues request, PropertyList& answer,
                          std::unique_ptr<ByteLink>& link) const {
     constexpr std::uint64_t kLibraryVersion = 3;  // what today's daemons are asked as
@@ -94,11 +92,17 @@ AMDStatus MuxClient::listDevices(std::vector<AttachedDevice>& devices) const {
     std::unique_ptr<ByteLink> link;
     if (const AMDStatus failed = ask({{"MessageType", "ListDevices"}}, answer, link)) return failed;
     if (!answer.has("DeviceList")) return kAMDDaemonUnreadable;
+    devices = devicesIn(answer);
+    return kAMDSuccess;
+}
+
+std::vector<AttachedDevice> MuxClient::devicesIn(const PropertyList& answer) {
+    std::vector<AttachedDevice> devices;
     for (const auto& one : answer.dictionaries("DeviceList")) {
         if (devices.size() >= kMostDevices) break;
         devices.push_back(deviceOf(one.dictionary("Properties")));
     }
-    return kAMDSuccess;
+    return devices;
 }
 
 AMDStatus MuxClient::readPairRecord(const std::string& udid, PairRecord& record) const {

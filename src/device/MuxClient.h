@@ -30,7 +30,7 @@ class MuxClient {
     MuxClient(const DeviceLimits& limits, std::stop_token stop)
         : limits_(limits), stop_(std::move(stop)) {}
 
-    /// Appends what is attached now.
+    /// What is attached now.
     AMDStatus listDevices(std::vector<AttachedDevice>& devices) const;
     /// The record that the daemon keeps for the device; `kAMDMissingPairRecord` when it keeps none
     /// or a damaged one.
@@ -39,6 +39,14 @@ class MuxClient {
     /// `kAMDTimedOut` when it does not come to know that.
     AMDStatus connect(std::uint32_t handle, std::uint16_t port,
                       std::unique_ptr<ByteLink>& link) const;
+
+    /// Reads the answer to one request, of at most `mostBytes`; `kAMDInvalidAnswer` when it is
+    /// none.
+    static AMDStatus receiveAnswer(ByteLink& link, std::size_t mostBytes,
+                                   ByteLink::Deadline deadline, PropertyList& answer);
+    /// The devices that an answer lists, at most `kMostDevices`.
+    static std::vector<AttachedDevice> devicesIn(const PropertyList& answer);
+    static constexpr std::size_t kMostDevices = 256;
 
   private:
     AMDStatus ask(RequestValues request, PropertyList& answer,

@@ -65,6 +65,7 @@ class FakeFramework : public MobileDeviceFramework {
     }
     void endWith(std::stop_token) override {}
     AMDStatus listDevices(std::vector<AttachedDevice>& list) override {
+        list.clear();
         for (const auto device : attached) list.push_back(attachedAs(device));
         return kAMDSuccess;
     }
