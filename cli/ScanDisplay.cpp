@@ -62,7 +62,8 @@ void ScanDisplay::onWarning(const std::string& text) {
 }
 
 void ScanDisplay::onError(const std::string& text) {
-    if (log_ != nullptr) log_->error("{}", printable(text));
+    // No log line: told at whatever level.
+    writeLine("salvor: error: " + text);
 }
 
 void ScanDisplay::onReport(const std::string& lines) {

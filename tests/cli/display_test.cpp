@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "cli/DisplayText.h"
+#include "cli/JsonText.h"
 #include "cli/Log.h"
 #include "cli/ProgressLine.h"
 #include "cli/ScanDisplay.h"
@@ -65,6 +66,11 @@ TEST(DisplayTextTest, HidesWhatATerminalWouldObey) {
         {"cut \xE9\x9B", "cut \uFFFD\uFFFD"},
     };
     for (const auto& [text, shown] : cases) EXPECT_EQ(printable(text), shown) << text;
+}
+
+TEST(DisplayTextTest, JsonEscapesTheSame) {
+    EXPECT_EQ(jsonLine({{"\u009b", "fdp\u202Etxt \x7F ä"}}),
+              "{\"\\u009b\":\"fdp\\u202etxt \\u007f ä\"}\n");
 }
 
 TEST(DisplayTextTest, CountsColumnsAndCutsAtCharacters) {
@@ -146,7 +152,7 @@ TEST_F(ScanDisplayTest, RedrawsOneLineInPlace) {
     EXPECT_TRUE(written.ends_with("\n") || written.ends_with("\r\x1b[K")) << written;
 }
 
-TEST_F(ScanDisplayTest, WarningsAreLogLinesAndQuietMeansNothing) {
+TEST_F(ScanDisplayTest, WarningsAreLogLinesAndQuietMeansErrorsAlone) {
     for (const bool quiet : {false, true}) {
         console_.redraws = quiet;
         ScanDisplay display(console_, {.texts = !quiet, .line = !quiet});
@@ -155,8 +161,11 @@ TEST_F(ScanDisplayTest, WarningsAreLogLinesAndQuietMeansNothing) {
         if (quiet) display.start(progress_);
         display.onWarning("sms.db: cannot be read");
         if (quiet) display.onStatus(StatusCode::Result, "12 SMS Retreived");
+        display.onError("sms.db: \x1b");
         display.finish();
-        EXPECT_EQ(buffer_.str(), quiet ? "" : "salvor: warning: sms.db: cannot be read\n");
+        EXPECT_EQ(buffer_.str(),
+                  std::string(quiet ? "" : "salvor: warning: sms.db: cannot be read\n") +
+                      "salvor: error: sms.db: \uFFFD\n");
         buffer_.str("");
     }
 }
