@@ -47,7 +47,11 @@ DeviceSearch searchDevices(MobileDeviceAccess& devices, const std::stop_token& e
             std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
         if (left.count() <= 0 || ended.stop_requested() || (enough && enough())) break;
         if (!devices.waitForConnection(ended, std::min(left, kBetweenLists))) break;
-        listInto(search, devices);  // what has been pulled out meanwhile is not waited for
+        // What has been pulled out meanwhile is not waited for.
+        if (const AMDStatus now = listInto(search, devices); now == kAMDNoDaemon) {
+            search.daemon = now;
+            break;
+        }
     }
     return search;
 }

@@ -1,5 +1,7 @@
 #include "app/DeviceSearch.h"
 
+#include <fmt/format.h>
+
 #include "app/DeviceChoice.h"
 #include "tests/device/UsbFixture.h"
 
@@ -61,6 +63,14 @@ TEST_F(DeviceSearches, ChooseOneWithoutWaitingForOthers) {
     EXPECT_EQ(choice.text, "silent-udid: the device did not answer in time");
     daemon.pullOut(1);
     EXPECT_EQ(chooseForBackup(*access, "other").obstacle, BackupObstacle::NotConnected);
+    access.reset();
+    daemon.plugIn(1, silent);
+    start(20s);
+    const std::jthread goes([this] {
+        std::this_thread::sleep_for(200ms);
+        daemon.stop();
+    });
+    EXPECT_EQ(searchDevices(*access).daemon, kAMDNoDaemon) << "which ends the wait";
 }
 
 TEST_F(DeviceSearches, TellHowToMendAPairing) {

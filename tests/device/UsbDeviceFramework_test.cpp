@@ -204,45 +204,35 @@ TEST_F(UsbDevices, ASilentOneHoldsUpNoOther) {
     EXPECT_TRUE(waitUntil([&] { return access->unreachable().size() == 1; }));
 }
 
-/// A port of this computer at which somebody listens and says nothing.
-class SilentPort {
-  public:
-    SilentPort() {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        ::bind(fd_, reinterpret_cast<sockaddr*>(&address), size);
-        ::listen(fd_, 4);
-        ::getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &size);
-        name = std::to_string(ntohs(address.sin_port));
-    }
-    SilentPort(const SilentPort&) = delete;
-    SilentPort& operator=(const SilentPort&) = delete;
-    ~SilentPort() { ::close(fd_); }
-
-    std::string name;
-
-  private:
-    int fd_ = ::socket(AF_INET, SOCK_STREAM, 0);
-};
+/// A socket that listens at a port of this computer and says nothing.
+int silentSocket(std::string& port) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    ::listen(fd, 4);  // at any port
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+    port = std::to_string(ntohs(address.sin_port));
+    return fd;
+}
 
 TEST_F(UsbDevices, ADaemonIsFoundByAnyFormOfItsAddress) {
     daemon.plugIn(1, phone());
     const std::string given = std::getenv("USBMUXD_SOCKET_ADDRESS");
-    const SilentPort port;
+    std::string port;
+    const int listening = silentSocket(port);
     const std::pair<std::string, std::string> cases[] = {
         {given, "Ada-UDID "},
         {given.substr(std::strlen("UNIX:")), "Ada-UDID "},
         {"UNIX:" + std::string(200, 'x'), "101"},
-        {"127.0.0.1:" + port.name, "109"},
-        {"[::ffff:127.0.0.1]:" + port.name, "109"},
+        {"127.0.0.1:" + port, "109"},
+        {"[::ffff:127.0.0.1]:" + port, "109"},
         {"127.0.0.1:1", "101"},
         {"nonsense", "101"}};
     for (const auto& [address, expected] : cases) {
         ::setenv("USBMUXD_SOCKET_ADDRESS", address.c_str(), 1);
         EXPECT_EQ(attached(300ms), expected) << address;
     }
+    ::close(listening);
 }
 
 }  // namespace
