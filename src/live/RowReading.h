@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <utility>
 
@@ -8,10 +9,15 @@
 
 namespace salvor {
 
+/// What a record takes besides its texts: itself and its places on the lists of a scan.
+template <class Record>
+inline constexpr std::size_t roomOf = sizeof(Record) + 3 * sizeof(std::shared_ptr<Record>);
+
 /// A record for every row of `rows`, filled by `fill(row, record)`.
 template <class Record, class Fill>
 List<Record> readRows(ResultSet rows, Fill&& fill) {
     List<Record> list;
+    rows.keepsOfEachRow(roomOf<Record>);
     while (rows.next()) {
         auto record = std::make_shared<Record>();
         fill(std::as_const(rows), *record);

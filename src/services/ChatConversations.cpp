@@ -1,5 +1,6 @@
 #include "services/ChatConversations.h"
 
+#include "live/RowReading.h"
 #include "services/MessageServices.h"
 #include "util/DateUtils.h"
 #include "util/StringUtils.h"
@@ -112,6 +113,7 @@ void forEachLiveChatMessage(FMDBUtils& database,
          "INNER JOIN message ON message.ROWID = chat_message_join.message_id "
          "LEFT JOIN handle ON handle.ROWID = message.handle_id "
          "ORDER BY message.date, message.ROWID"});
+    rows.keepsOfEachRow(roomOf<Message>);
     while (rows.next()) take(liveMessage(rows));
 }
 

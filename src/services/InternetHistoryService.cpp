@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "live/RowReading.h"
 #include "records/ListRows.h"
 #include "scan/BackupDatabase.h"
 #include "scan/StoredNames.h"
@@ -72,6 +73,7 @@ void InternetHistoryService::queryDbForHistory(const DeviceInfo& device) {
     dbUtils_ = backupDatabase(state_, *file, end, cancelled_);
     if (dbUtils_->openDatabase()) {
         auto rows = dbUtils_->executeList({kVisits});
+        rows.keepsOfEachRow(roomOf<InternetHistory>);
         while (rows.next()) {
             auto visit = std::make_shared<InternetHistory>();
             visit->Url = rows.stringForColumn("url");

@@ -1,6 +1,5 @@
 #include "sql/DatabaseHandle.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -10,18 +9,6 @@
 
 namespace salvor {
 namespace {
-
-constexpr int kOpcodesPerTick = 1000;
-// About two seconds of a hostile join. A whole-table read spends about one opcode per byte of
-// file, so large files get their share on top.
-constexpr std::uint64_t kBaseTicks = 100'000;
-constexpr std::uint64_t kBytesPerTick = 250;
-// After statements that ran out, the next ones get less: a file full of hostile texts must not
-// cost the base budget for each of them.
-constexpr std::uint64_t kLeastBaseTicks = 1'000;
-constexpr std::chrono::seconds kBaseTime{30};
-constexpr std::uint64_t kBytesPerSecond = 4 << 20;
-constexpr sqlite3_int64 kMemoryLimit = sqlite3_int64{4} << 30;
 
 bool isUnreserved(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
@@ -44,6 +31,17 @@ std::string immutableAddress(const std::string& path) {
         address += digits[byte & 15];
     }
     return address + "?immutable=1";
+}
+
+/// How many bytes the texts and blobs of the current row have.
+std::uint64_t valueBytes(sqlite3_stmt* row) {
+    std::uint64_t bytes = 0;
+    for (int column = sqlite3_data_count(row); column-- > 0;) {
+        const int type = sqlite3_column_type(row, column);
+        if (type == SQLITE_TEXT || type == SQLITE_BLOB)
+            bytes += static_cast<std::uint64_t>(sqlite3_column_bytes(row, column));
+    }
+    return bytes;
 }
 
 }  // namespace
@@ -90,55 +88,47 @@ bool FMDBUtils::Handle::openProtected(const std::string& path) {
 }
 
 void FMDBUtils::Handle::installGuards(std::uint64_t fileSize) {
-    installStatementGuards(db);
-    baseTicks_ = kBaseTicks;
-    sizeTicks_ = fileSize / kBytesPerTick;
-    time_ = kBaseTime + std::chrono::seconds(fileSize / kBytesPerSecond);
-    sqlite3_progress_handler(db, kOpcodesPerTick, onProgress, this);
-}
-
-StatementBudget FMDBUtils::Handle::freshBudget() const {
-    return {baseTicks_ + sizeTicks_, time_};
+    installStatementGuards(db, fileSize);
+    reading_ = ReadingBudget(fileSize);
+    sqlite3_progress_handler(db, ReadingBudget::kOpcodesPerTick, onProgress, this);
 }
 
 int FMDBUtils::Handle::onProgress(void* self) {
     auto& handle = *static_cast<Handle*>(self);
     if (handle.cancelled_.stop_requested()) return 1;
-    StatementBudget* budget = handle.running_;
-    if (budget == nullptr) return 0;
-    if (budget->ticks > 0) --budget->ticks;
-    if (budget->ticks == 0)
-        handle.spentBudget_ = "the statement takes more steps than a file of this size allows";
-    else if (std::chrono::steady_clock::now() - handle.started_ > budget->time)
-        handle.spentBudget_ = "the statement takes more time than a file of this size allows";
-    else if (sqlite3_memory_used() > kMemoryLimit)
-        handle.spentBudget_ = "the statement takes more memory than is allowed";
-    else
-        return 0;
-    handle.baseTicks_ = std::max(handle.baseTicks_ / 2, kLeastBaseTicks);
-    return 1;
+    return handle.running_ != nullptr && !handle.reading_.tick(*handle.running_) ? 1 : 0;
 }
 
 template <class Call>
 int FMDBUtils::Handle::within(StatementBudget& budget, Call&& call) {
     if (!guarded_) return call();
     if (cancelled_.stop_requested()) return SQLITE_INTERRUPT;
+    if (!reading_.mayRun()) return SQLITE_INTERRUPT;
+    const ReadingBudget::Running charged(reading_);
     running_ = &budget;
-    spentBudget_ = nullptr;
-    started_ = std::chrono::steady_clock::now();
     const int result = call();
     running_ = nullptr;
-    budget.time -= std::chrono::steady_clock::now() - started_;
     return result;
 }
 
-int FMDBUtils::Handle::step(sqlite3_stmt* statement, StatementBudget& budget, std::uint64_t rows) {
-    const int result = within(budget, [statement] { return sqlite3_step(statement); });
-    if (result == SQLITE_DONE)
-        tell(ReadingEnd::Kind::Whole, {}, rows);
-    else if (result != SQLITE_ROW && !tellFailure(result, rows))
-        tell(ReadingEnd::Kind::Broken, sqlite3_errmsg(db), rows);
+int FMDBUtils::Handle::step(sqlite3_stmt* statement, Reading& reading) {
+    const int result = within(reading.budget, [&] {
+        const int step = sqlite3_step(statement);
+        if (!guarded_ || step != SQLITE_ROW) return step;
+        return reading_.handOut(reading.rowBytes + valueBytes(statement)) ? step : SQLITE_INTERRUPT;
+    });
+    if (result == SQLITE_ROW)
+        ++reading.rows;
+    else if (result == SQLITE_DONE)
+        tell(ReadingEnd::Kind::Whole, {}, reading.rows);
+    else if (!tellFailure(result, reading.rows))
+        tell(ReadingEnd::Kind::Broken, sqlite3_errmsg(db), reading.rows);
     return result;
+}
+
+void FMDBUtils::Handle::finalize(sqlite3_stmt* statement) {
+    const ReadingBudget::Running charged(reading_);
+    sqlite3_finalize(statement);
 }
 
 void FMDBUtils::Handle::tell(ReadingEnd::Kind kind, std::string reason, std::uint64_t rows) const {
@@ -148,8 +138,8 @@ void FMDBUtils::Handle::tell(ReadingEnd::Kind kind, std::string reason, std::uin
 /// Whether nothing is left to tell: it was a cancel, a budget, or what SQLite says of the file.
 bool FMDBUtils::Handle::tellFailure(int result, std::uint64_t rows) {
     if (cancelled_.stop_requested()) return true;
-    if (spentBudget_ != nullptr) {
-        tell(ReadingEnd::Kind::Budget, spentBudget_, rows);
+    if (const char* const spent = reading_.spent(); spent != nullptr) {
+        tell(ReadingEnd::Kind::Budget, spent, rows);
         return true;
     }
     // Such an error lies in the statement, as far as a statement that has yet to run can tell.
@@ -170,7 +160,7 @@ sqlite3_stmt* FMDBUtils::Handle::prepare(const std::string& sql) {
     notPrepared_.clear();
     if (single && (!guarded_ || sqlite3_stmt_readonly(statement) != 0)) return statement;
     if (!tellFailure(result, 0)) notPrepared_ = sqlite3_errmsg(db);
-    sqlite3_finalize(statement);
+    finalize(statement);
     return nullptr;
 }
 

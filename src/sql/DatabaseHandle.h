@@ -1,6 +1,6 @@
 #pragma once
 
-#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <sqlite3.h>
 #include <stop_token>
@@ -8,18 +8,20 @@
 
 #include "sql/DatabaseWatch.h"
 #include "sql/FMDBUtils.h"
+#include "sql/ReadingBudget.h"
 
 namespace salvor {
 
-/// What one statement may still spend, counted over all its steps.
-struct StatementBudget {
-    std::uint64_t ticks = 0;  ///< calls of the progress handler
-    std::chrono::steady_clock::duration time{};
+/// How far a statement has come and what it may still spend.
+struct Reading {
+    StatementBudget budget;
+    std::uint64_t rows = 0;     ///< handed out
+    std::size_t rowBytes = 64;  ///< what the caller keeps of a row besides its values
 };
 
 /// One open SQLite connection, shared by its `FMDBUtils` and the result sets that still read from
 /// it, and closed with the last of them. A guarded handle never writes, never leaves the file it
-/// was opened on and ends a statement on cancel or when its budget is spent. Internal to this box.
+/// was opened on and ends a statement on cancel or when a budget is spent. Internal to this box.
 struct FMDBUtils::Handle {
     Handle(SourcePolicy policy, std::stop_token stop, std::shared_ptr<DatabaseWatch> watch);
     Handle(const Handle&) = delete;
@@ -30,10 +32,13 @@ struct FMDBUtils::Handle {
     /// The one statement of `sql`, or null when it does not prepare or a second one follows it.
     /// The watch is told what that says of the file, but not a statement that does not fit it.
     sqlite3_stmt* prepare(const std::string& sql);
-    /// Steps `statement`, which has handed out `rows`, charges `budget` and tells the watch of the
-    /// last step.
-    int step(sqlite3_stmt* statement, StatementBudget& budget, std::uint64_t rows);
-    StatementBudget freshBudget() const;
+    /// Steps `statement`, charges what it takes and tells the watch of the last step. A row is
+    /// charged with its values and what the caller keeps of it.
+    int step(sqlite3_stmt* statement, Reading& reading);
+    void finalize(sqlite3_stmt* statement);
+    std::uint64_t room() const { return reading_.room(); }
+    void takeRoom(std::uint64_t bytes) { reading_.handOut(bytes); }
+    StatementBudget freshBudget() { return reading_.statement(); }
 
     void tell(ReadingEnd::Kind kind, std::string reason, std::uint64_t rows = 0) const;
     /// Why the last call failed; "" when `prepare` has told the watch already.
@@ -54,12 +59,8 @@ struct FMDBUtils::Handle {
     std::stop_token cancelled_;
     std::shared_ptr<DatabaseWatch> watch_;
     std::string notPrepared_;
-    const char* spentBudget_ = nullptr;  ///< of the statement that ran last
+    ReadingBudget reading_;
     StatementBudget* running_ = nullptr;
-    std::chrono::steady_clock::time_point started_{};
-    std::uint64_t baseTicks_ = 0;
-    std::uint64_t sizeTicks_ = 0;
-    std::chrono::seconds time_{0};
 };
 
 }  // namespace salvor

@@ -33,13 +33,24 @@ ResultSet::~ResultSet() = default;
 
 bool ResultSet::next() {
     if (!impl_ || impl_->statement == nullptr || impl_->finished) return false;
-    const int result = impl_->handle->step(impl_->statement, impl_->budget, impl_->rows);
+    const int result = impl_->handle->step(impl_->statement, impl_->reading);
     impl_->onRow = result == SQLITE_ROW;
-    if (impl_->onRow) ++impl_->rows;
     if (impl_->onRow && impl_->names.empty()) impl_->rememberNames();
     impl_->finished = !impl_->onRow;  // a further step would run the statement again
     impl_->failed = impl_->finished && result != SQLITE_DONE;
     return impl_->onRow;
+}
+
+void ResultSet::keepsOfEachRow(std::size_t bytes) {
+    if (impl_) impl_->reading.rowBytes = bytes;
+}
+
+std::uint64_t ResultSet::room() const {
+    return impl_ && impl_->handle ? impl_->handle->room() : 0;
+}
+
+void ResultSet::takeRoom(std::uint64_t bytes) const {
+    if (impl_ && impl_->handle) impl_->handle->takeRoom(bytes);
 }
 
 void ResultSet::close() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -23,6 +24,13 @@ class ResultSet {
     ~ResultSet();
 
     bool next();
+    /// Tells how much room the caller takes for each row besides its texts, which the budget of
+    /// the connection bounds.
+    void keepsOfEachRow(std::size_t bytes);
+    /// How much room is left for what the caller makes of the values of this row.
+    std::uint64_t room() const;
+    /// Takes so much of it; more than there is ends the reading with the next step.
+    void takeRoom(std::uint64_t bytes) const;
     void close();
     /// A step failed, or the statement was ended by its guards.
     bool hadError() const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
@@ -13,13 +14,13 @@ namespace salvor {
 /// The prepared statement behind a result set. Internal to this box.
 struct ResultSet::Impl {
     Impl(std::shared_ptr<FMDBUtils::Handle> connection, sqlite3_stmt* prepared)
-        : handle(std::move(connection)), statement(prepared), budget(handle->freshBudget()) {}
+        : handle(std::move(connection)), statement(prepared), reading{handle->freshBudget()} {}
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
     ~Impl() { close(); }
 
     void close() {
-        sqlite3_finalize(statement);
+        if (handle != nullptr) handle->finalize(statement);
         statement = nullptr;
         onRow = false;
         handle.reset();
@@ -30,8 +31,7 @@ struct ResultSet::Impl {
 
     std::shared_ptr<FMDBUtils::Handle> handle;
     sqlite3_stmt* statement;
-    StatementBudget budget;
-    std::uint64_t rows = 0;  ///< handed out
+    Reading reading;
     std::vector<std::string> names;
     bool onRow = false;
     bool finished = false;

@@ -47,8 +47,7 @@ constexpr std::array<std::pair<int, int>, 6> kSettings = {{
     {SQLITE_DBCONFIG_ENABLE_FTS3_TOKENIZER, 0},
 }};
 
-constexpr std::array<std::pair<int, int>, 6> kLimits = {{
-    {SQLITE_LIMIT_LENGTH, 256 << 20},
+constexpr std::array<std::pair<int, int>, 5> kLimits = {{
     {SQLITE_LIMIT_SQL_LENGTH, 16 << 20},
     {SQLITE_LIMIT_COMPOUND_SELECT, 20},
     {SQLITE_LIMIT_VDBE_OP, 25000},
@@ -56,11 +55,20 @@ constexpr std::array<std::pair<int, int>, 6> kLimits = {{
     {SQLITE_LIMIT_WORKER_THREADS, 0},
 }};
 
+// Generated columns can make long values of short ones. A row of the file itself is shorter than
+// the file; the least length leaves room for the statements' own texts.
+int longestValue(std::uint64_t fileSize) {
+    constexpr std::uint64_t kLeast = 1 << 20;
+    constexpr std::uint64_t kMost = 256 << 20;
+    return static_cast<int>(std::clamp(fileSize, kLeast, kMost));
+}
+
 }  // namespace
 
-void installStatementGuards(sqlite3* db) {
+void installStatementGuards(sqlite3* db, std::uint64_t fileSize) {
     for (const auto& [setting, value] : kSettings) sqlite3_db_config(db, setting, value, nullptr);
     for (const auto& [limit, value] : kLimits) sqlite3_limit(db, limit, value);
+    sqlite3_limit(db, SQLITE_LIMIT_LENGTH, longestValue(fileSize));
     // Sorting must not put files anywhere.
     sqlite3_exec(db, "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
     // Without modules a virtual table of the file cannot be opened.

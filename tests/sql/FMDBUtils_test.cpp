@@ -135,7 +135,7 @@ TEST_F(Protected, TellsHowTheReadingOfAFileEnded) {
         {whole, {kAll}, Kind::Whole, "", true},
         {whole, {kForeign, kAll}, Kind::Whole, "", true},
         {whole, {kForeign, kForeign}, Kind::NotPrepared, "no such column: c", false},
-        {whole, {kEndless}, Kind::Budget, "takes more steps than a file of this size", false},
+        {whole, {kEndless}, Kind::Budget, "takes more steps than a file of its size", false},
         {broken, {kAll}, Kind::Broken, "database disk image is malformed", true},
         {folder / "text", {kAll, kForeign}, Kind::Broken, "file is not a database", false},
     };

@@ -85,6 +85,8 @@ std::string assetStatement(PhotoLibraryLayout layout) {
 void readAssets(FMDBUtils& database, PhotoLibraryLayout layout,
                 const std::function<void(Dcmi)>& found) {
     auto rows = database.executeList({assetStatement(layout).c_str()});
+    // Its record, its place on a list, and the paths of its picture and thumbnail.
+    rows.keepsOfEachRow(1024);
     while (rows.next()) {
         auto fileName = rows.stringForColumn("ZFILENAME");
         if (!fileName) continue;
