@@ -1,5 +1,6 @@
 #include "services/MessageServices.h"
 
+#include "live/RowReading.h"
 #include "scan/StoredNames.h"
 #include "services/messageServicesIOS7_8.h"
 #include "sql/SqlFormat.h"
@@ -11,6 +12,20 @@ namespace {
 constexpr auto kChats =
     "SELECT ROWID, chat_identifier, account_id from chat order by chat_identifier";
 constexpr std::int32_t kFirstVersionWithChats = 6;
+// The range holds every number, and SQLite walks it along the index in which it would look up one
+// chat, so that each chat's handles keep their order.
+constexpr auto kHandlesOfChats =
+    "SELECT chathandlejoin.chat_id, h.ROWID, h.id, h.country, h.service from chat_handle_join "
+    "chathandlejoin cross join handle h on h.ROWID = chathandlejoin.handle_id where "
+    "chathandlejoin.chat_id between -9223372036854775808 and 9223372036854775807 and "
+    "chathandlejoin.chat_id = cast(chathandlejoin.chat_id as integer)";
+
+void fillHandle(const ResultSet& row, MessageHandle& handle) {
+    handle.RowId = row.longLongIntForColumn("ROWID");
+    handle.Id = row.stringForColumn("id");
+    handle.Country = row.stringForColumn("country");
+    handle.Service = row.stringForColumn("service");
+}
 
 }  // namespace
 
@@ -40,6 +55,7 @@ List<MessageChat> MessageServices::MessageChatsInDB() {
     if (dbUtils_ == nullptr) return chats;
     const bool mayLackChats = state_.deviceInfo.iOSMajorVersion < kFirstVersionWithChats;
     auto rows = mayLackChats ? dbUtils_->executeQuery(kChats) : dbUtils_->executeList({kChats});
+    rows.keepsOfEachRow(roomOf<ConversationContact>);
     while (rows.next()) {
         auto chat = std::make_shared<MessageChat>();
         chat->RowId = rows.longLongIntForColumn("ROWID");
@@ -52,19 +68,25 @@ List<MessageChat> MessageServices::MessageChatsInDB() {
 
 List<MessageHandle> MessageServices::GetMesssageHandlesFromMessageChatInDB(
     const MessageChat& chat) {
-    List<MessageHandle> handles;
+    if (dbUtils_ == nullptr) return {};
+    return readRows<MessageHandle>(
+        dbUtils_->executeQuery(formatSql(
+            "SELECT h.ROWID, h.id, h.country, h.service from chat_handle_join chathandlejoin inner "
+            "join handle h on h.ROWID = chathandlejoin.handle_id where chathandlejoin.chat_id = "
+            "%lld",
+            {chat.RowId})),
+        fillHandle);
+}
+
+MessageServices::HandlesOfChats MessageServices::handlesOfChatsInDB() {
+    HandlesOfChats handles;
     if (dbUtils_ == nullptr) return handles;
-    auto rows = dbUtils_->executeQuery(formatSql(
-        "SELECT h.ROWID, h.id, h.country, h.service from chat_handle_join chathandlejoin inner "
-        "join handle h on h.ROWID = chathandlejoin.handle_id where chathandlejoin.chat_id = %lld",
-        {chat.RowId}));
+    auto rows = dbUtils_->executeQuery(kHandlesOfChats);
+    rows.keepsOfEachRow(sizeof(MessageHandle));
     while (rows.next()) {
         auto handle = std::make_shared<MessageHandle>();
-        handle->RowId = rows.longLongIntForColumn("ROWID");
-        handle->Id = rows.stringForColumn("id");
-        handle->Country = rows.stringForColumn("country");
-        handle->Service = rows.stringForColumn("service");
-        handles.push_back(std::move(handle));
+        fillHandle(rows, *handle);
+        handles[rows.longLongIntForColumn("chat_id")].push_back(std::move(handle));
     }
     return handles;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "records/ChatRecords.h"
@@ -24,11 +25,16 @@ class MessageServices : public abstractServices {
     static std::unique_ptr<MessageServices> initwithDevice(ScanState& state,
                                                            const DeviceInfo& device);
 
+    using HandlesOfChats = std::unordered_map<std::int64_t, List<MessageHandle>>;
+
     const List<ConversationContact>& ConversationContacts() const { return _ConversationContacts; }
 
     std::vector<std::int64_t> groupIdsInDB();
     List<MessageChat> MessageChatsInDB();
     List<MessageHandle> GetMesssageHandlesFromMessageChatInDB(const MessageChat& chat);
+    /// The handles of every chat by its row id, each chat's in the order of the operation above,
+    /// which takes a statement for each chat.
+    HandlesOfChats handlesOfChatsInDB();
 
     virtual std::unique_ptr<AbstractSqLiteRecovery> GetRecoveryObject();
     /// Runs the carver and puts each carved message in front of the conversation that its address

@@ -60,10 +60,14 @@ void messageServicesIOS7_8::RecoverFromIOSBackup(const DeviceInfo& device) {
 }
 
 void messageServicesIOS7_8::addChatConversations() {
+    auto handles = handlesOfChatsInDB();
     for (const auto& chat : MessageChatsInDB()) {
         if (cancelled_.stop_requested()) return;
-        const auto handles = GetMesssageHandlesFromMessageChatInDB(*chat);
-        _ConversationContacts.push_back(chatConversation(*chat, handles, contacts_));
+        // Taken out, since a row id is one chat's: where a file gives it to many, the first has
+        // the handles.
+        const auto own = handles.extract(chat->RowId);
+        _ConversationContacts.push_back(
+            chatConversation(*chat, own.empty() ? List<MessageHandle>() : own.mapped(), contacts_));
     }
     known_.extend(_ConversationContacts);
 }

@@ -46,6 +46,34 @@ class ChatLayout : public MessageScan {
     }
 };
 
+// Read at once, the handles of each chat are those that a statement for it gives, in its order.
+TEST_F(ChatLayout, HandlesOfAllChatsAreThoseOfEach) {
+    struct Opened : messageServicesIOS7_8 {
+        explicit Opened(ScanState& scan) : messageServicesIOS7_8(scan) {
+            connect(scan.deviceInfo);
+            dbUtils_->openDatabase();
+        }
+    };
+    insert("handle", "(31,'a','us','SMS'),(32,'b',NULL,'SMS'),(33,'c','us',NULL),(34,'d','','')");
+    insert(
+        "chat_handle_join",
+        "(51,33),(52,31),(51,31),('51',34),(51.5,32),('x',32),(NULL,31),(51,32),(51,39),(53,39)");
+    for (const char* index : {"SELECT 1", "CREATE INDEX one ON chat_handle_join(chat_id)",
+                              "CREATE INDEX two ON chat_handle_join(chat_id, handle_id)"}) {
+        exec(index);
+        Opened service(state);
+        auto all = service.handlesOfChatsInDB();
+        for (const int id : {0, 51, 52, 53}) {
+            MessageChat chat;
+            chat.RowId = id;
+            EXPECT_EQ(toldAll(all[id]),
+                      toldAll(service.GetMesssageHandlesFromMessageChatInDB(chat)))
+                << id << " " << index;
+        }
+        EXPECT_EQ(all[51].size(), 4U);
+    }
+}
+
 TEST_F(ChatLayout, ChatsAreNamedByContactsOrBareHandles) {
     insert("handle",
            "(31,'+15550100','us','SMS'),(32,'+15550109','us','SMS'),"
