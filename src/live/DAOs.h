@@ -9,6 +9,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,9 @@ namespace salvor {
 /// Look-ups may be called from any thread, the readers from one thread per category.
 class DAOs : public BaseDAO, public DatabaseLookups {
   public:
+    /// What WhatsApp calls its partners, by their identifiers.
+    using PartnerNames = std::unordered_map<Text, Text>;
+
     explicit DAOs(ScanState& state, std::stop_token cancelled = {});
     ~DAOs() override;
 
@@ -114,12 +118,14 @@ class DAOs : public BaseDAO, public DatabaseLookups {
 
     ScanState& state_;
     std::stop_token cancelled_;
-    std::mutex numberMutex_;
+    std::mutex lookupMutex_;
     /// The message database, kept open for handle look-ups from the first one on.
     std::shared_ptr<FMDBUtils> numberUTILS_;
     /// What `handleText` found: a row's text (perhaps absent), or no row. Thousands of carved
     /// messages share a few handles.
     std::map<std::pair<std::string_view, std::int32_t>, std::optional<Text>> handleTexts_;
+    std::shared_ptr<FMDBUtils> locations_;  ///< kept open for the places of events
+    std::optional<PartnerNames> partnerNames_;
 };
 
 }  // namespace salvor

@@ -70,7 +70,9 @@ std::vector<std::int64_t> DAOs::GetAllCalenderRowID() {
 }
 
 Text DAOs::getLocationFromLocationID(std::int64_t locationId) {
-    auto rows = open(state_.CALENDAR_DATABASE)->executeQuery(formatSql(kLocation, {locationId}));
+    const std::lock_guard lock(lookupMutex_);
+    if (!locations_) locations_ = open(state_.CALENDAR_DATABASE);
+    auto rows = locations_->executeQuery(formatSql(kLocation, {locationId}));
     return rows.next() ? rows.stringForColumn("location") : "";
 }
 

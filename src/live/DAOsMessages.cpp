@@ -83,6 +83,7 @@ List<SMS> DAOs::readMessages(const char* olderStatement, const char* statement) 
     List<SMS> list;
     auto rows =
         openCategory(state_.SMS_DATABASE)->executeList({older ? olderStatement : statement});
+    rows.keepsOfEachRow(roomOf<SMS>);
     while (rows.next()) {
         if (rows.intForColumn("flags") == kDeletedFlag) continue;
         auto sms = std::make_shared<SMS>();
@@ -159,7 +160,7 @@ std::map<std::string, std::int64_t> DAOs::GetAllMessageGUID() {
 }
 
 Text DAOs::handleText(const char* statement, std::int32_t handleId, const Text& fallback) {
-    const std::lock_guard lock(numberMutex_);
+    const std::lock_guard lock(lookupMutex_);
     const auto [known, isNew] = handleTexts_.try_emplace({statement, handleId});
     if (isNew) {
         if (!numberUTILS_) numberUTILS_ = open(state_.SMS_DATABASE);

@@ -13,8 +13,10 @@ constexpr auto kMessages = "SELECT * FROM ZWAMESSAGE ORDER BY ZMESSAGEDATE ASC";
 constexpr auto kMessagesOf =
     "SELECT ZMESSAGEDATE,ZFROMJID,ZTOJID,ZTEXT FROM ZWAMESSAGE WHERE ZTEXT <>'' AND (ZFROMJID = ? "
     "OR ZPUSHNAME = ?)";
-constexpr auto kContactName =
-    "SELECT ZPARTNERNAME as CONTACTNAME FROM ZWACHATSESSION WHERE ZCONTACTJID = ?";
+// Texts alone, in the order in which the table holds them: the first partner of a name counts.
+constexpr auto kPartners =
+    "SELECT ZCONTACTJID, ZPARTNERNAME FROM ZWACHATSESSION NOT INDEXED WHERE ZCONTACTJID >= '' AND "
+    "ZCONTACTJID < x''";
 constexpr auto kRowIds = "SELECT Z_PK as ROWID  FROM ZWAMESSAGE";
 
 constexpr std::string_view kUserServer = "@s.whatsapp.net";
@@ -40,23 +42,33 @@ void fillMessage(const ResultSet& row, WhatsApp& message) {
     message.zText = row.stringForColumn("ZTEXT");
 }
 
-std::string contactName(FMDBUtils& database, const std::string& jid) {
-    auto rows = database.executeQuery(kContactName, {jid});
-    return rows.next() ? rows.stringForColumn("CONTACTNAME").value_or("") : "";
+DAOs::PartnerNames readPartnerNames(FMDBUtils& database) {
+    constexpr std::size_t kRoomOfANode = 64;
+    DAOs::PartnerNames names;
+    auto rows = database.executeQuery(kPartners);
+    rows.keepsOfEachRow(kRoomOfANode);
+    while (rows.next()) {
+        if (const auto jid = rows.stringForColumn("ZCONTACTJID"))
+            names.try_emplace(jid, rows.stringForColumn("ZPARTNERNAME").value_or(""));
+    }
+    return names;
+}
+
+Text partnerName(const DAOs::PartnerNames& names, const Text& jid) {
+    const auto found = names.find(jid);
+    return found == names.end() ? Text("") : found->second;
 }
 
 /// Names the partner of each message: the sender, or the recipient where no sender is given.
 void nameMessages(FMDBUtils& database, const List<WhatsApp>& messages) {
-    std::unordered_map<std::string, std::string> names;
+    const auto names = readPartnerNames(database);
     for (const auto& message : messages) {
         const auto& address = message->FromMsgID ? message->FromMsgID : message->ToMsgID;
         message->ContactName = "";
         if (!address || address->empty()) continue;
         const auto jid = userJid(*address);
-        const auto [entry, isNew] = names.try_emplace(jid);
-        if (isNew) entry->second = contactName(database, jid);
-        message->ContactName = entry->second;
-        message->ishavingName = !entry->second.empty();
+        message->ContactName = partnerName(names, jid);
+        message->ishavingName = !message->ContactName->empty();
         message->PhoneNo = shownNumber(jid);
     }
 }
@@ -86,7 +98,10 @@ List<WhatsApp> DAOs::GetWhatsApp(const Text& contactJid) {
 }
 
 Text DAOs::GetWhatsAppContactName(const Text& jid) {
-    return jid ? contactName(*open(state_.WHATSAPP_DATABASE), std::string(*jid)) : "";
+    if (!jid) return "";
+    const std::lock_guard lock(lookupMutex_);
+    if (!partnerNames_) partnerNames_ = readPartnerNames(*open(state_.WHATSAPP_DATABASE));
+    return partnerName(*partnerNames_, jid);
 }
 
 std::vector<std::int64_t> DAOs::GetAllWhatsAppRowID() {
