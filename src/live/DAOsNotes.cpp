@@ -32,6 +32,16 @@ constexpr auto kNotes91 =
     "ON ZICCLOUDSYNCINGOBJECT.ZNOTEDATA = ZICNOTEDATA.Z_PK INNER JOIN Z_12NOTES ON "
     "ZICNOTEDATA.ZNOTE= Z_12NOTES.Z_9NOTES";
 
+/// The text of a body. Many rows can name one body, and a small one can unpack to a large text, so
+/// all of them are held against the room that the connection has for its rows.
+Text bodyText(const ResultSet& row, std::string_view data) {
+    constexpr std::uint64_t kUnpackedPerByte = 2;  // real bodies unpack to two or three times
+    std::uint64_t unpacked = 0;
+    auto text = noteTextOfStoredData(data, kUnpackedPerByte * row.room(), &unpacked);
+    row.takeRoom(unpacked / kUnpackedPerByte);
+    return text;
+}
+
 /// One row of the iOS 9 store. Kept: newer-note-dates.
 void fillNote91(const ResultSet& row, Note& note) {
     note.Title = row.stringForColumn("ZTITLE1");
@@ -41,7 +51,7 @@ void fillNote91(const ResultSet& row, Note& note) {
     note.ModificationDate = row.stringForColumn("DATETIME_ZMODIFICATIONDATE");
     if (const auto data = row.dataForColumn("ZDATA")) {
         note.noteBody = std::make_shared<NoteBody>();
-        note.noteBody->Content = noteTextOfStoredData(*data);
+        note.noteBody->Content = bodyText(row, *data);
     }
 }
 

@@ -1,5 +1,8 @@
+#define ZLIB_CONST  // what is unpacked stays as it is
+
 #include "live/NoteText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -12,18 +15,16 @@
 namespace salvor {
 namespace {
 
-constexpr std::size_t kMostUnpacked = std::size_t{64} << 20;
 constexpr std::string_view kGzipMagic = "\x1F\x8B";
 constexpr int kGzipWindow = 15 + 16;
 
-std::optional<std::string> unpack(std::string_view data) {
+std::optional<std::string> unpack(std::string_view data, std::uint64_t most, std::uint64_t& total) {
     if (data.size() > std::numeric_limits<uInt>::max()) return std::nullopt;
     z_stream stream{};
     if (inflateInit2(&stream, kGzipWindow) != Z_OK) return std::nullopt;
     const std::unique_ptr<z_stream, int (*)(z_stream*)> ending(&stream, inflateEnd);
-    std::string input(data);
-    stream.next_in = reinterpret_cast<Bytef*>(input.data());
-    stream.avail_in = static_cast<uInt>(input.size());
+    stream.next_in = reinterpret_cast<const Bytef*>(data.data());
+    stream.avail_in = static_cast<uInt>(data.size());
 
     std::string unpacked;
     std::array<char, 1 << 15> block{};
@@ -31,9 +32,10 @@ std::optional<std::string> unpack(std::string_view data) {
         stream.next_out = reinterpret_cast<Bytef*>(block.data());
         stream.avail_out = static_cast<uInt>(block.size());
         result = inflate(&stream, Z_NO_FLUSH);
-        if (result != Z_OK && result != Z_STREAM_END) return std::nullopt;
         const std::size_t written = block.size() - stream.avail_out;
-        if (written > kMostUnpacked - unpacked.size()) return std::nullopt;
+        total += written;
+        if (result != Z_OK && result != Z_STREAM_END) return std::nullopt;
+        if (written > most - unpacked.size()) return std::nullopt;
         unpacked.append(block.data(), written);
     }
     return unpacked;
@@ -108,12 +110,14 @@ Text noteTextOfDocument(std::string_view document) {
         document = *field;
     }
     if (!isValidUtf8(document)) return std::nullopt;
-    return std::string(document);
+    return document;
 }
 
-Text noteTextOfStoredData(std::string_view data) {
+Text noteTextOfStoredData(std::string_view data, std::uint64_t most, std::uint64_t* unpacked) {
     if (!data.starts_with(kGzipMagic)) return std::nullopt;
-    const auto document = unpack(data);
+    std::uint64_t total = 0;
+    const auto document = unpack(data, std::min(most, kLargestNote), total);
+    if (unpacked != nullptr) *unpacked += total;
     return document ? noteTextOfDocument(*document) : std::nullopt;
 }
 
