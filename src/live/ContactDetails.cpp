@@ -41,11 +41,13 @@ constexpr std::array<AddressPart, 9> kAddressParts = {
 using Labels = std::unordered_map<std::int64_t, Text>;
 using Entries = std::unordered_map<std::int64_t, ContactAddress>;
 
+/// As they are shown; one label stands at many values.
 Labels readLabels(FMDBUtils& database) {
     Labels labels;
     auto rows = database.executeQuery(kLabels);
     while (rows.next()) {
-        labels[rows.longLongIntForColumn("ROWID")] = rows.stringForColumn("value");
+        labels[rows.longLongIntForColumn("ROWID")] =
+            StringUtils::FormatAbMultiValueLabel(rows.stringForColumn("value"));
     }
     return labels;
 }
@@ -53,7 +55,9 @@ Labels readLabels(FMDBUtils& database) {
 /// The parts of postal and messaging addresses, by the multi-value they belong to.
 Entries readEntries(FMDBUtils& database) {
     Entries entries;
+    constexpr std::size_t kRoomOfAPart = 128;
     auto rows = database.executeQuery(kEntries);
+    rows.keepsOfEachRow(kRoomOfAPart);
     while (rows.next()) {
         const auto part = rows.stringForColumn("part");
         for (const auto& [key, member] : kAddressParts) {
@@ -93,7 +97,7 @@ class DetailFiller {
         auto made = std::make_shared<Detail>();
         made->identifier = value.identifier;
         if (const auto label = labels_.find(value.label); label != labels_.end()) {
-            made->Label = StringUtils::FormatAbMultiValueLabel(label->second);
+            made->Label = label->second;
         }
         list.push_back(made);
         return made;
@@ -134,9 +138,11 @@ class DetailFiller {
 
 template <class Detail>
 Text joined(const List<Detail>& list, Text Detail::*member) {
-    Text text;
+    if (list.empty()) return std::nullopt;
+    std::string text;
     for (const auto& entry : list) {
-        text = (text ? text.value_or("") + ", " : "") + ((*entry).*member).value_or("");
+        text += entry == list.front() ? "" : ", ";
+        text += ((*entry).*member).view();
     }
     return text;
 }
@@ -147,7 +153,12 @@ void fillComposites(Contact& contact) {
         if (!part || part->empty()) continue;
         name.append(name.empty() ? "" : " ").append(*part);
     }
-    contact.FullName = name.empty() ? contact.Organization : Text(name);
+    if (name.empty())
+        contact.FullName = contact.Organization;
+    else if (contact.FirstName == name)
+        contact.FullName = contact.FirstName;  // the same text, held once
+    else
+        contact.FullName = name;
     contact.ContactNumbersText = joined(contact.ContactNumbers, &ContactNumber::Number);
     contact.ContactEmailAddresesText =
         joined(contact.ContactEmailAddresses, &ContactEmailAddress::Email);
@@ -156,7 +167,9 @@ void fillComposites(Contact& contact) {
 }  // namespace
 
 std::vector<ContactValue> readContactValues(ResultSet rows) {
+    constexpr std::size_t kRoomOfADetail = sizeof(ContactNumber) + sizeof(ContactValue);
     std::vector<ContactValue> values;
+    rows.keepsOfEachRow(kRoomOfADetail);
     while (rows.next()) {
         values.push_back({rows.longLongIntForColumn("UID"), rows.longLongIntForColumn("record_id"),
                           rows.longLongIntForColumn("property"),
