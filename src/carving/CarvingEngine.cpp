@@ -134,6 +134,10 @@ void CarvingEngine::searchUnused(const Page& page) {
 void CarvingEngine::searchFreeblocks(const Page& page) {
     // From the last byte of the size field on. Kept: freeblock-one-later.
     constexpr std::int64_t kStart = 3;
+    // Freeblocks share no bytes; a damaged page may have some that do, a page that is made to take
+    // time has thousands that reach to its end.
+    constexpr std::size_t kMostSearches = 4;
+    std::size_t searchable = kMostSearches * page.bytes.size();
     const std::int32_t processOffset = options_.callList ? 0 : 1;
     std::uint16_t offset = SQLiteUtils::NextFreeblockOffset(page.bytes, 1).value_or(0);
     if (offset == 0) return;
@@ -141,13 +145,17 @@ void CarvingEngine::searchFreeblocks(const Page& page) {
         if (cancelled_.stop_requested() || offset >= page.bytes.size()) return;
         const auto freeblock = SQLiteUtils::FreeblockData(page.bytes, offset);
         if (!freeblock) return;
+        if (freeblock->size() > searchable) {
+            leftOut_ = true;
+            return;
+        }
+        searchable -= freeblock->size();
         const Region region{*freeblock,  page.fileOffset + offset,
                             page.number, CarvedSpace::Freeblock,
                             kStart,      processOffset};
         if (loop_.ParseHeaderAndData(region) == RegionEnd::ReadFailed) return;
-        const auto next = SQLiteUtils::NextFreeblockOffset(*freeblock, 0);
-        if (!next) return;
-        offset = *next;
+        // From the page: the size of a freeblock may be too small for its own header.
+        offset = SQLiteUtils::NextFreeblockOffset(page.bytes, offset).value_or(0);
     }
 }
 

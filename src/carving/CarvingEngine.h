@@ -38,6 +38,8 @@ class CarvingEngine {
     static std::optional<MappedFile> open(const std::filesystem::path& path);
 
     void carve(Bytes file, const TablePatterns& patterns, CarvingOptions options = {});
+    /// Whether freeblocks were left out because those of a page overlap too often.
+    bool leftOut() const { return leftOut_; }
     /// Carves the records of one region.
     RegionEnd ParseHeaderAndData(const TablePatterns& patterns, const Region& region) {
         loop_.use(patterns);
@@ -72,6 +74,7 @@ class CarvingEngine {
     Bytes file_;
     std::uint64_t pageSize_ = 0;
     FreeblockChain freeblocks_;
+    bool leftOut_ = false;
 };
 
 }  // namespace salvor

@@ -34,6 +34,19 @@ TEST(PageWalkTest, TypesAndContentStarts) {
     }
 }
 
+TEST(PageWalkTest, FreeblocksThatOverlapAreSearchedFourTimesOver) {
+    FileImage image(512, 3);
+    image.btree(3, 13, 247, 511, 20);
+    for (unsigned at = 20; at < 504; at += 4) image.freeblock(3, at, at + 4, 512 - at);
+    NotingReceiver rows;
+    CarvingEngine engine(rows, PageSearch::Unused);
+    engine.carve(image.bytes, {makePattern("[0]")});
+    EXPECT_TRUE(engine.leftOut());
+    // Behind each row one byte is passed over; all of them would be fifteen thousand.
+    EXPECT_GT(rows.offsets.size(), 3U * 512 / 2);
+    EXPECT_LT(rows.offsets.size(), 4U * 512 / 2);
+}
+
 TEST(PageWalkTest, FilesThatAreNotOpened) {
     const auto opens = [](const std::filesystem::path& path) {
         return CarvingEngine::open(path).has_value();

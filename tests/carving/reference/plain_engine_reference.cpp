@@ -167,6 +167,8 @@ void PlainEngine::carveTreePage(const Buffer& page, std::int64_t number) {
 }
 
 void PlainEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
+    constexpr std::int64_t mostSearches = 4;  // of a page's bytes, where freeblocks overlap
+    std::int64_t searched = 0;
     std::set<std::int64_t> visited;
     auto offset = static_cast<std::int64_t>(bigEndian(page, 1, 2));
     while (offset != 0) {
@@ -174,11 +176,13 @@ void PlainEngine::carveFreeblocks(const Buffer& page, std::int64_t number) {
         if (!visited.insert(offset).second) return;
         const auto size = static_cast<std::int64_t>(bigEndian(page, offset + 2, 2));
         const Buffer freeblock = subrange(page, offset, size);
+        searched += size;
+        if (searched > mostSearches * static_cast<std::int64_t>(page.size())) return;
         loop_.processOffset = options_.callList ? 0 : 1;
         const std::int64_t base = (number - 1) * header_.pageSize + offset;
         loop_.parse({freeblock, base, number, CarvedSpace::Freeblock}, 3);
         loop_.processOffset = 0;
-        offset = static_cast<std::int64_t>(bigEndian(freeblock, 0, 2));
+        offset = static_cast<std::int64_t>(bigEndian(page, offset, 2));
     }
 }
 
