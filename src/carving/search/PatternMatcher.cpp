@@ -35,8 +35,10 @@ void PatternMatcher::use(const TablePatterns& patterns) {
 
 std::size_t PatternMatcher::groupOf(const LeadingColumns& leading) {
     LeadingSets columns{};
+    const bool full = groups_.size() >= kMostGroups;
+    const auto anything = ~std::bitset<256>();
     std::transform(leading.mayBegin.begin(), leading.mayBegin.end(), columns.begin(),
-                   [this](const auto& set) { return sets_.add(set); });
+                   [&](const auto& set) { return sets_.add(full ? anything : set); });
     const auto known = std::find_if(groups_.begin(), groups_.end(),
                                     [&](const Group& group) { return group.columns == columns; });
     const auto number = static_cast<std::size_t>(known - groups_.begin());

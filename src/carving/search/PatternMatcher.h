@@ -78,6 +78,11 @@ class PatternMatcher {
         std::int64_t position = 0;  ///< the first match
     };
 
+    /// A map per group, and a mask per set of its columns, are all that grows with a region. From
+    /// this many groups on, further patterns share one whose columns begin with anything: they are
+    /// searched more slowly, and a file with thousands of patterns takes no more memory.
+    static constexpr std::size_t kMostGroups = 128;
+
     std::size_t groupOf(const LeadingColumns& leading);
     Family& familyOf(std::size_t group, bool beginsWithRowId);
     /// Where headers for the patterns of a group may stand.
