@@ -16,14 +16,14 @@ namespace salvor {
 struct Message;
 
 /// One entry of `PhoneNumbers`: a bare text or a phone-number object.
-using ConversationPhone = std::variant<std::string, ContactPhoneNumber>;
+using ConversationPhone = std::variant<Text, ContactPhoneNumber>;
 
 /// One conversation of the message view: the names, numbers and addresses of a counterpart or group
-/// and its messages, live ones first.
+/// and its messages, live ones first. No text of the lists is absent.
 struct ConversationContact {
-    std::vector<std::string> Names;
+    std::vector<Text> Names;
     std::vector<ConversationPhone> PhoneNumbers;
-    std::vector<std::string> Emails;
+    std::vector<Text> Emails;
     List<Message> Messages;
     std::vector<std::string> RowIds;
     std::int64_t HandleRowId = 0;

@@ -52,7 +52,7 @@ inline void writeValue(JsonStream& out, const std::vector<std::uint8_t>& bytes) 
 }
 /// A number of a conversation, whether a bare text or an object, is its text.
 inline void writeValue(JsonStream& out, const ConversationPhone& phone) {
-    if (const auto* text = std::get_if<std::string>(&phone)) return out.text(*text);
+    if (const auto* text = std::get_if<Text>(&phone)) return writeValue(out, *text);
     writeValue(out, std::get<ContactPhoneNumber>(phone).PhoneNumber);
 }
 inline void writeValue(JsonStream& out, const std::shared_ptr<Contact>& contact) {

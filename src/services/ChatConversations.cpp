@@ -9,8 +9,8 @@
 namespace salvor {
 namespace {
 
-void addText(std::vector<std::string>& list, const Text& text) {
-    if (!StringUtils::IsNullOrEmpty(text)) list.emplace_back(*text);
+void addText(std::vector<Text>& list, const Text& text) {
+    if (!StringUtils::IsNullOrEmpty(text)) list.push_back(text);
 }
 
 void addNumberObject(ConversationContact& conversation, const Text& text) {
@@ -20,7 +20,7 @@ void addNumberObject(ConversationContact& conversation, const Text& text) {
 
 void addPhoneContact(ConversationContact& conversation, const Contact& contact) {
     if (!StringUtils::IsNullOrEmpty(contact.ContactNo1))
-        conversation.PhoneNumbers.emplace_back(std::string(*contact.ContactNo1));
+        conversation.PhoneNumbers.emplace_back(contact.ContactNo1);
     addText(conversation.Emails, contact.EmailAddress1);
     addText(conversation.Names, contact.FullName);
 }

@@ -21,7 +21,7 @@ void ConversationLookup::add(const Found& conversation) {
 }
 
 void ConversationLookup::addPhone(const ConversationPhone& phone, std::size_t position) {
-    if (const auto* text = std::get_if<std::string>(&phone)) {
+    if (const auto* text = std::get_if<Text>(&phone)) {
         phoneTexts_.add(*text, position);
         return;
     }

@@ -35,10 +35,10 @@ Text nicknameOrName(const Contact& contact) {
 
 void addContact(ConversationContact& conversation, const Contact& contact) {
     if (!StringUtils::IsNullOrEmpty(contact.ContactNo1))
-        conversation.PhoneNumbers.emplace_back(std::string(*contact.ContactNo1));
+        conversation.PhoneNumbers.emplace_back(contact.ContactNo1);
     if (!StringUtils::IsNullOrEmpty(contact.EmailAddress1))
-        conversation.Emails.emplace_back(*contact.EmailAddress1);
-    if (const auto name = nicknameOrName(contact)) conversation.Names.emplace_back(*name);
+        conversation.Emails.push_back(contact.EmailAddress1);
+    if (const auto name = nicknameOrName(contact)) conversation.Names.push_back(name);
 }
 
 void addMember(ConversationContact& conversation, const Text& address,
@@ -47,9 +47,9 @@ void addMember(ConversationContact& conversation, const Text& address,
     if (const auto contact = contacts.find(address))
         addContact(conversation, *contact);
     else if (iPhoneNumberUtils::IsPhoneNumber(address))
-        conversation.PhoneNumbers.emplace_back(std::string(*address));
+        conversation.PhoneNumbers.emplace_back(address);
     else if (IsEmailAddress(address))
-        conversation.Emails.emplace_back(*address);
+        conversation.Emails.push_back(address);
 }
 
 std::shared_ptr<ConversationContact> conversationOfAddress(const ConversationLookup& known,
