@@ -5,12 +5,6 @@
 namespace salvor {
 namespace {
 
-template <class Link, class Add>
-void forEachLink(const List<baseRecoveryObject>& records, Add&& add) {
-    for (const auto& record : records)
-        if (const auto* link = dynamic_cast<const Link*>(record.get())) add(*link);
-}
-
 // A carved record without a row id of its own has the row id 1, so 1 says nothing.
 std::int64_t rowIdOf(const Message& message) {
     if (message.MessageId > 0) return message.MessageId;
@@ -27,20 +21,14 @@ void CarvedMessageLinks::add(const ChatMessageJoin& link) {
     chatOfMessage_.try_emplace(link.MessageId, link.ChatId);
 }
 
-void CarvedMessageLinks::addChatGuids(const List<baseRecoveryObject>& records) {
-    forEachLink<MessageChatGuidAndChatIdHandleConnection>(records, [this](const auto& link) {
-        if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, link.Id);
-    });
+void CarvedMessageLinks::add(const MessageChatGuidAndChatIdHandleConnection& link) {
+    if (!StringUtils::IsNullOrEmpty(link.Id)) counterpartOfChat_.emplace(link.RowId, link.Id);
 }
 
-void CarvedMessageLinks::addChatHandles(const List<baseRecoveryObject>& records,
-                                        const ConversationLookup& known) {
-    forEachLink<ChatHandleJoin>(records, [&](const auto& link) {
-        if (!link.HandleId || conversationOfChat_.contains(link.ChatId)) return;
-        auto conversation = known.FindConversationContactFromHandleId(link.HandleId);
-        if (conversation != nullptr)
-            conversationOfChat_.emplace(link.ChatId, std::move(conversation));
-    });
+void CarvedMessageLinks::add(const ChatHandleJoin& link, const ConversationLookup& known) {
+    if (!link.HandleId || conversationOfChat_.contains(link.ChatId)) return;
+    auto conversation = known.FindConversationContactFromHandleId(link.HandleId);
+    if (conversation != nullptr) conversationOfChat_.emplace(link.ChatId, std::move(conversation));
 }
 
 std::vector<std::int64_t> CarvedMessageLinks::chatsOf(const Message& message) const {

@@ -8,9 +8,7 @@
 
 #include "records/ChatRecords.h"
 #include "records/ConversationContact.h"
-#include "records/List.h"
 #include "records/Message.h"
-#include "records/baseRecoveryObject.h"
 #include "services/ConversationLookup.h"
 #include "util/TextMap.h"
 
@@ -23,9 +21,9 @@ class CarvedMessageLinks {
   public:
     void add(const MessageGuidRowId& link);
     void add(const ChatMessageJoin& link);
-    void addChatGuids(const List<baseRecoveryObject>& records);
+    void add(const MessageChatGuidAndChatIdHandleConnection& link);
     /// Links a chat to the first conversation that `known` finds by one of its handles.
-    void addChatHandles(const List<baseRecoveryObject>& records, const ConversationLookup& known);
+    void add(const ChatHandleJoin& link, const ConversationLookup& known);
 
     /// The conversation of a carved message: by its own row id and then by that of its GUID, each
     /// through the chat, which is known to `known` itself or through one of its handles. Null when

@@ -104,17 +104,16 @@ void messageServicesIOS7_8::addCarvedHandles(const DeviceInfo& device) {
 CarvedMessageLinks messageServicesIOS7_8::carveLinks(const DeviceInfo& device) {
     const auto file = ConnectionFileFullPath(device);
     CarvedMessageLinks links;
-    const auto carve = [&](auto carver) {
-        if constexpr (requires { carver.takeLink; })
-            carver.takeLink = [&links](const auto& link) { links.add(link); };
+    const auto carve = [&](auto carver, auto take) {
+        carver.takeLink = take;
         carver.DoRecoveryPath(file.path);
-        return std::move(carver.RecoveredFiltered);
     };
-    carve(MessageGuidAndRowIdConnectionSQLiteRecovery(state_, cancelled_));
-    links.addChatGuids(
-        carve(MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery(state_, cancelled_)));
-    links.addChatHandles(carve(MessageChatHandleJoinSQLiteRecovery(state_, cancelled_)), known_);
-    carve(MessageChatMessageJoinSQLiteRecovery(state_, cancelled_));
+    const auto add = [&links](const auto& link) { links.add(link); };
+    carve(MessageGuidAndRowIdConnectionSQLiteRecovery(state_, cancelled_), add);
+    carve(MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery(state_, cancelled_), add);
+    carve(MessageChatHandleJoinSQLiteRecovery(state_, cancelled_),
+          [&](const auto& link) { links.add(link, known_); });
+    carve(MessageChatMessageJoinSQLiteRecovery(state_, cancelled_), add);
     return links;
 }
 

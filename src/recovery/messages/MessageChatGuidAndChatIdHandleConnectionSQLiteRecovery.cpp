@@ -34,7 +34,7 @@ void MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery::recordCarved(
     const std::shared_ptr<Connection>& link) {
     if (maxChatRowId_ > 0 && link->RowId > maxChatRowId_) return;
     if (link->Guid && link->Guid->ends_with('-')) return;
-    RecoveredFiltered.push_back(link);
+    takeLink ? takeLink(*link) : RecoveredFiltered.push_back(link);
 }
 
 }  // namespace salvor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <stop_token>
 
@@ -20,6 +21,9 @@ class MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery
 
     explicit MessageChatGuidAndChatIdHandleConnectionSQLiteRecovery(ScanState& state,
                                                                     std::stop_token cancelled = {});
+
+    /// Where set, takes each link in place of `RecoveredFiltered`.
+    std::function<void(const MessageChatGuidAndChatIdHandleConnection&)> takeLink;
 
   protected:
     void beforeRecovery() override { maxChatRowId_ = getMaxRowIdforTable("chat"); }

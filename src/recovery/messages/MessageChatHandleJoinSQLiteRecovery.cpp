@@ -24,7 +24,8 @@ MessageChatHandleJoinSQLiteRecovery::MessageChatHandleJoinSQLiteRecovery(ScanSta
 
 void MessageChatHandleJoinSQLiteRecovery::recordCarved(
     const std::shared_ptr<ChatHandleJoin>& join) {
-    if (join->ChatId > 0) RecoveredFiltered.push_back(join);
+    if (join->ChatId <= 0) return;
+    takeLink ? takeLink(*join) : RecoveredFiltered.push_back(join);
 }
 
 }  // namespace salvor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <stop_token>
 
@@ -16,6 +17,10 @@ class MessageChatHandleJoinSQLiteRecovery
     static const SignatureUse<ChatHandleJoin> kSignature;
 
     explicit MessageChatHandleJoinSQLiteRecovery(ScanState& state, std::stop_token cancelled = {});
+
+    /// Where set, takes each link in place of `RecoveredFiltered`, as a small row makes a record of
+    /// many times its size.
+    std::function<void(const ChatHandleJoin&)> takeLink;
 
   protected:
     void recordCarved(const std::shared_ptr<ChatHandleJoin>& join) override;
