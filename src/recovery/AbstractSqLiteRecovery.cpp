@@ -4,10 +4,24 @@
 #include "sql/FMDBUtils.h"
 
 namespace salvor {
+namespace {
+
+/// How many records one pass may make of a file. A row of a device takes a hundred bytes and more,
+/// the shortest one that fits a pattern a dozen, and its record five hundred.
+std::uint64_t mostRows(std::size_t fileSize) {
+    constexpr std::uint64_t kBase = 16384;
+    constexpr std::uint64_t kBytesPerRow = 64;
+    return kBase + fileSize / kBytesPerRow;
+}
+
+}  // namespace
 
 AbstractSqLiteRecovery::AbstractSqLiteRecovery(ScanState& state, std::stop_token cancelled,
                                                PageSearch search)
-    : state_(state), cancelled_(std::move(cancelled)), engine_(*this, search, cancelled_) {}
+    : state_(state),
+      cancelled_(std::move(cancelled)),
+      engine_(*this, search, cancelled_),
+      keepsRows_(search == PageSearch::Unused) {}
 
 AbstractSqLiteRecovery::~AbstractSqLiteRecovery() = default;
 
@@ -21,11 +35,20 @@ void AbstractSqLiteRecovery::DoRecoveryPath(const std::filesystem::path& path) {
     if (!file) return;
     if (!originDatabase) originDatabase = path.filename().string();
     _field = {};  // of the patterns of an earlier run, which may be gone
+    // What searches pages whole keeps links alone, each once.
+    if (keepsRows_) rowsLeft_ = mostRows(file->bytes().size());
     CarvingProgress progress(state_.progress, file->bytes().size());
     engine_.carve(
         file->bytes(), tablePatterns,
         {workingOnCallList_, [&progress](std::uint64_t bytes) { progress.advance(bytes); }});
-    if (!cancelled_.stop_requested()) tellSearch({});
+    if (!cancelled_.stop_requested()) tellSearch(searchEnd());
+}
+
+ReadingEnd AbstractSqLiteRecovery::searchEnd() const {
+    using Kind = ReadingEnd::Kind;
+    if (rowsLeftOut_) return {Kind::Budget, "more deleted rows than a file of its size explains"};
+    if (engine_.leftOut()) return {Kind::Budget, "its pages have free blocks that overlap"};
+    return {};
 }
 
 void AbstractSqLiteRecovery::tellSearch(const ReadingEnd& end) {
@@ -54,7 +77,15 @@ void AbstractSqLiteRecovery::rowDropped() {
 }
 
 void AbstractSqLiteRecovery::rowEnds() {
-    if (!isAlreadyOnList(*_recObject)) addRecoveredObject();
+    if (isAlreadyOnList(*_recObject)) return;
+    if (takeRows(1)) addRecoveredObject();
+}
+
+bool AbstractSqLiteRecovery::takeRows(std::uint64_t count) {
+    if (count > rowsLeft_) rowsLeftOut_ = true;
+    if (rowsLeftOut_) return false;
+    rowsLeft_ -= count;
+    return true;
 }
 
 void AbstractSqLiteRecovery::FillModel(std::int64_t, const OptionalColumnValue&,

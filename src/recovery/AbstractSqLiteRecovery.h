@@ -82,6 +82,8 @@ class AbstractSqLiteRecovery : private RowReceiver {
     bool checkIfUICancelled() const { return cancelled_.stop_requested(); }
 
   protected:
+    /// Whether a pass may still keep what takes as much memory as so many records; takes it.
+    bool takeRows(std::uint64_t count);
     /// How the search of the file at `fullDBPath` ended.
     void tellSearch(const ReadingEnd& end);
 
@@ -116,7 +118,12 @@ class AbstractSqLiteRecovery : private RowReceiver {
     void rowDropped() final;
     void rowEnds() final;
 
+    ReadingEnd searchEnd() const;
+
     CarvingEngine engine_;
+    std::uint64_t rowsLeft_ = UINT64_MAX;  ///< that may still be added
+    bool rowsLeftOut_ = false;
+    const bool keepsRows_;
     bool workingOnCallList_ = false;
     mutable RowIdIndex rowIds_;
 };

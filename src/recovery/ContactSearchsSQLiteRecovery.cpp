@@ -102,6 +102,10 @@ std::int32_t ContactSearchsSQLiteRecovery::verifyDataPosition(Bytes text) {
 }
 
 void ContactSearchsSQLiteRecovery::recordCarved(const std::shared_ptr<Contact>& contact) {
+    // A text of blanks and digits gives a number for each two bytes.
+    constexpr std::size_t kDetailsOfARow = 4;
+    const auto details = contact->ContactNumbers.size() + contact->ContactEmailAddresses.size();
+    if (!takeRows(details / kDetailsOfARow)) return;
     incrementRecoveryCount();
     state_.AllDeletedContact.push_back(contact);
     state_.DeletedContact.push_back(contact);

@@ -51,6 +51,31 @@ TEST(CarverBase, FirstCarvingOfARowIdWins) {
     EXPECT_THAT(carver.rowIds, ElementsAre(5));
 }
 
+/// Keeps nothing of the rows that it is given.
+template <class Base>
+class CountingCarver : public ListingCarver<Base> {
+  public:
+    using ListingCarver<Base>::ListingCarver;
+    std::size_t rows = 0;
+
+  protected:
+    void addRecoveredObject() override { ++rows; }
+};
+
+TEST(CarverBase, TakesNoMoreRowsThanADeviceWrites) {
+    // Where pages are searched whole every byte is a row, and their links are not kept.
+    FileImage image(32768, 4);
+    image.btree(3, 13, 0, 32767);
+    image.trunkPage(4);
+    const TemporaryFile file(image.bytes);
+    CountingCarver<AbstractSqLiteRecovery> carver("[0]");
+    carver.DoRecoveryPath(file.path());
+    EXPECT_EQ(carver.rows, 16384 + image.bytes.size() / 64);
+    CountingCarver<AbstractSQLiteRecoveryFullSearch> links("[0]");
+    links.DoRecoveryPath(file.path());
+    EXPECT_GT(links.rows, 60000U);
+}
+
 TEST(CarverBase, SettlesItsProgressHoweverTheFileEnds) {
     FileImage image(512, 4);
     image.btree(3, 13, 0, 60);
