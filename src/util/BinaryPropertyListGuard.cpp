@@ -113,8 +113,15 @@ class ObjectTable {
         measure.values += below.values;
         measure.bytes += below.bytes;
         measure.depth = std::max(measure.depth, below.depth + 1);
-        return measure.values <= kMaxPropertyListValues && measure.bytes <= kMaxPropertyListBytes &&
+        return measure.values <= kMaxPropertyListValues && measure.bytes <= mostBytes() &&
                measure.depth <= kMaxPropertyListDepth;
+    }
+
+    // One text may stand for many, but few lists repeat more than their keys.
+    std::uint64_t mostBytes() const {
+        constexpr std::uint64_t kBase = std::uint64_t{8} << 20;
+        constexpr std::uint64_t kCopies = 4;
+        return kBase + kCopies * data_.size();
     }
 
     // Nothing when references leave the data.

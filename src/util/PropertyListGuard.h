@@ -20,8 +20,9 @@ constexpr std::uint32_t kMaxPropertyListKeys = 10'000;
 constexpr std::uint64_t kMaxPropertyListMoves = std::uint64_t{1} << 35;
 
 /// Whether a binary property list ("bplist00", with its trailer) has a sound object table whose
-/// tree, every reference to a value counted as a copy, stays within the limits of depth, values
-/// and bytes. References are followed without recursion; a cycle is refused.
+/// tree, every reference to a value counted as a copy, stays within the limits of depth and values
+/// and a small multiple of its own size. References are followed without recursion; a cycle is
+/// refused.
 bool binaryPropertyListIsTame(Bytes data);
 
 /// The same XML property list without comments, processing instructions and document type, so
