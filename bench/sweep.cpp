@@ -97,7 +97,7 @@ void run(const Options& options) {
         ScanState state;
         useBackup(state, backup);
         WorkFolder work(folder / "work");
-        sweep.measure([&] { sweepPictures(state, work); });
+        sweep.measure([&] { sweepPictures(state, &work); });
         photos = state.Photos.size();
         walk.measure([&] { bytes += plainWalk(backup); });
     }

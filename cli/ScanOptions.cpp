@@ -18,10 +18,11 @@ const CommandTable kScanTable{
     "Lists what a backup holds, deleted records included, and exports it.",
     {{"BACKUP", kBackupHelp}},
     {{"--category", "C", categoryWords().c_str()},
-     {"--export", "DIR", "write a CSV file per category into a new folder in DIR"},
+     {"--export", "DIR",
+      "write a CSV file per category, and the pictures, into a new folder in DIR"},
      {"--suffix", "S", "suffix of the exported files (default .csv)"},
      {"--json", "FILE", "write everything as one JSON object; - is standard output"},
-     {"--work", "DIR", "make the work folder \"Temp\" in DIR and keep it"},
+     {"--work", "DIR", "make the work folder \"Temp\", with copies of the pictures, in DIR"},
      {"--signatures", "FILE", "table signatures to use instead of the program's own"},
      {"--continue-anyway", nullptr, "scan although property lists are missing"},
      {"--ios", "X.Y|auto", "scan as this version of iOS"},
@@ -62,6 +63,7 @@ void readRequest(const Arguments& given, ScanRequest& request) {
     request.continueAnyway = given.has("--continue-anyway");
     request.ios = given.value("--ios");
     if (const auto work = given.value("--work")) request.workFolder = *work;
+    request.picturesInPlace = !request.workFolder;
     if (const auto signatures = given.value("--signatures")) {
         requireReadableFile(*signatures);
         request.signatures = *signatures;

@@ -145,7 +145,7 @@ ScanEnd SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     state_.run.dataType = holder.dataType;
     state_.run.startedAt = std::time(nullptr);
     state_.run.complete = false;
-    CategoryExtraction extraction(state_, *workFolder_, stopToken());
+    CategoryExtraction extraction(state_, workFolder_.get(), stopToken());
     state_.IsCancelFlag = false;
     // A cancel that came first stays; see `cancel` for the other half.
     if (cancelRequested()) state_.IsCancelFlag = true;

@@ -38,9 +38,12 @@ class SalvorAppDelegate {
     static SalvorAppDelegate* appDelegate();
 
     ScanState& state() { return state_; }
-    WorkFolder& workFolder() { return *workFolder_; }
+    /// Null while pictures are left in place.
+    WorkFolder* workFolder() { return workFolder_.get(); }
     /// Makes "Temp" in `parent` from now on; nothing is a private folder.
     void setWorkFolder(std::optional<std::filesystem::path> parent);
+    /// Copies no picture from now on: they are listed where the backup keeps them.
+    void leavePicturesInPlace() { workFolder_ = nullptr; }
 
     /// Start-up: loads the signatures in the background.
     void applicationDidFinishLaunching(

@@ -115,7 +115,10 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
     const bool versionGiven = request.ios && *request.ios != kAuto;
     outcome.versionUnknown = !versionGiven && isUnknown(state().deviceInfo);
 
-    application_->setWorkFolder(request.workFolder);
+    if (request.picturesInPlace)
+        application_->leavePicturesInPlace();
+    else
+        application_->setWorkFolder(request.workFolder);
     application_->applicationDidFinishLaunching(request.signatures);
     application_->ExploreBackupDirectoryWithDataType({request.category, backup.string()});
     application_->waitForSignatures();

@@ -19,6 +19,8 @@ struct ScanRequest {
     std::int32_t category = 0;     ///< data-type code, 0 to 8; 0 is everything
     /// The folder in which "Temp" is made; without it a private folder that goes with the job.
     std::optional<std::filesystem::path> workFolder;
+    /// No picture is copied and no work folder made: each is listed where the backup keeps it.
+    bool picturesInPlace = false;
     /// "X.Y" or "auto"; without it the version that is read.
     std::optional<std::string> ios;
     /// The signatures file; without it the one shipped with the program.
@@ -33,7 +35,7 @@ enum class ScanResult {
     MissingPropertyLists,  ///< the question was not answered with "Yes"; `message` is its text
     SourceUnusable,        ///< no such folder, or not readable
     InvalidRequest,        ///< unknown category, a version that is none, output inside the backup
-    WorkFolderRefused,     ///< "Temp" is not ours to remove, or cannot be made
+    WorkFolderRefused,     ///< "Temp" is not ours to remove, cannot be made or has no room
     Cancelled,             ///< the lists hold what was found until then
     Failed,                ///< an exception ended it, and the lists hold what was found until then
 };

@@ -47,7 +47,14 @@ std::optional<std::string> FolderBackupFiles::storedNameAt(
     const std::filesystem::path& place) const {
     auto name = place.filename().string();
     if (name.empty() || (place != folder_ / name && place != nested(name))) return std::nullopt;
-    return name;
+    // A file in a sub-folder can be hidden by a flat one of its name.
+    return find(name).place == place ? std::optional(name) : std::nullopt;
+}
+
+std::optional<std::int64_t> FolderBackupFiles::indexedDate(const std::string& storedName) const {
+    std::call_once(datesRead_,
+                   [this] { dates_ = std::make_unique<IndexDates>(own("Manifest.mbdb").path); });
+    return dates_->of(storedName);
 }
 
 std::uint64_t FolderBackupFiles::totalBytes() const {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+#include <mutex>
+
+#include "backup/IndexDates.h"
 #include "scan/BackupFiles.h"
 
 namespace salvor {
@@ -16,12 +20,16 @@ class FolderBackupFiles : public BackupFiles {
     BackupFile own(const std::string& name) const override;
     std::unique_ptr<StoredFileList> list() const override;
     std::optional<std::string> storedNameAt(const std::filesystem::path& place) const override;
+    /// The index is read when this is asked for the first time.
+    std::optional<std::int64_t> indexedDate(const std::string& storedName) const override;
     std::uint64_t totalBytes() const override;
 
   private:
     std::filesystem::path nested(const std::string& storedName) const;
 
     std::filesystem::path folder_;
+    mutable std::once_flag datesRead_;
+    mutable std::unique_ptr<const IndexDates> dates_;
 };
 
 }  // namespace salvor

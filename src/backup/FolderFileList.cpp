@@ -1,12 +1,14 @@
 #include "backup/FolderFileList.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -14,6 +16,10 @@
 
 namespace salvor {
 namespace {
+
+std::string lastError() {
+    return std::generic_category().message(errno);
+}
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
@@ -57,15 +63,27 @@ FolderFileList::~FolderFileList() {
     if (folder_ >= 0) ::close(folder_);
 }
 
-std::size_t FolderFileList::readHead(std::size_t index, std::span<std::uint8_t> head) const {
-    const auto file = ReadableFile::openIn(folder_, name(index));
-    return file ? file->readHead(head) : 0;
+std::uint64_t FolderFileList::fileSize(std::size_t index) const {
+    struct stat info {};
+    if (::fstatat(folder_, name(index), &info, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+    return static_cast<std::uint64_t>(info.st_size);
 }
 
-std::string FolderFileList::copyTo(std::size_t index, const std::filesystem::path& target,
-                                   const std::function<bool()>& cancelled) const {
+FileHead FolderFileList::readHead(std::size_t index, std::span<std::uint8_t> head) const {
     const auto file = ReadableFile::openIn(folder_, name(index));
-    return file ? file->copyTo(target, cancelled) : "cannot be read";
+    const auto size = file ? file->readHead(head) : std::nullopt;
+    return size ? FileHead{*size, ""} : FileHead{0, lastError()};
+}
+
+FileCopy FolderFileList::copyTo(std::size_t index, const std::filesystem::path& target,
+                                const FileCopyOptions& options) const {
+    const auto file = ReadableFile::openIn(folder_, name(index));
+    return file ? file->copyTo(target, options) : FileCopy{FileCopy::End::Unreadable, lastError()};
+}
+
+bool FolderFileList::sharesBlocks(std::size_t index, const std::filesystem::path& folder) const {
+    const auto file = ReadableFile::openIn(folder_, name(index));
+    return file && file->sharesBlocksWith(folder);
 }
 
 void FolderFileList::list(const std::string& subFolder, std::vector<std::string>* subFolders) {

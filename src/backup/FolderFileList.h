@@ -22,9 +22,11 @@ class FolderFileList : public StoredFileList {
 
     std::size_t size() const override { return starts_.size(); }
     std::filesystem::path place(std::size_t index) const override { return backup_ / name(index); }
-    std::size_t readHead(std::size_t index, std::span<std::uint8_t> head) const override;
-    std::string copyTo(std::size_t index, const std::filesystem::path& target,
-                       const std::function<bool()>& cancelled) const override;
+    std::uint64_t fileSize(std::size_t index) const override;
+    FileHead readHead(std::size_t index, std::span<std::uint8_t> head) const override;
+    FileCopy copyTo(std::size_t index, const std::filesystem::path& target,
+                    const FileCopyOptions& options) const override;
+    bool sharesBlocks(std::size_t index, const std::filesystem::path& folder) const override;
 
   private:
     /// The path of a file inside the backup folder.

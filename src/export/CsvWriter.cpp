@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "util/StringUtils.h"
@@ -22,9 +24,14 @@ bool holdsLineBreak(std::string_view text) {
 
 }  // namespace
 
-CsvWriter::CsvWriter(const std::filesystem::path& path) : file_(std::fopen(path.c_str(), "we")) {
+CsvWriter::CsvWriter(const std::filesystem::path& path) {
+    constexpr mode_t kOwnerAlone = 0600;
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerAlone);
+    if (file >= 0) file_ = ::fdopen(file, "w");
     created_ = file_ != nullptr;
-    if (!created_) fail(errno);
+    if (created_) return;
+    fail(errno);
+    if (file >= 0) ::close(file);
 }
 
 CsvWriter::~CsvWriter() {

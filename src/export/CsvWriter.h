@@ -9,11 +9,12 @@
 
 namespace salvor {
 
-/// Writes one comma-separated file in place: fields parted by the delimiter, lines ended by a
-/// single line feed, UTF-8. A field that holds the delimiter, a double quote, a backslash or a
-/// line break, or that begins with "#", stands in double quotes with its own quotes doubled
-/// (Kept: more-quotes-than-needed). A file that cannot be created or written swallows what follows;
-/// `close` tells the cause. The first field or line fixes the delimiter. Not thread-safe.
+/// Writes one comma-separated file in place, a new one for its owner alone: fields parted by the
+/// delimiter, lines ended by a single line feed, UTF-8. A field that holds the delimiter, a double
+/// quote, a backslash or a line break, or that begins with "#", stands in double quotes with its
+/// own quotes doubled (Kept: more-quotes-than-needed). A file that cannot be created or written
+/// swallows what follows; `close` tells the cause. The first field or line fixes the delimiter. Not
+/// thread-safe.
 class CsvWriter {
   public:
     explicit CsvWriter(const std::filesystem::path& path);

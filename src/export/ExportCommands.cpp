@@ -1,16 +1,16 @@
 #include "export/ExportCommands.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fmt/format.h>
 #include <iterator>
-#include <sys/stat.h>
+#include <optional>
 #include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "export/CsvColumns.h"
 #include "export/CsvWriter.h"
+#include "export/ExportFolder.h"
 #include "scan/Categories.h"
 #include "util/FileUtils.h"
 #include "util/ReadableFile.h"
@@ -79,9 +79,15 @@ class ExportRun {
         : state_(state), onlyTicked_(onlyTicked), watch_(watch) {}
 
     ExportSummary run(const fs::path& target, const std::string& suffix, Date now) {
-        if (!makeFolder(target, now)) return std::move(summary_);
+        const std::string name = deviceName() + " - " + DateUtils::format(now, DatePattern::Folder);
+        if (const int failure = folder_.make(target, name); failure != 0) {
+            summary_.failed.push_back({folder_.path(), 0, messageOf(failure)});
+            return std::move(summary_);
+        }
+        summary_.folder = folder_.path();
         const Exporter& exporter = Exporter::defaultExporter(summary_.folder);
         const auto steps = stepsInOrder(onlyTicked_);
+        requireRoomForMedia(steps);
         if (watch_.progress) {
             for (const Step& step : steps) count(exporter, step);
         }
@@ -96,10 +102,66 @@ class ExportRun {
                                                 watchRows()));
             }
         }
+        finish();
         return std::move(summary_);
     }
 
   private:
+    /// Calls `use` with every picture and video to be copied.
+    template <class Use>
+    void forEachMedium(const Step& step, Use use) const {
+        if (step.rows == nullptr || (onlyTicked_ && !step.rows->tickedExported)) return;
+        for (const NamedList* list : {&step.rows->live, &step.rows->deleted}) {
+            withList(state_, *list, [&]<class Row>(const List<Row>& rows) {
+                if constexpr (columns::Medium<Row>) {
+                    for (const auto& item : rows)
+                        if (wanted(*item)) use(*item);
+                }
+            });
+        }
+    }
+
+    void requireRoomForMedia(const std::vector<Step>& steps) {
+        std::uint64_t bytes = 0;
+        fs::path first;
+        for (const Step& step : steps) {
+            forEachMedium(step, [&](const auto& medium) {
+                const fs::path source = medium.Location.value_or("");
+                const auto facts = state_.findListed(source);
+                if (!facts) return;
+                bytes += facts.size;
+                if (first.empty()) first = source;
+            });
+        }
+        const auto lack = FileUtils::lackOfSpace(summary_.folder, bytes);
+        if (lack.empty()) return;
+        const auto file = state_.openListed(first);
+        const auto readable = ReadableFile::open(file.path);
+        if (readable && readable->sharesBlocksWith(summary_.folder)) return;
+        copiesMedia_ = false;
+        summary_.failed.push_back(
+            {summary_.folder, 0, "no picture or video is copied: copying them " + lack});
+    }
+
+    /// The folder gets its name when everything that was to be written is in it.
+    void finish() {
+        summary_.whole = !summary_.cancelled && summary_.failed.empty();
+        if (!summary_.whole) return;
+        const auto before = folder_.path();
+        if (const int failure = folder_.finish(); failure != 0) {
+            summary_.whole = false;
+            summary_.failed.push_back({before, 0, "cannot be renamed: " + messageOf(failure)});
+            return;
+        }
+        summary_.folder = folder_.path();
+        Exporter::defaultExporter(summary_.folder);
+        for (auto* files : {&summary_.written, &summary_.unreadable})
+            for (ExportedFile& file : *files)
+                file.path = summary_.folder / file.path.lexically_relative(before);
+    }
+
+    static std::string messageOf(int error) { return std::generic_category().message(error); }
+
     /// Adds what a step will write to the totals of the progress.
     void count(const Exporter& exporter, const Step& step) {
         const ExportWatch counting{{}, {}, &progress_.rowsTotal};
@@ -107,13 +169,7 @@ class ExportRun {
             (exporter.*step.operation)(state_, {}, onlyTicked_, counting);
         if (step.rows == nullptr || (onlyTicked_ && !step.rows->tickedExported)) return;
         exporter.exportRows(*step.rows, state_, {}, onlyTicked_, counting);
-        for (const NamedList* list : {&step.rows->live, &step.rows->deleted}) {
-            withList(state_, *list, [this]<class Row>(const List<Row>& rows) {
-                if constexpr (columns::Medium<Row>)
-                    progress_.filesTotal += static_cast<std::size_t>(std::count_if(
-                        rows.begin(), rows.end(), [&](const auto& item) { return wanted(*item); }));
-            });
-        }
+        if (copiesMedia_) forEachMedium(step, [this](const auto&) { ++progress_.filesTotal; });
     }
 
     bool goesOn() {
@@ -170,24 +226,6 @@ class ExportRun {
         return name.empty() ? "Device" : FileUtils::safeFileName(name, maxNameBytes);
     }
 
-    bool makeFolder(const fs::path& target, Date now) {
-        std::error_code error;
-        fs::create_directories(target, error);
-        const std::string name = deviceName() + " - " + DateUtils::format(now, DatePattern::Folder);
-        fs::path folder = target / name;
-        constexpr int mostFolders = 10000;
-        for (int number = 2; ::mkdir(folder.c_str(), 0777) != 0; ++number) {
-            const int failure = errno;
-            if (failure != EEXIST || number > mostFolders) {
-                summary_.failed.push_back({folder, 0, std::generic_category().message(failure)});
-                return false;
-            }
-            folder = target / fmt::format("{} ({})", name, number);
-        }
-        summary_.folder = folder;
-        return true;
-    }
-
     void note(const Exporter::Result& result) {
         if (!result) return;
         progress_.rowsDone += result->rows;
@@ -200,6 +238,7 @@ class ExportRun {
 
     template <class Media>
     void copyMedia(const char* word, const List<Media>& live, const List<Media>& deleted) {
+        if (!copiesMedia_) return;
         MediaNames names;
         for (const auto* list : {&live, &deleted}) {
             for (const auto& item : *list) {
@@ -221,25 +260,26 @@ class ExportRun {
             ++summary_.missingMedia;
             return;
         }
-        std::error_code ignored;
-        fs::create_directory(folder, ignored);
+        FileUtils::makePrivateFolders(folder);  // a failure shows in the copy
         const std::string name = item.Name.value_or(source.filename().string());
-        const auto copied = copyFile(
-            file, source, folder / names.take(FileUtils::safeFileName(name, maxNameBytes)));
-        if (copied.cancelled)
-            summary_.cancelled = true;
-        else
-            (copied.written() ? summary_.written : summary_.failed).push_back(copied);
-    }
-
-    ExportedFile copyFile(const BackupFile& from, const fs::path& shown,
-                          const fs::path& copy) const {
-        const auto file = ReadableFile::open(from.path);
-        if (!file) return {copy, 0, "cannot read " + shown.string()};
-        const auto cancelled = [this] { return watch_.cancelled.stop_requested(); };
-        std::string failure = file->copyTo(copy, cancelled);
-        const bool ended = !failure.empty() && cancelled();
-        return {copy, failure.empty() ? 1U : 0U, std::move(failure), ended};
+        const fs::path copy = folder / names.take(FileUtils::safeFileName(name, maxNameBytes));
+        const auto opened = ReadableFile::open(file.path);
+        const auto copied =
+            opened ? opened->copyTo(copy, {state_.findListed(source).modified,
+                                           [this] { return watch_.cancelled.stop_requested(); }})
+                   : FileCopy{FileCopy::End::Unreadable, "no readable file"};
+        switch (copied.end) {
+            case FileCopy::End::Whole:
+                return summary_.written.push_back({copy, 1, ""});
+            case FileCopy::End::Cancelled:
+                summary_.cancelled = true;
+                return;
+            case FileCopy::End::Unreadable:
+                return summary_.unreadable.push_back(
+                    {copy, 0, "cannot read " + source.string() + ": " + copied.cause});
+            case FileCopy::End::Unwritten:
+                return summary_.failed.push_back({copy, 0, copied.cause});
+        }
     }
 
     void writeDeviceInfo(const fs::path& path) {
@@ -266,6 +306,8 @@ class ExportRun {
     const ScanState& state_;
     const bool onlyTicked_;
     const ExportWatch& watch_;
+    ExportFolder folder_;
+    bool copiesMedia_ = true;
     ExportProgress progress_;
     ExportSummary summary_;
 };

@@ -13,11 +13,16 @@ class NoFileList : public StoredFileList {
   public:
     std::size_t size() const override { return 0; }
     std::filesystem::path place(std::size_t) const override { return {}; }
-    std::size_t readHead(std::size_t, std::span<std::uint8_t>) const override { return 0; }
-    std::string copyTo(std::size_t, const std::filesystem::path&,
-                       const std::function<bool()>&) const override {
-        return "no such file";
+    std::uint64_t fileSize(std::size_t) const override { return 0; }
+    FileHead readHead(std::size_t, std::span<std::uint8_t>) const override { return {0, kNone}; }
+    FileCopy copyTo(std::size_t, const std::filesystem::path&,
+                    const FileCopyOptions&) const override {
+        return {FileCopy::End::Unreadable, kNone};
     }
+    bool sharesBlocks(std::size_t, const std::filesystem::path&) const override { return false; }
+
+  private:
+    static constexpr auto kNone = "no such file";
 };
 
 class NoBackupFiles : public BackupFiles {

@@ -2,11 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+
+#include "util/FileCopy.h"
 
 namespace salvor {
 
@@ -41,6 +42,12 @@ struct BackupFile {
     explicit operator bool() const { return state == FileState::Present; }
 };
 
+/// What could be read of the beginning of a file.
+struct FileHead {
+    std::size_t size = 0;  ///< bytes
+    std::string fault;     ///< why the file cannot be read, or ""
+};
+
 /// Every stored file of a backup, those of its own included, by name. One thread at a time.
 class StoredFileList {
   public:
@@ -48,13 +55,14 @@ class StoredFileList {
 
     virtual std::size_t size() const = 0;
     virtual std::filesystem::path place(std::size_t index) const = 0;
-    /// The first bytes of a file, as many as there are and fit; returns how many, 0 for a file
-    /// that cannot be read.
-    virtual std::size_t readHead(std::size_t index, std::span<std::uint8_t> head) const = 0;
-    /// Copies a file to `target`, which must not be there yet. Returns "" or the cause of the
-    /// failure, after which there is no copy. `cancelled` is asked now and then.
-    virtual std::string copyTo(std::size_t index, const std::filesystem::path& target,
-                               const std::function<bool()>& cancelled) const = 0;
+    virtual std::uint64_t fileSize(std::size_t index) const = 0;  ///< bytes; 0 if it cannot be told
+    /// The first bytes of a file, as many as there are and fit.
+    virtual FileHead readHead(std::size_t index, std::span<std::uint8_t> head) const = 0;
+    /// Copies a file to `target`, which must not be there yet.
+    virtual FileCopy copyTo(std::size_t index, const std::filesystem::path& target,
+                            const FileCopyOptions& options) const = 0;
+    /// A copy of a file inside `folder` takes no space.
+    virtual bool sharesBlocks(std::size_t index, const std::filesystem::path& folder) const = 0;
 };
 
 /// The one way to the files of a backup, however it keeps them: flat, in sub-folders, encrypted. A
@@ -79,6 +87,12 @@ class BackupFiles {
     virtual std::unique_ptr<StoredFileList> list() const = 0;
     /// The stored name of the file that `find` places there; nothing for any other path.
     virtual std::optional<std::string> storedNameAt(const std::filesystem::path& place) const = 0;
+    /// When a file was last changed on the device as the backup's index tells, in Unix seconds;
+    /// nothing without index or record.
+    virtual std::optional<std::int64_t> indexedDate(const std::string& storedName) const {
+        (void)storedName;
+        return std::nullopt;
+    }
     /// What the whole backup takes.
     virtual std::uint64_t totalBytes() const = 0;
 

@@ -22,12 +22,27 @@ void ScanState::forgetOtherBackups() {
     otherBackups_.clear();
 }
 
-BackupFile ScanState::openListed(const std::filesystem::path& path) const {
-    if (const auto name = backupFiles_->storedNameAt(path)) return backupFiles_->open(*name);
+std::pair<std::shared_ptr<const BackupFiles>, std::string> ScanState::listedIn(
+    const std::filesystem::path& path) const {
+    if (auto name = backupFiles_->storedNameAt(path)) return {backupFiles_, std::move(*name)};
     const std::lock_guard lock(otherBackupsMutex_);
     for (const auto& files : otherBackups_)
-        if (const auto name = files->storedNameAt(path)) return files->open(*name);
+        if (auto name = files->storedNameAt(path)) return {files, std::move(*name)};
+    return {};
+}
+
+BackupFile ScanState::openListed(const std::filesystem::path& path) const {
+    const auto [files, name] = listedIn(path);
+    if (files != nullptr) return files->open(name);
     return {BackupFiles::factsOf(path).state, path, nullptr};
+}
+
+FileFacts ScanState::findListed(const std::filesystem::path& path) const {
+    const auto [files, name] = listedIn(path);
+    if (files == nullptr) return BackupFiles::factsOf(path);
+    auto facts = files->find(name);
+    if (const auto date = files->indexedDate(name)) facts.modified = *date;
+    return facts;
 }
 
 void ScanState::installDatabase(std::shared_ptr<FMDBUtils> dbUtils,

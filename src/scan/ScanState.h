@@ -30,10 +30,10 @@ namespace salvor {
 class FMDBUtils;
 class SqLiteTableSignatures;
 
-/// How far the carving of a scan has come, in bytes of database files. Written by the carvers,
-/// read by whoever draws the progress.
+/// How far the search for deleted records has come, in bytes of database files. Written by the
+/// carvers, read by whoever draws the progress.
 struct ScanProgress {
-    std::atomic<std::uint64_t> bytesTotal{0};
+    std::atomic<std::uint64_t> bytesTotal{0};  ///< of the whole scan; set before anything is read
     std::atomic<std::uint64_t> bytesDone{0};
     std::atomic<std::uint64_t> recordsFound{0};  ///< deleted records that reached a list
     std::atomic<std::uint32_t> pictureSteps{0};  ///< eighths of the stored files looked at
@@ -46,9 +46,9 @@ struct ScanRun {
     std::atomic<bool> complete{false};  ///< it came to its end: no cancel, no exception
 };
 
-/// The hub of one scan: source, database names, result lists, counters, flags. Boxes are handed a
-/// `ScanState&`, so two scans may run in one process. A list belongs to the worker that fills it
-/// until that worker's finished flag is set; counters and flags are atomic.
+/// The hub of one scan: source, database names, result lists, counters, flags. Boxes are handed
+/// a `ScanState&`, so two scans may run in one process. A list belongs to the worker that fills
+/// it until that worker's finished flag is set; counters and flags are atomic.
 class ScanState : public RecordContext {
   public:
     ScanState();
@@ -70,6 +70,8 @@ class ScanState : public RecordContext {
     void forgetOtherBackups();
     /// A file by the path that a list names: one of a backup, else an ordinary one.
     BackupFile openListed(const std::filesystem::path& path) const;
+    /// What is known of such a file, with the date that the backup's index tells where it does.
+    FileFacts findListed(const std::filesystem::path& path) const;
 
     // Stored names of the category databases
     std::string SMS_DATABASE, ADDRESSBOOK_DATABASE, CALENDAR_DATABASE, NOTES_DATABASE,
@@ -127,6 +129,7 @@ class ScanState : public RecordContext {
     ScanRun run;
     /// What could be read of the databases; told by `readingEnded`.
     FileOutcomes fileOutcomes;
+    std::atomic<std::size_t> picturesNotCopied{0};  ///< since the sweep could not write the copy
     std::shared_ptr<SqLiteTableSignatures> recoverySignatures;
     ScanObserver* observer = nullptr;  ///< not owned; outlives the scan
     /// Opens the calendar database for `openCalendarLookups`; set by the box that knows SQL.
@@ -175,6 +178,11 @@ class ScanState : public RecordContext {
     std::size_t deletedCallLogCount() const override { return DeletedCallLog.size(); }
 
   private:
+    /// The backup whose list names this path, and the stored name there; null for an ordinary
+    /// file.
+    std::pair<std::shared_ptr<const BackupFiles>, std::string> listedIn(
+        const std::filesystem::path& path) const;
+
     mutable std::mutex databaseMutex_;
     std::shared_ptr<FMDBUtils> dbUtils_;
     std::shared_ptr<DatabaseLookups> daos_;

@@ -39,7 +39,6 @@ DcimService::DcimService(ScanState& state)
                {"Photo Stream Videos", true, false, {}}, {"App Videos", true, false, {}}} {}
 
 void DcimService::RecoverFromIOSBackup(const DeviceInfo& device) {
-    for (const auto& photo : state_.Photos) photoLocations_.insert(photo->Location.value_or(""));
     processBothLibraries(device, false);
     if (state_.RecoverType != 0) return;  // Kept: older-backups-after-device.
     processOlderBackups(device);

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <limits>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -32,8 +33,23 @@ std::string causeOf(int error) {
 
 using Writing = std::function<bool(std::ostream&)>;
 
+constexpr mode_t kOwnerAlone = 0600;
+
+/// Brings a file to the disk in pieces, since one long wait could not be ended; 0 or the error.
+int sync(int fd, const std::stop_token& stop) {
+    constexpr off_t kPiece = off_t{8} << 20;
+    constexpr unsigned kWritten =
+        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+    const off_t size = ::lseek(fd, 0, SEEK_END);
+    for (off_t done = 0; done < size; done += kPiece) {
+        if (stop.stop_requested()) return ECANCELED;
+        if (::sync_file_range(fd, done, kPiece, kWritten) != 0) break;  // as one piece, then
+    }
+    return ::fsync(fd) == 0 ? 0 : errno;
+}
+
 // Has everything written and closes, also when `write` throws; 0 or the error.
-int writeAndClose(int fd, const Writing& write, bool sync) {
+int writeAndClose(int fd, const Writing& write, const std::stop_token* synced) {
     int error = 0;
     try {
         FdStream out(fd);
@@ -45,7 +61,7 @@ int writeAndClose(int fd, const Writing& write, bool sync) {
         ::close(fd);
         throw;
     }
-    if (error == 0 && sync && ::fsync(fd) != 0) error = errno;
+    if (error == 0 && synced != nullptr) error = sync(fd, *synced);
     if (::close(fd) != 0 && error == 0) error = errno;
     return error;
 }
@@ -53,7 +69,7 @@ int writeAndClose(int fd, const Writing& write, bool sync) {
 std::string writeInPlace(const std::filesystem::path& path, const Writing& write) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd < 0) return causeOf(errno);
-    const int error = writeAndClose(fd, write, false);
+    const int error = writeAndClose(fd, write, nullptr);
     return error == 0 ? "" : causeOf(error);
 }
 
@@ -121,6 +137,29 @@ std::string FileUtils::sizeText(std::uint64_t bytes) {
     return fmt::format("{:.1f} {}", size, units[unit]);
 }
 
+int FileUtils::makePrivateFolders(const std::filesystem::path& folder) {
+    constexpr mode_t kOwnersFolder = 0700;
+    std::filesystem::path made;
+    int failure = 0;
+    for (const auto& part : folder) {
+        made /= part;
+        failure = ::mkdir(made.c_str(), kOwnersFolder) == 0 ? 0 : errno;
+    }
+    std::error_code ignored;
+    return std::filesystem::is_directory(folder, ignored) ? 0
+           : failure == EEXIST                            ? ENOTDIR
+                                                          : failure;
+}
+
+std::string FileUtils::lackOfSpace(const std::filesystem::path& folder, std::uint64_t bytes) {
+    struct statvfs info {};
+    if (::statvfs(folder.c_str(), &info) != 0) return "";
+    const std::uint64_t free = std::uint64_t{info.f_bavail} * info.f_frsize;
+    if (bytes <= free) return "";
+    return fmt::format("needs {} ({} bytes), but there are {} ({} bytes)", sizeText(bytes), bytes,
+                       sizeText(free), free);
+}
+
 std::string FileUtils::writeAtomically(const std::filesystem::path& path,
                                        std::string_view content) {
     return writeAtomically(path, [content](std::ostream& out) {
@@ -129,7 +168,8 @@ std::string FileUtils::writeAtomically(const std::filesystem::path& path,
     });
 }
 
-std::string FileUtils::writeAtomically(const std::filesystem::path& path, const Writing& write) {
+std::string FileUtils::writeAtomically(const std::filesystem::path& path, const Writing& write,
+                                       const std::stop_token& stop) {
     static std::atomic<unsigned int> serial{0};
     std::error_code error;
     std::filesystem::path target = std::filesystem::canonical(path, error);
@@ -144,11 +184,11 @@ std::string FileUtils::writeAtomically(const std::filesystem::path& path, const 
     aside.replace_filename(fmt::format(".{}.{}-{}.part",
                                        safeFileName(target.filename().string(), 200), ::getpid(),
                                        serial.fetch_add(1)));
-    const int fd = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int fd = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);
     if (fd < 0) return causeOf(errno);
     int failure = 0;
     try {
-        failure = writeAndClose(fd, write, true);
+        failure = writeAndClose(fd, write, &stop);
     } catch (...) {
         ::unlink(aside.c_str());
         throw;

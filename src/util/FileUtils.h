@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,14 +32,22 @@ struct FileUtils {
     /// Powers of 1000: "999 bytes", "1.2 KB", "3.4 GB".
     static std::string sizeText(std::uint64_t bytes);
 
-    /// Replaces or creates a file as a whole: written aside in the same folder, then renamed. A
-    /// link is followed to its file; a device or pipe is written in place. Returns "" or the cause
-    /// of the failure, after which the old file is untouched.
+    /// Makes a folder, and those that lead to it, where they are missing; its owner alone may enter
+    /// what is made. Returns 0 or the error (errno).
+    static int makePrivateFolders(const std::filesystem::path& folder);
+    /// "" when the file system of `folder`, which is there, has room for so many bytes, else how
+    /// many are needed and how many there are. One that does not tell is taken to have room.
+    static std::string lackOfSpace(const std::filesystem::path& folder, std::uint64_t bytes);
+
+    /// Replaces or creates a file as a whole: written aside in the same folder, then renamed. Its
+    /// owner alone may read it. A link is followed to its file; a device or pipe is written in
+    /// place. Returns "" or the cause of the failure, after which the old file is untouched.
     static std::string writeAtomically(const std::filesystem::path& path, std::string_view content);
     /// The same for what `write` writes to a stream with a small buffer; it answers false to give
-    /// the file up.
+    /// the file up. So does `stop`, as long as the file is on its way to the disk.
     static std::string writeAtomically(const std::filesystem::path& path,
-                                       const std::function<bool(std::ostream&)>& write);
+                                       const std::function<bool(std::ostream&)>& write,
+                                       const std::stop_token& stop = {});
 
     /// `name` with "/" and control characters as "_", cut to `maxBytes` at a character's end;
     /// never "", "." or "..".

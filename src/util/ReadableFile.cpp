@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <span>
+#include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -14,56 +16,65 @@ namespace salvor {
 namespace {
 
 constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
-constexpr std::size_t kKernelPiece = std::size_t{64} << 20;
+// Small enough that a cancel is heeded soon on a slow disk.
+constexpr std::size_t kKernelPiece = std::size_t{4} << 20;
 constexpr std::size_t kPiece = std::size_t{1} << 18;
 
-std::string lastError() {
-    return std::generic_category().message(errno);
+FileCopy failed(FileCopy::End end) {
+    return {end, std::generic_category().message(errno)};
 }
 
-/// Bytes copied of one piece, 0 at the end of the file, or -1 with `errno` set.
-using CopyPiece = ssize_t (*)(int from, int to, off_t offset);
-
-ssize_t copyInKernel(int from, int to, off_t offset) {
-    return ::copy_file_range(from, &offset, to, nullptr, kKernelPiece, 0);
+bool writeWhole(int to, std::span<const char> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(to, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return true;
 }
 
-ssize_t copyThroughMemory(int from, int to, off_t offset) {
+/// Goes on behind what is copied already, which is where both descriptors stand.
+FileCopy copyThroughMemory(int from, int to, off_t offset, const FileCopyOptions& options) {
     thread_local std::array<char, kPiece> buffer;
-    const ssize_t count = ::pread(from, buffer.data(), buffer.size(), offset);
-    for (ssize_t written = 0; written < count;) {
-        const ssize_t more =
-            ::write(to, buffer.data() + written, static_cast<std::size_t>(count - written));
-        if (more < 0 && errno == EINTR) continue;
-        if (more <= 0) return -1;
-        written += more;
+    for (;;) {
+        if (options.cancelled && options.cancelled())
+            return {FileCopy::End::Cancelled, "cancelled"};
+        const ssize_t count = ::pread(from, buffer.data(), buffer.size(), offset);
+        if (count == 0) return {};
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return failed(FileCopy::End::Unreadable);
+        if (!writeWhole(to, std::span(buffer).first(static_cast<std::size_t>(count))))
+            return failed(FileCopy::End::Unwritten);
+        offset += count;
     }
-    return count;
 }
 
-// The errors with which the kernel says that it cannot copy between these two files.
-bool otherWayHelps(int error) {
-    return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
-           error == EPERM;
-}
-
-std::string copyPieces(int from, int to, const std::function<bool()>& cancelled) {
-    if (::ioctl(to, FICLONE, from) == 0) return "";
-    CopyPiece copy = copyInKernel;
+FileCopy copyPieces(int from, int to, const FileCopyOptions& options) {
+    if (::ioctl(to, FICLONE, from) == 0) return {};
     for (off_t offset = 0;;) {
-        if (cancelled && cancelled()) return "cancelled";
-        const ssize_t count = copy(from, to, offset);
-        if (count > 0) {
-            offset += count;
-        } else if (count == 0 && (offset > 0 || copy == copyThroughMemory)) {
-            return "";
-        } else if (count == 0 || (offset == 0 && copy == copyInKernel && otherWayHelps(errno))) {
-            // Some file systems have a size of their own invention, so that the kernel sees none.
-            copy = copyThroughMemory;
-        } else if (errno != EINTR) {
-            return lastError();
-        }
+        if (options.cancelled && options.cancelled())
+            return {FileCopy::End::Cancelled, "cancelled"};
+        off_t next = offset;
+        const ssize_t count = ::copy_file_range(from, &next, to, nullptr, kKernelPiece, 0);
+        if (count == 0 && offset > 0) return {};
+        if (count < 0 && errno == EINTR) continue;
+        // The kernel does not copy between all files, takes those of an invented size for empty and
+        // does not tell which side failed.
+        if (count <= 0) return copyThroughMemory(from, to, offset, options);
+        offset += count;
     }
+}
+
+/// A date that the target does not take is no failure of the copy.
+void keepDate(int from, int to, const std::optional<std::int64_t>& modified) {
+    struct stat info {};
+    if (modified)
+        info.st_mtim.tv_sec = *modified;
+    else if (::fstat(from, &info) != 0)
+        return;
+    const std::array times{timespec{0, UTIME_OMIT}, info.st_mtim};
+    ::futimens(to, times.data());
 }
 
 }  // namespace
@@ -100,19 +111,30 @@ ReadableFile::~ReadableFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
 }
 
-std::size_t ReadableFile::readHead(std::span<std::uint8_t> head) const {
+std::optional<std::size_t> ReadableFile::readHead(std::span<std::uint8_t> head) const {
     const ssize_t count = ::pread(descriptor_, head.data(), head.size(), 0);
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    if (count < 0) return std::nullopt;
+    return static_cast<std::size_t>(count);
 }
 
-std::string ReadableFile::copyTo(const std::filesystem::path& target,
-                                 const std::function<bool()>& cancelled) const {
-    const int to = ::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (to < 0) return lastError();
-    std::string failure = copyPieces(descriptor_, to, cancelled);
-    if (::close(to) != 0 && failure.empty()) failure = lastError();
-    if (!failure.empty()) ::unlink(target.c_str());
-    return failure;
+FileCopy ReadableFile::copyTo(const std::filesystem::path& target,
+                              const FileCopyOptions& options) const {
+    constexpr mode_t kOwnerAlone = 0600;
+    const int to = ::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAlone);
+    if (to < 0) return failed(FileCopy::End::Unwritten);
+    auto copy = copyPieces(descriptor_, to, options);
+    if (copy) keepDate(descriptor_, to, options.modified);
+    if (::close(to) != 0 && copy) copy = failed(FileCopy::End::Unwritten);
+    if (!copy) ::unlink(target.c_str());
+    return copy;
+}
+
+bool ReadableFile::sharesBlocksWith(const std::filesystem::path& folder) const {
+    const int probe = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (probe < 0) return false;
+    const bool shared = ::ioctl(probe, FICLONE, descriptor_) == 0;
+    ::close(probe);
+    return shared;
 }
 
 }  // namespace salvor

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <span>
-#include <string>
+
+#include "util/FileCopy.h"
 
 namespace salvor {
 
@@ -26,15 +26,16 @@ class ReadableFile {
     ReadableFile& operator=(const ReadableFile&) = delete;
     ~ReadableFile();
 
-    /// The first bytes of the file, as many as there are and fit; returns how many.
-    std::size_t readHead(std::span<std::uint8_t> head) const;
+    /// The first bytes of the file, as many as there are and fit; returns how many. Nothing, and
+    /// `errno`, when they cannot be read.
+    std::optional<std::size_t> readHead(std::span<std::uint8_t> head) const;
 
-    /// Copies the whole file to `target`, which must not be there yet, as cheaply as the file
-    /// systems can: shared blocks, else inside the kernel, else through memory. Returns "" or the
-    /// cause of the failure, after which there is no copy. `cancelled` is asked now and then; a
-    /// cancelled copy fails.
-    std::string copyTo(const std::filesystem::path& target,
-                       const std::function<bool()>& cancelled = {}) const;
+    /// Copies the whole file to `target`, which must not be there yet and which its owner alone may
+    /// read, as cheaply as the file systems can: shared blocks, else inside the kernel, else
+    /// through memory.
+    FileCopy copyTo(const std::filesystem::path& target, const FileCopyOptions& options = {}) const;
+    /// A copy inside `folder` shares its blocks with this file and so takes no space.
+    bool sharesBlocksWith(const std::filesystem::path& folder) const;
 
   private:
     static std::optional<ReadableFile> opened(int folder, const char* path, int flags);

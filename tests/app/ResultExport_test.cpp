@@ -27,6 +27,7 @@ TEST(Results, SayWhatIsNotInTheExport) {
     EXPECT_THAT(report.notices,
                 ElementsAre("WhatsApp: ticked rows of this category are never exported",
                             EndsWith("lists without a file: 1")));
+    EXPECT_TRUE(report.whole);
     EXPECT_TRUE(std::filesystem::exists(report.folder / "SMS.csv"));
 
     std::stop_source stop;

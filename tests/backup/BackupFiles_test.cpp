@@ -7,6 +7,7 @@
 #include "tests/support/CopiedFiles.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
+#include "tools/sample/MbdbWriter.h"
 
 namespace salvor {
 namespace {
@@ -61,13 +62,36 @@ TEST_F(FilesOfABackup, AreFoundFlatElseInTheirSubFolderElseWithTheCause) {
         // The place leads back to the file.
         EXPECT_EQ(files->storedNameAt(facts.place).value_or(""), name);
     }
-    for (const char* foreign : {"other/abc1", "x/ab/abc1", "ac/abc1", ""})
+    for (const char* foreign : {"other/abc1", "x/ab/abc1", "ac/abc1", "ab/abc1", ""})
         EXPECT_EQ(files->storedNameAt(folder / foreign), std::nullopt) << foreign;
     EXPECT_EQ(files->find("HomeDomain", "a").place, folder / sampleStoredName("HomeDomain", "a"));
     EXPECT_EQ(files->open("HomeDomain", "a").path, folder / sampleStoredName("HomeDomain", "a"));
     const timespec times[] = {{1, 0}, {1'234'567'890, 5}};
     ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "abc1").c_str(), times, 0), 0);
     EXPECT_EQ(files->find("abc1").modified, 1'234'567'890);
+}
+
+TEST_F(FilesOfABackup, HaveTheDatesOfTheIndexElseTheirOwn) {
+    const auto name = sampleStoredName("CameraRollDomain", "Media/DCIM/a.JPG");
+    const auto undated = sampleStoredName("CameraRollDomain", "Media/DCIM/b.JPG");
+    MbdbRecord record;
+    record.domain = "CameraRollDomain";
+    record.path = "Media/DCIM/a.JPG";
+    record.modified = 0xF0000001;
+    auto without = record;
+    without.path = "Media/DCIM/b.JPG";
+    without.modified = 0;
+    store("Manifest.mbdb", mbdbBytes({without, record}));
+    ScanState state;
+    useBackup(state, folder.path());
+    const timespec times[] = {{1, 0}, {1'234'567'890, 5}};
+    for (const auto& [file, date] : {std::pair(name, std::int64_t{0xF0000001}),
+                                     {undated, 1'234'567'890},
+                                     {"other", 1'234'567'890}}) {
+        store(file, "x");
+        ASSERT_EQ(::utimensat(AT_FDCWD, (folder / file).c_str(), times, 0), 0);
+        EXPECT_EQ(state.findListed(folder / file).modified, date) << file;
+    }
 }
 
 TEST_F(FilesOfABackup, OfItsOwnAreFoundWhateverTheirCase) {

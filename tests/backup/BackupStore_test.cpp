@@ -130,6 +130,9 @@ TEST_F(WorkFolders, StayOutOfTheBackupAndNeverRemoveIt) {
 TEST_F(WorkFolders, PrivateOnesGoWithTheirOwner) {
     ::setenv("XDG_CACHE_HOME", (root / "cache").c_str(), 1);
     fs::path first;
+    // What a killed run left goes when the next one is made.
+    fs::create_directories(root / "cache/salvor/run-0");
+    fs::create_directories(root / "cache/salvor/else");
     {
         WorkFolder one;
         WorkFolder two;
@@ -143,6 +146,8 @@ TEST_F(WorkFolders, PrivateOnesGoWithTheirOwner) {
     }
     ::unsetenv("XDG_CACHE_HOME");
     EXPECT_FALSE(fs::exists(first.parent_path()));
+    EXPECT_FALSE(fs::exists(root / "cache/salvor/run-0"));
+    EXPECT_TRUE(fs::exists(root / "cache/salvor/else"));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "export/ExportCommands.h"
 #include "scan/Categories.h"
@@ -173,6 +175,8 @@ TEST_F(Exports, DeviceFileHasALinePerField) {
 TEST_F(Exports, PicturesAndVideosAreCopied) {
     std::ofstream(target_ / "one") << "1";
     std::ofstream(target_ / "two") << "2";
+    const timespec times[] = {{1, 0}, {1'234'567'890, 5}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (target_ / "one").c_str(), times, 0), 0);
     const auto list = [&](auto& media, const char* name, const char* source, int checked) {
         auto& item = add(media);
         item.Name = name;
@@ -206,9 +210,20 @@ TEST_F(Exports, PicturesAndVideosAreCopied) {
     }
     EXPECT_EQ(namesIn(all.folder / "Photos").size(), 5U);
     EXPECT_EQ(all.missingMedia, 1U);
-    ASSERT_EQ(all.failed.size(), 1U);
-    EXPECT_EQ(all.failed[0].path, all.folder / "Photos/folder.jpg");
-    EXPECT_NE(all.failed[0].cause, "");
+    EXPECT_TRUE(all.whole);
+    EXPECT_TRUE(all.failed.empty());
+    ASSERT_EQ(all.unreadable.size(), 1U);
+    EXPECT_EQ(all.unreadable[0].path, all.folder / "Photos/folder.jpg");
+    EXPECT_THAT(all.unreadable[0].cause, testing::StartsWith("cannot read "));
+    struct stat info {};
+    ASSERT_EQ(::stat((all.folder / "Photos/a.jpg").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mtim.tv_sec, 1'234'567'890);
+    for (const auto& entry : fs::recursive_directory_iterator(all.folder))
+        EXPECT_EQ(entry.status().permissions(),
+                  entry.is_directory() ? fs::perms::owner_all
+                                       : fs::perms::owner_read | fs::perms::owner_write)
+            << entry.path();
+    EXPECT_EQ(fs::status(all.folder).permissions(), fs::perms::owner_all);
     const auto ticked = exportTicked(state_, target_.path(), ".csv", now);
     EXPECT_THAT(namesIn(ticked.folder / "Photos"),
                 UnorderedElementsAre("a.jpg", ".._b.jpg", "a (2).jpg"));
@@ -250,6 +265,8 @@ TEST_F(Exports, ACancelLeavesWholeFilesAndAllOfThemAreTold) {
             const auto part = command(state_, target_.path(), ".csv", now, watch);
             EXPECT_TRUE(part.cancelled) << moment;
             EXPECT_TRUE(part.failed.empty());
+            EXPECT_FALSE(part.whole);
+            EXPECT_EQ(part.folder.extension(), ".part") << "of a whole export it has the name";
             std::size_t files = 0;
             for (const auto& entry : fs::recursive_directory_iterator(part.folder)) {
                 if (!entry.is_regular_file()) continue;
@@ -274,6 +291,19 @@ TEST_F(Exports, WhatCannotBeWrittenIsReported) {
     }
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
     EXPECT_TRUE(namesIn(target_.path()).empty());
+
+    // Pictures that have no room, here since one is a hole of 8 TB, are not begun with.
+    std::ofstream(target_ / "huge");
+    fs::resize_file(target_ / "huge", std::uintmax_t{1} << 43);
+    add(state_.Photos).Location = (target_ / "huge").string();
+    const auto partial = exportAll(state_, target_ / "out", ".csv", now);
+    EXPECT_FALSE(partial.whole);
+    ASSERT_EQ(partial.failed.size(), 1U);
+    EXPECT_THAT(partial.failed[0].cause,
+                testing::HasSubstr("needs 8.8 TB (8796093022208 bytes), "));
+    EXPECT_FALSE(fs::exists(partial.folder / "Photos"));
+    EXPECT_TRUE(fs::exists(partial.folder / "SMS.csv"));
+    EXPECT_THAT(namesIn(target_ / "out"), ElementsAre("Ann's Phone - 2013-06-30 05.00 PM.part"));
 
     std::ofstream(target_ / "file") << "kept";
     const auto summary = exportAll(state_, target_ / "file", ".csv", now);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -56,6 +57,11 @@ TEST_F(Files, AtomicWritesReplaceWholeFilesAndLeaveNothingAside) {
     EXPECT_EQ(FileUtils::writeAtomically("/dev/null", "x"), "");
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
     EXPECT_NE(FileUtils::writeAtomically("/dev/full", "x"), "");
+    std::stop_source stop;
+    stop.request_stop();
+    const auto whole = [](std::ostream& out) { return bool(out << 'x'); };
+    EXPECT_EQ(FileUtils::writeAtomically(folder_ / "old", whole, stop.get_token()),
+              std::generic_category().message(ECANCELED));
     const auto givenUp = [](std::ostream& out) { return !(out << std::string(100'000, 'x')); };
     EXPECT_NE(FileUtils::writeAtomically(folder_ / "old", givenUp), "");
     const auto thrown = [](std::ostream&) -> bool { throw std::bad_alloc(); };
@@ -100,11 +106,45 @@ TEST_F(Files, AreCopiedThroughMemoryWhereTheKernelCannot) {
     ASSERT_FALSE(text.empty());
     const auto file = ReadableFile::open("/proc/version");
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->copyTo(folder_ / "copy"), "");
+    using enum FileCopy::End;
+    EXPECT_TRUE(file->copyTo(folder_ / "copy"));
     EXPECT_EQ(readWholeFile(folder_ / "copy"), text);
-    EXPECT_NE(file->copyTo(folder_ / "copy"), "") << "it is there already";
-    EXPECT_EQ(file->copyTo(folder_ / "other", [] { return true; }), "cancelled");
+    EXPECT_EQ(file->copyTo(folder_ / "copy").end, Unwritten) << "it is there already";
+    EXPECT_EQ(file->copyTo(folder_ / "other", {{}, [] { return true; }}).end, Cancelled);
+    const auto memory = ReadableFile::open("/proc/self/mem");  // nothing lies at its beginning
+    EXPECT_EQ(memory->copyTo(folder_ / "other").end, Unreadable);
     EXPECT_FALSE(fs::exists(folder_ / "other"));
+}
+
+TEST_F(Files, CopiesKeepTheDateAndAreTheOwnersAlone) {
+    writeWholeFile(folder_ / "file", "x");
+    const timespec times[] = {{1, 0}, {1'234'567'890, 5}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (folder_ / "file").c_str(), times, 0), 0);
+    const auto file = ReadableFile::open(folder_ / "file");
+    ASSERT_TRUE(file);
+    const std::pair<std::optional<std::int64_t>, std::int64_t> cases[] = {
+        {std::nullopt, 1'234'567'890}, {1'000'000'000, 1'000'000'000}};
+    for (const auto& [date, expected] : cases) {
+        fs::remove(folder_ / "copy");
+        EXPECT_TRUE(file->copyTo(folder_ / "copy", {date, {}}));
+        struct stat info {};
+        ASSERT_EQ(::stat((folder_ / "copy").c_str(), &info), 0);
+        EXPECT_EQ(info.st_mtim.tv_sec, expected);
+        EXPECT_EQ(info.st_mode & 0777U, 0600U);
+    }
+}
+
+TEST_F(Files, RoomIsToldInBothNumbers) {
+    EXPECT_EQ(FileUtils::lackOfSpace(folder_.path(), 1), "");
+    EXPECT_EQ(FileUtils::lackOfSpace(folder_ / "missing", 1), "");
+    const auto lack = FileUtils::lackOfSpace(folder_.path(), 5'000'000'000'000'000'000U);
+    EXPECT_TRUE(lack.starts_with("needs 5.0 EB (5000000000000000000 bytes), but there are "))
+        << lack;
+    EXPECT_EQ(FileUtils::makePrivateFolders(folder_ / "a/b"), 0);
+    EXPECT_EQ(fs::status(folder_ / "a").permissions(), fs::perms::owner_all);
+    writeWholeFile(folder_ / "file", "");
+    EXPECT_EQ(FileUtils::makePrivateFolders(folder_ / "file/b"), ENOTDIR);
+    EXPECT_EQ(FileUtils::makePrivateFolders(folder_ / "file"), ENOTDIR);
 }
 
 TEST_F(Files, MappedOnesReadAsZerosWhatIsLostMeanwhile) {

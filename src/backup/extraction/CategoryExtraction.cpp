@@ -23,6 +23,7 @@ void clearCounters(ScanState& state) {
     state.progress.bytesTotal = 0;
     state.progress.bytesDone = 0;
     state.progress.recordsFound = 0;
+    state.picturesNotCopied = 0;
 }
 
 bool asksFor(std::int32_t dataType, Category category) {
@@ -43,7 +44,7 @@ void readCategory(const CategoryFacts& category, ScanState& state,
 
 }  // namespace
 
-CategoryExtraction::CategoryExtraction(ScanState& state, WorkFolder& workFolder,
+CategoryExtraction::CategoryExtraction(ScanState& state, WorkFolder* workFolder,
                                        std::stop_token cancelled)
     : state_(state), workFolder_(workFolder), cancelled_(std::move(cancelled)) {}
 

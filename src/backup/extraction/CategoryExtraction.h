@@ -20,8 +20,9 @@ enum class ExtractionResult {
 /// Ends between files and between steps once `IsCancelFlag` is set.
 class CategoryExtraction {
   public:
-    /// `cancelled` ends the statements that run.
-    CategoryExtraction(ScanState& state, WorkFolder& workFolder, std::stop_token cancelled = {});
+    /// Pictures are copied into `workFolder`, which outlives this object; null leaves them where
+    /// they are. `cancelled` ends the statements that run.
+    CategoryExtraction(ScanState& state, WorkFolder* workFolder, std::stop_token cancelled = {});
 
     /// Clears what an earlier scan left and resolves the database names.
     void prepare(std::int32_t dataType);
@@ -32,7 +33,7 @@ class CategoryExtraction {
 
   private:
     ScanState& state_;
-    WorkFolder& workFolder_;
+    WorkFolder* workFolder_;
     std::stop_token cancelled_;
     std::string failure_;
 };

@@ -26,10 +26,12 @@ PictureKind pictureKind(std::span<const std::uint8_t> head);
 
 /// Makes the work folder afresh, empties the photo and video lists and counters of `state`, then
 /// copies every picture and film that lies in the backup folder under whatever name into the work
-/// folder and lists it. Files that cannot be read are passed over; copies that cannot be written
-/// are told in one warning. Ends early when the scan is cancelled. Returns "" or why there is no
-/// work folder; nothing is emptied then.
-std::string sweepPictures(ScanState& state, WorkFolder& workFolder,
+/// folder and lists it; without a work folder nothing is copied and each is listed at its place in
+/// the backup. Files that cannot be read are passed over, a fault of the category; copies that
+/// cannot be written are left out, told once and counted in `picturesNotCopied`. Ends early when
+/// the scan is cancelled. Returns "" or why there is no work folder or no room in it; nothing is
+/// emptied then.
+std::string sweepPictures(ScanState& state, WorkFolder* workFolder,
                           const std::stop_token& cancelled = {});
 
 }  // namespace salvor

@@ -26,6 +26,10 @@ bool carriesMarker(const fs::path& folder) {
     return std::equal(kMarkerText.begin(), kMarkerText.end(), marker->bytes().begin());
 }
 
+std::error_code madePrivately(const fs::path& folder) {
+    return {FileUtils::makePrivateFolders(folder), std::generic_category()};
+}
+
 fs::path cacheFolder() {
     const char* cache = std::getenv("XDG_CACHE_HOME");
     // A relative path there is to be ignored.
@@ -80,12 +84,12 @@ std::string WorkFolder::recreate(const fs::path& backup) {
     if (auto reason = refusal(backup); !reason.empty()) return reason;
     std::error_code failed;
     fs::remove_all(path(), failed);
-    if (!failed) fs::create_directories(path(), failed);
+    if (!failed) failed = madePrivately(path());
     if (failed) return "cannot make " + path().string() + ": " + failed.message();
     const std::string cause = FileUtils::writeAtomically(path() / kMarkerName, kMarkerText);
     if (!cause.empty()) return "cannot write into " + path().string() + ": " + cause;
     for (const auto& folder : {photos(), videos(), extract()}) {
-        if (!failed) fs::create_directories(folder, failed);
+        if (!failed) failed = madePrivately(folder);
     }
     if (failed) return "cannot make the folders in " + path().string() + ": " + failed.message();
     made_ = true;

@@ -33,7 +33,7 @@ class Extraction : public testing::Test {
     }
     ExtractionResult extract(std::int32_t dataType) {
         WorkFolder work(folder / "work");
-        CategoryExtraction extraction(state, work);
+        CategoryExtraction extraction(state, &work);
         extraction.prepare(dataType);
         return extraction.read(dataType);
     }

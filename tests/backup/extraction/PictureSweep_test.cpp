@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "backup/BackupSource.h"
+#include "scan/StoredNames.h"
 #include "tests/support/HashTree.h"
 #include "tests/support/TempFolder.h"
 #include "tools/sample/Digest.h"
@@ -65,7 +66,7 @@ class Sweeps : public testing::Test {
     }
     std::string sweep(const std::stop_token& cancelled = {}) {
         useBackup(state, backup);
-        return sweepPictures(state, work, cancelled);
+        return sweepPictures(state, copies ? &work : nullptr, cancelled);
     }
     template <class List>
     static std::vector<std::string> namesOf(const List& list) {
@@ -78,6 +79,7 @@ class Sweeps : public testing::Test {
     fs::path backup = folder / "backup";
     ScanState state;
     WorkFolder work{folder / "work"};
+    bool copies = true;
 };
 
 TEST_F(Sweeps, CopiesPicturesAndFilmsByNameOfTheirStoredFiles) {
@@ -122,7 +124,19 @@ TEST_F(Sweeps, CopiesPicturesAndFilmsByNameOfTheirStoredFiles) {
     EXPECT_EQ(state.statusHistory().back().second, "Photos & Videos... ");
     EXPECT_EQ(hashTree(backup), before);
 
+    // Without copies the same is listed where it lies.
+    copies = false;
+    fs::remove_all(folder / "work");
+    EXPECT_EQ(sweep(), "");
+    EXPECT_THAT(namesOf(state.Photos), ElementsAre("IMG_1.JPG", "IMG_2.JPG", "IMG_3.PNG"));
+    EXPECT_THAT(namesOf(state.Videos), ElementsAre("MOV_1.MOV", "MOV_2.MOV"));
+    EXPECT_EQ(state.Photos[0]->Location, (backup / "7a/7a99").string());
+    EXPECT_EQ(state.Videos[1]->Location, (backup / "g7").string());
+    EXPECT_FALSE(fs::exists(folder / "work"));
+    EXPECT_EQ(hashTree(backup), before);
+
     // A second sweep begins afresh.
+    copies = true;
     fs::remove(backup / "b2");
     state.DeletedPhotos.push_back(std::make_shared<Photo>());
     state.DeletedVideos.push_back(std::make_shared<Video>());
@@ -165,7 +179,7 @@ TEST_F(Sweeps, TellOnceOfCopiesThatCannotBeWritten) {
         fs::path target;
         std::vector<std::string> heard;
         void onStatus(StatusCode, const std::string&) override { fs::remove_all(target); }
-        void onWarning(const std::string& text) override { heard.push_back(text); }
+        void onError(const std::string& text) override { heard.push_back(text); }
     } observer;
     state.observer = &observer;
     store("a", kPng);
@@ -177,8 +191,67 @@ TEST_F(Sweeps, TellOnceOfCopiesThatCannotBeWritten) {
     EXPECT_EQ(state.PhotosCount, 0);
     EXPECT_THAT(namesOf(state.Videos), ElementsAre("MOV_1.MOV"));
     EXPECT_THAT(observer.heard,
-                ElementsAre(AllOf(StartsWith("2 pictures and videos could not be copied: "),
+                ElementsAre(AllOf(StartsWith("pictures and videos that could not be copied: 2, "),
                                   HasSubstr("No such file or directory"))));
+    EXPECT_EQ(state.picturesNotCopied, 2U);
+}
+
+TEST_F(Sweeps, RefuseToCopyWhatHasNoRoomAndCopyNothing) {
+    store("a", kPng);
+    store("b", kMovie);
+    fs::resize_file(backup / "b", std::uintmax_t{1} << 43);  // a hole, which takes no space
+    EXPECT_THAT(sweep(), AllOf(StartsWith(work.path().string()), HasSubstr(" needs 8.8 TB ("),
+                               HasSubstr(", but there are ")));
+    EXPECT_TRUE(fs::is_empty(work.photos()));
+    copies = false;
+    EXPECT_EQ(sweep(), "");
+    EXPECT_EQ(state.Videos.size(), 1U);
+}
+
+/// Files of which the first byte of one cannot be read.
+class OneUnreadable : public BackupFiles {
+  public:
+    explicit OneUnreadable(std::string name) : name_(std::move(name)) {}
+    FileFacts find(const std::string&) const override { return {}; }
+    BackupFile open(const std::string&) const override { return {}; }
+    BackupFile own(const std::string&) const override { return {}; }
+    std::optional<std::string> storedNameAt(const fs::path&) const override { return {}; }
+    std::uint64_t totalBytes() const override { return 0; }
+    std::unique_ptr<StoredFileList> list() const override {
+        class Files : public StoredFileList {
+          public:
+            explicit Files(std::string name) : name_(std::move(name)) {}
+            std::size_t size() const override { return 1; }
+            fs::path place(std::size_t) const override { return name_; }
+            std::uint64_t fileSize(std::size_t) const override { return 0; }
+            FileHead readHead(std::size_t, std::span<std::uint8_t>) const override {
+                return {0, "Input/output error"};
+            }
+            FileCopy copyTo(std::size_t, const fs::path&, const FileCopyOptions&) const override {
+                return {FileCopy::End::Unreadable, ""};
+            }
+            bool sharesBlocks(std::size_t, const fs::path&) const override { return false; }
+
+          private:
+            std::string name_;
+        };
+        return std::make_unique<Files>(name_);
+    }
+
+  private:
+    std::string name_;
+};
+
+TEST_F(Sweeps, TellOfFilesThatCannotBeReadUnlessTheyAreKnownToBeSomethingElse) {
+    const std::pair<std::string, bool> cases[] = {
+        {std::string(40, 'a'), true}, {MessagesSqliteDbName, false}, {"Info.plist", false}};
+    for (const auto& [name, fault] : cases) {
+        ScanState one;
+        one.setBackupFiles(std::make_shared<OneUnreadable>(name));
+        one.beginFiles(codeOf(Category::Photos));
+        EXPECT_EQ(sweepPictures(one, nullptr), "");
+        EXPECT_EQ(one.fileOutcomes.anyFault(), fault) << name;
+    }
 }
 
 }  // namespace
