@@ -18,6 +18,8 @@ struct Console {
     bool asks = false;  ///< a person sits at the terminal and can answer
     /// Waits for that person to press Enter; false when they do not want to.
     std::function<bool()> enterPressed = [] { return false; };
+    /// Ends what waits for the reader of `out`, now and later; from any thread.
+    std::function<void()> giveUpOut = [] {};
     /// Why writing to `out` failed (errno), 0 when that is not known.
     std::function<int()> outError = [] { return 0; };
 

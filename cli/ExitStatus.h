@@ -11,7 +11,7 @@ enum class ExitStatus {
     Encrypted = 4,       ///< the manifest marks the backup as encrypted
     NotWritten = 5,      ///< work folder, export folder, JSON file or standard output
     NoDevice = 6,    ///< no multiplexer daemon, no such device, not trusted, or the backup failed
-    NotAllRead = 7,  ///< done, but a database of a category asked for could not be read whole
+    NotAllRead = 7,  ///< done, but a database asked for or a picture could not be read whole
     Cancelled = 130,
 };
 

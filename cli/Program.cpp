@@ -89,7 +89,7 @@ ExitStatus settleOutput(ExitStatus status, const Console& console) {
     const bool ended = status != ExitStatus::Done && status != ExitStatus::NotAllRead;
     if (console.out || ended) return status;
     const int cause = console.outError();
-    if (cause == EPIPE) return status;
+    if (cause == EPIPE || cause == ECANCELED) return status;
     console.error("standard output: " + std::generic_category().message(cause == 0 ? EIO : cause));
     return ExitStatus::NotWritten;
 }
@@ -147,6 +147,7 @@ int runProgram(int argc, char** argv) {
     const char* noColour = std::getenv("NO_COLOR");
     console.coloured = console.redraws && (noColour == nullptr || *noColour == '\0');
     console.width = [] { return terminalWidth(STDERR_FILENO); };
+    console.giveUpOut = [&out] { out.giveUp(); };
     console.outError = [&out] { return out.errorNumber(); };
     console.outShown = isatty(STDOUT_FILENO) != 0;
     console.asks = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;

@@ -16,6 +16,27 @@ constexpr auto kFrame = std::chrono::milliseconds(100);
 
 void ScanDisplay::start(const ScanProgress& progress) {
     progress_ = &progress;
+    begin();
+}
+
+void ScanDisplay::startSaving(const std::string& step) {
+    {
+        const std::lock_guard lock(mutex_);
+        work_ = Work::Saving;
+        step_ = step;
+        saved_ = {};
+    }
+    if (wanted_.texts && !redraws_) writeLine(step);
+    begin();
+}
+
+void ScanDisplay::saved(const SavedSoFar& soFar) {
+    if (!redraws_) return;
+    const std::lock_guard lock(mutex_);
+    saved_ = soFar;
+}
+
+void ScanDisplay::begin() {
     if (redraws_) drawer_ = std::jthread([this](std::stop_token ended) { draw(std::move(ended)); });
 }
 
@@ -41,7 +62,7 @@ void ScanDisplay::onBackupProgress(int percent, const std::string& line) {
     int tenths = 0;
     {
         const std::lock_guard lock(mutex_);
-        backingUp_ = true;
+        work_ = Work::BackingUp;
         step_ = percent < 0 ? line : fmt::format("Backing up: {} %  {}", percent, line);
         tenths = percent / 10;
         if (percent < 0 && line.empty()) tenthsTold_ = 0;
@@ -53,7 +74,7 @@ void ScanDisplay::onBackupProgress(int percent, const std::string& line) {
 
 void ScanDisplay::onBackupComplete() {
     const std::lock_guard lock(mutex_);
-    backingUp_ = false;
+    work_ = Work::Searching;
     step_.clear();
 }
 
@@ -107,10 +128,13 @@ void ScanDisplay::draw(std::stop_token ended) {
 void ScanDisplay::drawOnce() {
     ProgressSnapshot now;
     now.step = step_;
-    now.searching = !backingUp_;
-    now.bytesDone = progress_->bytesDone;
-    now.bytesTotal = progress_->bytesTotal;
-    now.recordsFound = progress_->recordsFound;
+    now.work = work_;
+    now.saved = saved_;
+    if (progress_ != nullptr) {
+        now.bytesDone = progress_->bytesDone;
+        now.bytesTotal = progress_->bytesTotal;
+        now.recordsFound = progress_->recordsFound;
+    }
     now.elapsed = std::chrono::duration_cast<std::chrono::seconds>(elapsed());
     // The last column stays free: writing into it would move some terminals to the next line.
     const auto columns = static_cast<std::size_t>(std::max(console_.width(), 2) - 1);

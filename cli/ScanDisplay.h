@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "cli/Console.h"
+#include "cli/ProgressLine.h"
 #include "scan/ScanObserver.h"
 #include "scan/ScanState.h"
 
@@ -17,9 +18,9 @@ class logger;
 
 namespace salvor::cli {
 
-/// Shows a running scan on the console's error stream: status texts as lines and, where a line can
-/// be redrawn, the progress below them. A thread of its own draws about ten times a second from
-/// the scan's counters; the scan's threads only leave texts here.
+/// Shows a running scan, and the saving of its results, on the console's error stream: status texts
+/// as lines and, where a line can be redrawn, the progress below them. A thread of its own draws
+/// about ten times a second from the scan's counters; the scan's threads only leave texts here.
 class ScanDisplay : public ScanObserver {
   public:
     struct Wanted {
@@ -33,6 +34,9 @@ class ScanDisplay : public ScanObserver {
 
     /// Begins to draw; `progress` outlives `finish`.
     void start(const ScanProgress& progress);
+    /// Begins to draw again for work of its own after the scan, such as "Exporting".
+    void startSaving(const std::string& step);
+    void saved(const SavedSoFar& soFar);
 
     void onStatus(StatusCode code, const std::string& text) override;
     void onBackupProgress(int percent, const std::string& line) override;
@@ -51,6 +55,7 @@ class ScanDisplay : public ScanObserver {
     std::chrono::milliseconds elapsed() const;
 
   private:
+    void begin();
     void draw(std::stop_token ended);
     void drawOnce();
     void eraseLine();
@@ -64,7 +69,8 @@ class ScanDisplay : public ScanObserver {
     std::mutex mutex_;  ///< guards the console and what follows
     std::condition_variable_any wake_;
     std::string step_;
-    bool backingUp_ = false;
+    Work work_ = Work::Searching;
+    SavedSoFar saved_;
     int tenthsTold_ = 0;  ///< of the backup, off a terminal
     std::string drawn_;
     std::jthread drawer_;

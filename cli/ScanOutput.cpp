@@ -1,6 +1,7 @@
 #include "cli/ScanOutput.h"
 
 #include <fmt/format.h>
+#include <stop_token>
 
 #include "cli/DisplayText.h"
 #include "cli/TextTable.h"
@@ -26,48 +27,98 @@ void writeTable(const ScanState& state, std::int32_t code, std::ostream& out) {
     table.write(out);
 }
 
-/// Exports and returns whether every file was written.
-bool exportRows(ScanState& state, const ScanOptions& options, const std::stop_token& cancelled,
-                std::ostream& out, const Console& console) {
-    const auto done = exportResults(state, *options.exports, {cancelled, {}, nullptr});
-    for (const auto& text : done.errors) console.error(text);
-    if (!options.quiet) {
-        for (const auto& text : done.notices) console.warning(text);
-        if (!done.folder.empty()) out << printable(done.folder.string()) << '\n';
-    }
-    return done.errors.empty();
-}
+/// The saving of one scan's results.
+class Saving {
+  public:
+    Saving(ScanState& state, const ScanOptions& options, const std::stop_token& cancelled,
+           const Console& console, ScanDisplay& display)
+        : state_(state),
+          options_(options),
+          cancelled_(cancelled),
+          console_(console),
+          display_(display) {}
 
-/// Writes the JSON object and returns whether that went well; standard output is judged later.
-bool writeJson(const ScanState& state, const ScanOptions& options, const std::stop_token& cancelled,
-               const Console& console) {
-    bool stopped = false;
-    const auto write = [&](std::ostream& out) {
-        const bool whole = ScanReport::write(state, out, {cancelled, {}});
-        stopped = !whole && out.good();
-        return whole;
-    };
-    if (options.jsonOnOut) write(console.out);
-    const auto cause = options.json ? FileUtils::writeAtomically(*options.json, write) : "";
-    const auto name = options.json ? options.json->string() : "standard output";
-    if (stopped && !options.quiet)
-        console.warning(name + ": cancelled before the JSON object was whole");
-    if (stopped || cause.empty()) return true;
-    console.error(fmt::format("{}: {}", name, cause));
-    return false;
-}
+    ExitStatus run() {
+        // With the JSON object on standard output nothing else goes there.
+        auto& out = options_.jsonOnOut ? console_.err : console_.out;
+        if (!options_.quiet) writeTable(state_, options_.request.category, out);
+        out.flush();
+        if (options_.exports) exportRows(out);
+        if (options_.jsonOnOut) printJson();
+        if (options_.json) writeJson(*options_.json);
+        out.flush();
+        if (!written_) return ExitStatus::NotWritten;
+        return read_ ? ExitStatus::Done : ExitStatus::NotAllRead;
+    }
+
+  private:
+    void exportRows(std::ostream& out) {
+        display_.startSaving("Exporting");
+        const auto done = exportResults(
+            state_, *options_.exports,
+            {cancelled_,
+             [this](const ExportProgress& now) {
+                 display_.saved({now.rowsDone, now.rowsTotal, now.filesDone, now.filesTotal});
+             },
+             nullptr});
+        display_.finish();
+        for (const auto& text : done.errors) console_.error(text);
+        for (const auto& text : done.unreadable) console_.error(text);
+        written_ = done.errors.empty();
+        read_ = done.unreadable.empty();
+        if (options_.quiet) return;
+        for (const auto& text : done.notices) console_.warning(text);
+        if (!done.folder.empty()) out << printable(done.folder.string()) << '\n' << std::flush;
+    }
+
+    WritingReport watch() const {
+        return {cancelled_, [this](std::size_t done, std::size_t total) {
+                    display_.saved({done, total, 0, 0});
+                }};
+    }
+
+    /// Whether that went well is judged later.
+    void printJson() const {
+        if (!options_.quiet) display_.writeLine("Printing the JSON object");
+        const std::stop_callback giveUp(cancelled_, console_.giveUpOut);
+        ScanReport::write(state_, console_.out, {cancelled_, {}});
+        console_.out.flush();
+    }
+
+    void writeJson(const std::filesystem::path& file) {
+        std::string cause;
+        if (!cancelled_.stop_requested()) {
+            display_.startSaving("Writing " + file.string());
+            cause = FileUtils::writeAtomically(
+                file, [this](std::ostream& out) { return ScanReport::write(state_, out, watch()); },
+                cancelled_);
+            display_.finish();
+            if (cause.empty()) return;
+        }
+        if (cancelled_.stop_requested()) {
+            if (!options_.quiet)
+                console_.warning(file.string() + ": not written, for it was cancelled");
+            return;
+        }
+        console_.error(fmt::format("{}: {}", file.string(), cause));
+        written_ = false;
+    }
+
+    ScanState& state_;
+    const ScanOptions& options_;
+    const std::stop_token& cancelled_;
+    const Console& console_;
+    ScanDisplay& display_;
+    bool written_ = true;
+    bool read_ = true;
+};
 
 }  // namespace
 
 ExitStatus writeResults(ScanState& state, const ScanOptions& options,
-                        const std::stop_token& cancelled, const Console& console) {
-    // With the JSON object on standard output nothing else goes there.
-    auto& out = options.jsonOnOut ? console.err : console.out;
-    if (!options.quiet) writeTable(state, options.request.category, out);
-    bool written = true;
-    if (options.exports) written = exportRows(state, options, cancelled, out, console);
-    written = writeJson(state, options, cancelled, console) && written;
-    return written ? ExitStatus::Done : ExitStatus::NotWritten;
+                        const std::stop_token& cancelled, const Console& console,
+                        ScanDisplay& display) {
+    return Saving(state, options, cancelled, console, display).run();
 }
 
 }  // namespace salvor::cli

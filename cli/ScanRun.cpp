@@ -38,11 +38,18 @@ void refuseUnlessRun(const ScanOutcome& outcome) {
 }
 
 /// Of several reasons the one that says most about the whole result.
-ExitStatus statusOf(const ScanOutcome& outcome, const ScanState& state, ExitStatus written) {
+ExitStatus statusOf(const ScanOutcome& outcome, const ScanState& state, ExitStatus saved) {
     if (outcome.result == ScanResult::Failed) return ExitStatus::Failed;
     if (outcome.encrypted) return ExitStatus::Encrypted;
-    if (written != ExitStatus::Done) return written;
+    if (saved == ExitStatus::NotWritten || state.picturesNotCopied > 0)
+        return ExitStatus::NotWritten;
+    if (saved != ExitStatus::Done) return saved;
     return state.fileOutcomes.anyFault() ? ExitStatus::NotAllRead : ExitStatus::Done;
+}
+
+const char* whatIsMissing(ExitStatus status) {
+    if (status == ExitStatus::NotWritten) return " Not everything could be written.";
+    return status == ExitStatus::NotAllRead ? " Not everything could be read." : "";
 }
 
 }  // namespace
@@ -63,20 +70,19 @@ ExitStatus runAndShow(ScanJob& job, RunDisplay& display, const ScanOptions& opti
         console.warning(versionNotice(outcome) +
                         " (--ios auto uses what is there, --ios X.Y sets it)");
     const bool cancelled = outcome.result == ScanResult::Cancelled || Interrupts::happened();
-    if (!options.quiet)
-        console.err << summaryText(job.state(), options.request.category,
-                                   cancelled ? ScanResult::Cancelled : outcome.result,
-                                   display.elapsed())
-                    << '\n'
-                    << std::flush;
-    // What a cancelled scan found is written; a signal that comes later ends the writing.
+    // What a cancelled scan found is saved; a signal that comes later ends the saving.
     const auto ended = cancelled ? std::stop_token() : job.application().stopToken();
-    const auto written = writeResults(job.state(), options, ended, console);
+    const auto saved = writeResults(job.state(), options, ended, console, display);
     if (outcome.encrypted)
         console.error(fmt::format("{}: {}", outcome.backup.string(), kEncryptedAdvice));
-    // One that came while the results were written is told as well.
-    if (cancelled || Interrupts::happened()) return ExitStatus::Cancelled;
-    return statusOf(outcome, job.state(), written);
+    const bool ends = cancelled || Interrupts::happened();
+    const auto status = ends ? ExitStatus::Cancelled : statusOf(outcome, job.state(), saved);
+    if (!options.quiet)
+        console.err << summaryText(job.state(), options.request.category,
+                                   ends ? ScanResult::Cancelled : outcome.result, display.elapsed())
+                    << whatIsMissing(status) << '\n'
+                    << std::flush;
+    return status;
 }
 
 }  // namespace salvor::cli

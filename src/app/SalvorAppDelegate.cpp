@@ -14,6 +14,7 @@
 #include "backup/extraction/LiveCategories.h"
 #include "carving/signatures/SqLiteTableSignatures.h"
 #include "live/DAOs.h"
+#include "services/SearchPlan.h"
 
 namespace salvor {
 namespace {
@@ -151,6 +152,7 @@ ScanEnd SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     if (cancelRequested()) state_.IsCancelFlag = true;
     warnOfDatabaseIndex();
     extraction.prepare(holder.dataType);
+    state_.progress.bytesTotal = bytesToSearch(state_, holder.dataType);
     state_.showScreen(Screen::Progress);
     state_.selectTab(holder.dataType);
     const ExtractionResult result = extraction.read(holder.dataType);
@@ -168,6 +170,8 @@ void SalvorAppDelegate::recoverDeleted(std::int32_t dataType) {
     state_.isDoingRecovery = true;
     services_ = makeServices_(state_);
     recoveryWindowController_.RecoverDeletedData(dataType, state_, *services_, stopToken());
+    // A file that no carver can open is done as well.
+    if (!cancelRequested()) state_.progress.bytesDone = state_.progress.bytesTotal.load();
 }
 
 void SalvorAppDelegate::cancel() {

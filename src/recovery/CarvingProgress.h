@@ -7,14 +7,12 @@
 
 namespace salvor {
 
-/// The share of one file in a scan's progress. Adds the file's size to the total at once and
-/// whatever is missing to the part done at its end, so that the two agree however the file ends.
+/// The share of one pass over a file in a scan's progress. Adds to the part done whatever is
+/// missing at its end, so that it grows by the file's size however the pass ends.
 class CarvingProgress {
   public:
     CarvingProgress(ScanProgress& progress, std::uint64_t bytes)
-        : progress_(progress), left_(bytes) {
-        progress_.bytesTotal += bytes;
-    }
+        : progress_(progress), left_(bytes) {}
     CarvingProgress(const CarvingProgress&) = delete;
     CarvingProgress& operator=(const CarvingProgress&) = delete;
     ~CarvingProgress() { advance(left_); }

@@ -1,12 +1,28 @@
 #include "util/FdStream.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstddef>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace salvor {
 
-FdBuffer::FdBuffer(int fd) : fd_(fd) {
+namespace {
+
+// What a pipe that can take something takes without waiting.
+constexpr std::size_t kPiece = PIPE_BUF;
+
+bool waitsForReader(int fd) {
+    struct stat info {};
+    return ::fstat(fd, &info) == 0 && !S_ISREG(info.st_mode);
+}
+
+}  // namespace
+
+FdBuffer::FdBuffer(int fd) : fd_(fd), waits_(waitsForReader(fd)) {
     setp(buffer_.data(), buffer_.data() + buffer_.size());
 }
 
@@ -14,10 +30,28 @@ FdBuffer::~FdBuffer() {
     FdBuffer::sync();
 }
 
+bool FdBuffer::waitForReader() {
+    constexpr int kPatience = 100;  // milliseconds
+    pollfd one{fd_, POLLOUT, 0};
+    for (;;) {
+        const int ready = ::poll(&one, 1, kPatience);
+        // What else poll may have to say, the write says better.
+        if (ready > 0 || (ready < 0 && errno != EINTR)) return true;
+        if (!givenUp_) continue;
+        error_ = ECANCELED;
+        return false;
+    }
+}
+
 int FdBuffer::sync() {
     const char* next = pbase();
     while (error_ == 0 && next < pptr()) {
-        const auto written = ::write(fd_, next, static_cast<std::size_t>(pptr() - next));
+        auto bytes = static_cast<std::size_t>(pptr() - next);
+        if (waits_) {
+            if (!waitForReader()) break;
+            bytes = std::min(bytes, kPiece);
+        }
+        const auto written = ::write(fd_, next, bytes);
         if (written >= 0)
             next += written;
         else if (errno != EINTR)

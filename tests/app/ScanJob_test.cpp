@@ -1,5 +1,6 @@
 #include "app/ScanJob.h"
 
+#include <atomic>
 #include <chrono>
 #include <fcntl.h>
 #include <functional>
@@ -209,26 +210,49 @@ TEST_F(ScanJobs, EndWhereverTheCancelFallsAndKeepWhatWasFound) {
     EXPECT_GT(cancelled, 0);
 }
 
-/// What a scan into a work folder of its own shows, without what differs between equal scans: its
-/// time, the copies of pictures, which lie in those folders, and that two workers tell at the same
-/// time that they begin.
-std::string listsOf(const fs::path& backup) {
+/// What a scan reports, without its time.
+std::string reportOf(const fs::path& backup) {
     SampleScan scan;
-    EXPECT_EQ(scan.run(requestFor(backup)), ScanResult::Done);
+    auto asked = requestFor(backup);
+    asked.picturesInPlace = true;
+    EXPECT_EQ(scan.run(asked), ScanResult::Done);
     const std::string report = ScanReport::text(scan.state());
-    const auto deleted = report.find("\"DeletedSMS\": [");
-    const auto device = report.find("\"device\": {");
-    return report.substr(device, report.find("\"Photos\": [") - device) +
-           report.substr(deleted, report.find("\"status\": [") - deleted);
+    return report.substr(report.find("\"timeZone\": "));
+}
+
+TEST_F(ScanJobs, KnowTheBytesToSearchBeforeAnythingIsReadAndSearchAllOfThem) {
+    for (int ios = 4; ios <= 9; ++ios) {
+        sample({.ios = ios});
+        /// Notes the total at the first status, and how far it is after each category.
+        class Reader : public ScanObserver {
+          public:
+            const ScanProgress* progress = nullptr;
+            std::atomic<std::uint64_t> total{0}, done{0};
+            void onStatus(StatusCode, const std::string&) override {
+                if (total == 0) total = progress->bytesTotal.load();
+            }
+            void onCategoryRecovered(Category) override {
+                const std::uint64_t now = progress->bytesDone;
+                for (auto was = done.load(); was < now && !done.compare_exchange_weak(was, now);)
+                    continue;
+            }
+        } reader;
+        ScanJob one(reader);
+        reader.progress = &one.state().progress;
+        ASSERT_EQ(one.runScan(request()).result, ScanResult::Done);
+        EXPECT_GT(reader.total, 0U);
+        EXPECT_EQ(reader.done, reader.total) << "iOS " << ios;
+        EXPECT_EQ(one.state().progress.bytesTotal, reader.total);
+    }
 }
 
 TEST_F(ScanJobs, EightAtOnceGiveEqualResults) {
     sample();
-    const std::string alone = listsOf(backup);
+    const std::string alone = reportOf(backup);
     std::vector<std::string> others(8);
     {
         std::vector<std::jthread> scans;
-        for (auto& one : others) scans.emplace_back([&] { one = listsOf(backup); });
+        for (auto& one : others) scans.emplace_back([&] { one = reportOf(backup); });
     }
     for (const auto& one : others) EXPECT_TRUE(one == alone);
 }

@@ -129,5 +129,12 @@ TEST_F(ProcessTest, TheRunScriptPassesOptionsOnAndAsksForTheVersionThatIsTold) {
     EXPECT_EQ(status, 2);
 }
 
+TEST_F(ProcessTest, AnInterruptEndsTheJsonObjectThatNobodyReads) {
+    shell(
+        "mkfifo pipe; exec 3<>pipe; $scan --json - 2>told >pipe & scan=$!; "
+        "until grep -qs Printing told; do :; done; kill -INT $scan; wait $scan");
+    EXPECT_EQ(status, 130) << readWholeFile(folder / "told");
+}
+
 }  // namespace
 }  // namespace salvor::cli

@@ -72,10 +72,56 @@ TEST_F(ScanCommandTest, ListsAndExportsAndLeavesTheBackupAsItWas) {
     std::getline(lines, line);
     EXPECT_THAT(line, StartsWith(out() + "/" + sample.truth.deviceName + " - "));
     EXPECT_TRUE(fs::is_regular_file(line + "/SMS.txt"));
+    EXPECT_EQ(fs::status(line).permissions(), fs::perms::owner_all);
     EXPECT_FALSE(std::getline(lines, line));
 
     EXPECT_THAT(ran.err, HasSubstr("Recovering deleted data. Please wait...\n"));
-    EXPECT_THAT(ran.err, HasSubstr("Done after "));
+    EXPECT_THAT(ran.err, HasSubstr("\nExporting\nDone after "));
+    EXPECT_EQ(ran.err.find('\n', ran.err.find("Done after ")), ran.err.size() - 1);
+}
+
+TEST_F(ScanCommandTest, CopiesNoPictureWithoutAWorkFolderAndTellsTheSameEachTime) {
+    writeSample();
+    ::setenv("XDG_CACHE_HOME", (folder_ / "cache").c_str(), 1);
+    std::vector<std::string> reports;
+    for (const char* name : {"a.json", "b.json"}) {
+        ASSERT_EQ(scan({"--json", folder_ / name}).status, 0);
+        auto report = json::parse(readWholeFile(folder_ / name));
+        report.erase("scannedAt");
+        reports.push_back(report.dump());
+        EXPECT_EQ(fs::path(report["live"]["Photos"][0]["Location"]).parent_path(), backup());
+        EXPECT_EQ(report["live"]["Photos"][0]["Name"], "IMG_1.JPG");
+    }
+    EXPECT_EQ(reports[0], reports[1]);
+    EXPECT_EQ(fs::status(folder_ / "a.json").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_FALSE(fs::exists(folder_ / "cache"));
+    ::unsetenv("XDG_CACHE_HOME");
+    ASSERT_EQ(scan({"--json", folder_ / "a.json", "--work", out()}).status, 0);
+    const auto copied = json::parse(readWholeFile(folder_ / "a.json"))["live"]["Photos"][0];
+    EXPECT_EQ(copied["Location"], out() + "/Temp/Photos/IMG_1.JPG");
+    EXPECT_EQ(fs::status(out() + "/Temp").permissions(), fs::perms::owner_all);
+}
+
+TEST_F(ScanCommandTest, PicturesThatCannotBeReadOrHaveNoRoomAreSaid) {
+    const auto sample = writeSample();
+    const auto picture = sample.file("CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG");
+    ASSERT_TRUE(fs::remove(picture));
+    fs::create_directory(picture);
+    auto ran = scan({"--quiet", "--export", out()});
+    EXPECT_EQ(ran.status, 7);
+    EXPECT_THAT(ran.err, HasSubstr("/IMG_0001.JPG: cannot read " + picture.string()));
+    EXPECT_FALSE(exportedRows("SMS.csv").empty());
+
+    fs::remove(picture);
+    writeWholeFile(picture, "\xFF\xD8\xFF\xE0..JFIF" + std::string(20, '\0'));
+    fs::resize_file(picture, std::uintmax_t{1} << 43);  // a hole
+    for (const char* option : {"--export", "--work"}) {
+        ran = scan({"--quiet", option, folder_ / "full"});
+        EXPECT_EQ(ran.status, 5) << option;
+        EXPECT_THAT(ran.err, HasSubstr(" TB ("));
+        EXPECT_THAT(ran.err, HasSubstr(", but there are "));
+    }
 }
 
 TEST_F(ScanCommandTest, JsonOnStandardOutputStandsAlone) {
@@ -176,19 +222,29 @@ class InterruptingBuffer : public std::stringbuf {
     bool pressed_ = false;
 };
 
-TEST_F(ScanCommandTest, AnInterruptEndsTheScanOrTheExportAndTheRestIsShown) {
+TEST_F(ScanCommandTest, AnInterruptEndsTheScanOrTheSavingAndTheRestIsShown) {
     writeSample({.encrypted = true});  // which an interrupt comes before
-    for (const bool inExport : {false, true}) {
+    const auto file = folder_ / "result.json";
+    const std::pair<const char*, const char*> cases[] = {
+        {"SMS Retreived", ""},
+        {"\nExporting\n", "M.part: the export was cancelled after 0 files\n"},
+        {"\nWriting ", "result.json: not written, for it was cancelled\n"},
+    };
+    for (const auto& [moment, told] : cases) {
+        SCOPED_TRACE(moment);
         fs::remove_all(out());
+        fs::remove(file);
         std::ostringstream outStream;
-        InterruptingBuffer buffer(inExport ? "\nDone after " : "SMS Retreived");
+        InterruptingBuffer buffer(moment);
         std::ostream err(&buffer);
-        EXPECT_EQ(run({"scan", backup(), "--export", out()}, outStream, err), 130);
+        EXPECT_EQ(run({"scan", backup(), "--export", out(), "--json", file}, outStream, err), 130);
         EXPECT_THAT(outStream.str(), StartsWith("Category "));
         EXPECT_THAT(outStream.str(), HasSubstr("\n" + out()));
-        EXPECT_THAT(buffer.str(), HasSubstr(inExport ? ": the export was cancelled after 0 files"
-                                                     : "\nCancelled after "));
-        EXPECT_EQ(exportedRows("SMS.csv").empty(), inExport);
+        EXPECT_THAT(buffer.str(), HasSubstr(told));
+        EXPECT_THAT(buffer.str(), HasSubstr("\nCancelled after "));
+        const bool inScan = *told == '\0';
+        EXPECT_EQ(fs::exists(file), inScan);
+        EXPECT_EQ(exportedRows("SMS.csv").empty(), moment == std::string("\nExporting\n"));
     }
 }
 

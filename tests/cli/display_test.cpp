@@ -22,13 +22,34 @@ const ProgressSnapshot kHalf{"Recovering", 120'000'000, 240'000'000, 1204, secon
 
 TEST(ProgressLineTest, LeavesOutWhatDoesNotFit) {
     const std::pair<std::size_t, const char*> cases[] = {
-        {59, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
-        {53, "Recovering  120.0 MB of 240.0 MB  1,204 deleted found"},
-        {41, "120.0 MB of 240.0 MB  1,204 deleted found"},
+        {65, "Recovering  50 %  120.0 MB of 240.0 MB  1,204 deleted found  1:23"},
+        {59, "Recovering  50 %  120.0 MB of 240.0 MB  1,204 deleted found"},
+        {47, "50 %  120.0 MB of 240.0 MB  1,204 deleted found"},
+        {29, "50 %  1,204 deleted found"},
         {19, "1,204 deleted found"},
-        {18, "1,204 deleted fou…"},
+        {18, "50 %"},
+        {3, "50…"},
     };
     for (const auto& [width, line] : cases) EXPECT_EQ(progressLine(kHalf, width), line) << width;
+}
+
+TEST(ProgressLineTest, TellsTheSavingAsWorkOfItsOwn) {
+    auto saving = kHalf;
+    saving.step = "Exporting";
+    saving.work = Work::Saving;
+    saving.saved = {1204, 80'000, 3, 20};
+    EXPECT_EQ(progressLine(saving, 80), "Exporting  1,204 of 80,000 rows  3 of 20 pictures  1:23");
+    EXPECT_EQ(progressLine(saving, 29), "3 of 20 pictures");
+    saving.saved.filesTotal = 0;
+    EXPECT_EQ(progressLine(saving, 29), "1,204 of 80,000 rows");
+}
+
+TEST(ProgressLineTest, NeverPassesTheTotal) {
+    auto grown = kHalf;
+    grown.bytesDone = 999'000'000;
+    EXPECT_TRUE(progressLine(grown, 80).starts_with("Recovering  100 %  240.0 MB of 240.0 MB  "));
+    grown.bytesDone = 239'999'999;
+    EXPECT_TRUE(progressLine(grown, 80).starts_with("Recovering  99 %  "));
 }
 
 TEST(ProgressLineTest, NeverExceedsTheWidth) {
@@ -43,7 +64,7 @@ TEST(ProgressLineTest, NeverExceedsTheWidth) {
 
 TEST(ProgressLineTest, ShowsWhatThereIsAndKeepsTheStepOfABackup) {
     EXPECT_EQ(progressLine({"SMS", 0, 0, 0, seconds(2)}, 80), "SMS  0 deleted found  0:02");
-    ProgressSnapshot backup{"Backing up: 12 %", 0, 0, 0, seconds(2), false};
+    ProgressSnapshot backup{"Backing up: 12 %", 0, 0, 0, seconds(2), Work::BackingUp};
     EXPECT_EQ(progressLine(backup, 80), "Backing up: 12 %  0:02");
     EXPECT_EQ(progressLine(backup, 16), "Backing up: 12 %");
     EXPECT_EQ(progressLine(backup, 10), "Backing u…");
@@ -145,7 +166,7 @@ TEST_F(ScanDisplayTest, RedrawsOneLineInPlace) {
     display.onStatus(StatusCode::Result, "12 SMS\x1b Retreived");
     display.finish();
     const auto written = buffer_.str();
-    EXPECT_THAT(written, StartsWith("\r50 bytes of 200 bytes  0 deleted found\x1b[K"));
+    EXPECT_THAT(written, StartsWith("\r25 %  0 deleted found\x1b[K"));
     // Texts stand above the line, which is gone in the end.
     EXPECT_THAT(written, HasSubstr("\r\x1b[K12 SMS\uFFFD Retreived\n"));
     EXPECT_THAT(written, Not(HasSubstr("\nSMS")));

@@ -87,8 +87,7 @@ TEST(CarverBase, SettlesItsProgressHoweverTheFileEnds) {
         for (const auto& cancelled : {std::stop_token(), stop.get_token()}) {
             ListingCarver<AbstractSqLiteRecovery> carver("[0]", cancelled);
             carver.DoRecoveryPath(file.path());
-            EXPECT_EQ(carver.state.progress.bytesTotal, size > 16 ? size : 0) << size;
-            EXPECT_EQ(carver.state.progress.bytesDone, carver.state.progress.bytesTotal) << size;
+            EXPECT_EQ(carver.state.progress.bytesDone, size > 16 ? size : 0) << size;
         }
     }
 }

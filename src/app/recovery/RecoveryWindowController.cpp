@@ -62,6 +62,7 @@ void Controller::startWorker(const CategoryFacts& facts) {
     // be done before presets that follow its start.
     if (alone) finished(facts.category).clear();
     if (alone && preset == FlagPreset::BeforeCreation) presetFlags(facts.category);
+    statusTold_.clear();
     const auto body = [this, &facts](std::stop_token cancelled) {
         work(facts, std::move(cancelled));
     };
@@ -73,6 +74,8 @@ void Controller::startWorker(const CategoryFacts& facts) {
         if (cancelRequested_) thread.request_stop();
     }
     if (alone && preset == FlagPreset::AfterStart) presetFlags(facts.category);
+    // So that two workers tell their statuses in the same order in every scan.
+    if (facts.worker.status != nullptr) statusTold_.wait();
 }
 
 void Controller::presetFlags(Category running) {
@@ -129,7 +132,10 @@ void Controller::work(const CategoryFacts& facts, std::stop_token cancelled) {
     if (!worker.clearsFlagAfterWait) own.clear();
     if (worker.waitsFor) finished(*worker.waitsFor).wait();
     if (worker.clearsFlagAfterWait) own.clear();
-    if (worker.status != nullptr) state_->updateStatus(StatusCode::Result, worker.status);
+    if (worker.status != nullptr) {
+        state_->updateStatus(StatusCode::Result, worker.status);
+        statusTold_.set();
+    }
     runService(facts, std::move(cancelled));
     if (worker.redrawsView) state_->UpdateMainView(View::Lists);
     if (worker.refreshesTabs) state_->refreshTabButtons();

@@ -58,6 +58,7 @@ class RecoveryWindowController {
     std::int32_t DataType_ = 0;
     ScanState* state_ = nullptr;         ///< of the scan that runs
     ServiceRunner* services_ = nullptr;  ///< of the scan that runs
+    FinishedFlag statusTold_;            ///< by the worker started last, if it has one to tell
     std::mutex threadsMutex_;            ///< guards the two below
     bool cancelRequested_ = false;
     std::array<std::jthread, kCategoryCount> threads_;
