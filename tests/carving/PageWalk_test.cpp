@@ -36,8 +36,13 @@ TEST(PageWalkTest, TypesAndContentStarts) {
 
 TEST(PageWalkTest, FreeblocksThatOverlapAreSearchedFourTimesOver) {
     FileImage image(512, 3);
-    image.btree(3, 13, 247, 511, 20);
-    for (unsigned at = 20; at < 504; at += 4) image.freeblock(3, at, at + 4, 512 - at);
+    image.btree(3, 13, 247, 511);
+    constexpr unsigned kPage = 2 * 512;
+    put16(image.bytes, kPage + 1, 20);
+    for (unsigned at = 20; at < 504; at += 4) {
+        put16(image.bytes, kPage + at, at + 4);
+        put16(image.bytes, kPage + at + 2, 512 - at);
+    }
     NotingReceiver rows;
     CarvingEngine engine(rows, PageSearch::Unused);
     engine.carve(image.bytes, {makePattern("[0]")});
