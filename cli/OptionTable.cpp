@@ -60,6 +60,15 @@ void declareOptions(CLI::App& parser, const CommandTable& table, Arguments& give
         if (option.value == nullptr) {
             parser.add_flag_callback(option.name,
                                      [&given, name = option.name] { given.set(name, ""); });
+        } else if (option.repeats) {
+            parser
+                .add_option_function<std::vector<std::string>>(
+                    option.name,
+                    [&given, name = option.name](const std::vector<std::string>& values) {
+                        for (const auto& value : values) given.add(name, value);
+                    })
+                ->type_name(option.value)
+                ->allow_extra_args(false);
         } else {
             parser.add_option_function<std::string>(option.name, store(option.name))
                 ->type_name(option.value)
@@ -83,13 +92,18 @@ void checkNotEmpty(const CommandTable& table, const Arguments& given) {
 
 std::optional<std::string> Arguments::value(std::string_view name) const {
     const auto found = values_.find(name);
-    return found == values_.end() ? std::nullopt : std::optional(found->second);
+    return found == values_.end() ? std::nullopt : std::optional(found->second.front());
+}
+
+std::vector<std::string> Arguments::all(std::string_view name) const {
+    const auto found = values_.find(name);
+    return found == values_.end() ? std::vector<std::string>() : found->second;
 }
 
 const std::string& Arguments::operator[](std::string_view name) const {
     static const std::string kNone;
     const auto found = values_.find(name);
-    return found == values_.end() ? kNone : found->second;
+    return found == values_.end() ? kNone : found->second.front();
 }
 
 std::optional<Arguments> parseArguments(const CommandTable& table,
@@ -114,7 +128,8 @@ std::string usageOf(const CommandTable& table) {
     for (const auto& argument : table.arguments) words.emplace_back(argument.name);
     for (const auto& option : table.options) {
         const auto name = shownName(option);
-        words.push_back(option.required ? name : '[' + name + ']');
+        words.push_back((option.required ? name : '[' + name + ']') +
+                        (option.repeats ? "..." : ""));
     }
     std::string text = std::string("usage: salvor ") + table.name + ' ';
     const auto column = text.size();

@@ -21,6 +21,7 @@ struct OptionRow {
     const char* value;
     const char* help;
     bool required = false;
+    bool repeats = false;  ///< may be given several times
 };
 
 /// What a command is called and takes, as data: parsing, usage and help are made from it.
@@ -40,10 +41,16 @@ class Arguments {
     /// The value of an argument or a required option.
     const std::string& operator[](std::string_view name) const;
 
-    void set(const std::string& name, std::string value) { values_[name] = std::move(value); }
+    /// Every value of an option that repeats, in their order.
+    std::vector<std::string> all(std::string_view name) const;
+
+    void set(const std::string& name, std::string value) { values_[name] = {std::move(value)}; }
+    void add(const std::string& name, std::string value) {
+        values_[name].push_back(std::move(value));
+    }
 
   private:
-    std::map<std::string, std::string, std::less<>> values_;
+    std::map<std::string, std::vector<std::string>, std::less<>> values_;
 };
 
 /// Reads the words after the command's name. Throws `Failure` (bad arguments); gives nothing when

@@ -118,8 +118,9 @@ int terminalWidth(int fd) {
 
 std::span<const std::unique_ptr<Command>> commands() {
     static const std::array all = {
-        makeScanCommand(),  makeInfoCommand(),       makeListCommand(),    makeIndexCommand(),
-        makeCarveCommand(), makeSignaturesCommand(), makeDevicesCommand(), makeBackupCommand()};
+        makeScanCommand(),       makeInfoCommand(),    makeListCommand(),
+        makeIndexCommand(),      makeRecoverCommand(), makeCarveCommand(),
+        makeSignaturesCommand(), makeDevicesCommand(), makeBackupCommand()};
     return all;
 }
 

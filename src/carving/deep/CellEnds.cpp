@@ -1,0 +1,71 @@
+#include "carving/deep/CellEnds.h"
+
+#include <algorithm>
+
+#include "carving/deep/CellSearch.h"
+
+namespace salvor::deep {
+namespace {
+
+// Up to three bytes between two cells are too few for a block and merge into the one before.
+constexpr std::uint32_t kFragment = 3;
+constexpr std::uint32_t kReach = 200;
+
+}  // namespace
+
+void CellEnds::begin(const PageView& view) {
+    view_ = &view;
+    marks_.assign(view.bytes.size() + 1, 0);
+    headers_.clear();
+    for (const std::uint32_t start : view.cellStarts) mark(start, kCell);
+    for (const ByteRange& range : view.ranges) {
+        mark(range.start, kBoundary);
+        mark(range.end, kRangeEnd | kBoundary);
+        const std::uint32_t first = std::max(range.start, view.firstOffset());
+        for (std::uint32_t at = first; at + 4 <= range.end; ++at) {
+            if (!isFreeblockHeader(view.bytes, at)) continue;
+            headers_.push_back(at);
+            mark(at, kHeader);
+        }
+    }
+    for (const ByteRange& block : view.chain) {
+        mark(block.start, kChain);
+        mark(block.end, kBoundary);
+    }
+    std::sort(headers_.begin(), headers_.end());
+    headers_.erase(std::unique(headers_.begin(), headers_.end()), headers_.end());
+}
+
+void CellEnds::add(const std::vector<Candidate>& found) {
+    for (const Candidate& cell : found)
+        if (cell.reading == Reading::Whole) {
+            mark(cell.start, kCell);
+            mark(cell.end, kBoundary);
+        }
+}
+
+std::uint32_t CellEnds::blockInside(std::uint32_t start, std::uint32_t end) const {
+    for (const ByteRange& block : view_->chain)
+        if (block.start > start && block.start < end) return block.start;
+    return 0;
+}
+
+double CellEnds::endWeight(std::uint32_t start, std::uint32_t end) const {
+    const std::uint32_t blockEnd = freeblockEnd(view_->bytes, start);
+    if (end == blockEnd) return 10;
+    if (has(end, kHeader) && freeblockEnd(view_->bytes, end) == blockEnd) return 8;
+    if (has(end, kCell | kRangeEnd)) return 6;
+    if (end < blockEnd && blockEnd - end <= kFragment) return 5;
+    if (has(end, kHeader)) return end < blockEnd ? 4 : 2;
+    return 0;
+}
+
+void CellEnds::endsOf(std::uint32_t start, std::uint32_t least, std::vector<End>& ends) const {
+    ends.clear();
+    const auto last =
+        std::min<std::uint32_t>(least + kReach, static_cast<std::uint32_t>(view_->bytes.size()));
+    for (std::uint32_t at = least; at <= last; ++at)
+        if (const double weight = endWeight(start, at); weight > 0) ends.push_back({at, weight});
+}
+
+}  // namespace salvor::deep

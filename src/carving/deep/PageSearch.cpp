@@ -1,0 +1,35 @@
+#include "carving/deep/PageSearch.h"
+
+namespace salvor::deep {
+namespace {
+
+// What a page can hold of readings that are worth weighing; only a hostile one has more.
+constexpr std::size_t kMostCandidates = 20'000;
+
+}  // namespace
+
+PageSearch::PageSearch(const Survey& survey)
+    : survey_(survey),
+      viewer_(survey.store(), survey.uses()),
+      cells_(survey.tables(), survey.store().layout()),
+      headless_(survey.tables(), survey.store().layout()),
+      weighing_(survey) {}
+
+const std::vector<Candidate>& PageSearch::search(const PageImage& image, std::uint32_t number) {
+    found_.clear();
+    viewer_.look(image, number, view_);
+    if (view_.ranges.empty() && view_.oldCells.empty()) return found_;
+    cells_.search(view_, found_);
+    ends_.begin(view_);
+    ends_.add(found_);
+    headless_.search(view_, ends_, found_);
+    if (found_.size() > kMostCandidates) found_.resize(kMostCandidates);
+    for (Candidate& candidate : found_) weighing_.weigh(view_, ends_, candidate);
+    std::erase_if(found_, [this](const Candidate& candidate) {
+        return !weighing_.isAccepted(view_, ends_, candidate);
+    });
+    overlaps_.settle(ends_, static_cast<std::uint32_t>(view_.bytes.size()), found_);
+    return found_;
+}
+
+}  // namespace salvor::deep
