@@ -38,10 +38,21 @@ void CellEnds::begin(const PageView& view) {
 
 void CellEnds::add(const std::vector<Candidate>& found) {
     for (const Candidate& cell : found)
-        if (cell.reading == Reading::Whole) {
+        if (!cell.isHeadless()) {
             mark(cell.start, kCell);
             mark(cell.end, kBoundary);
         }
+}
+
+void CellEnds::addRows(const std::vector<Candidate>& found) {
+    for (const Candidate& cell : found)
+        if (cell.isHeadless() && endWeight(cell.start, cell.end) >= 8) mark(cell.end, kBoundary);
+}
+
+bool CellEnds::followsZeros(std::uint32_t offset) const {
+    if (offset < 4 || offset > view_->bytes.size()) return false;
+    const Bytes before = view_->bytes.subspan(offset - 4, 4);
+    return std::all_of(before.begin(), before.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
 std::uint32_t CellEnds::blockInside(std::uint32_t start, std::uint32_t end) const {
@@ -57,6 +68,9 @@ double CellEnds::endWeight(std::uint32_t start, std::uint32_t end) const {
     if (has(end, kCell | kRangeEnd)) return 6;
     if (end < blockEnd && blockEnd - end <= kFragment) return 5;
     if (has(end, kHeader)) return end < blockEnd ? 4 : 2;
+    // What has taken the rest of the block since may have left as few bytes.
+    for (std::uint32_t more = 1; more <= kFragment; ++more)
+        if (has(end + more, kCell | kRangeEnd)) return 3;
     return 0;
 }
 

@@ -16,11 +16,17 @@ class CellEnds {
     void begin(const PageView& view);
     /// Marks the beginnings and ends of cells that were found whole.
     void add(const std::vector<Candidate>& found);
+    /// Marks the ends of cells that lost their beginning, where a block's own end bears them out.
+    void addRows(const std::vector<Candidate>& found);
 
     /// Offsets of everything in the unallocated bytes that reads as a freeblock header, rising.
     const std::vector<std::uint32_t>& headers() const { return headers_; }
     bool beginsBlock(std::uint32_t offset) const { return has(offset, kChain); }
     bool isBoundary(std::uint32_t offset) const { return has(offset, kBoundary | kChain); }
+    /// Whether a cell or what became of one begins there.
+    bool beginsCell(std::uint32_t offset) const { return has(offset, kCell | kHeader); }
+    /// The four bytes before are zero, as before the lowest cell of a page.
+    bool followsZeros(std::uint32_t offset) const;
     /// A block of the page's own chain that begins inside; 0 without.
     std::uint32_t blockInside(std::uint32_t start, std::uint32_t end) const;
     /// What it says for a cell freed at `start` that it ends at `end`, in bits; 0 for nothing.

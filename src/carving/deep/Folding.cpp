@@ -128,7 +128,8 @@ void Folding::judgeByLiveRows() {
         one.fate = one.fate == RowFate::Fragment ? RowFate::Dropped : RowFate::Earlier;
         if (!one.hasRowId && byIdentity != live_.end()) {
             one.rowId = byIdentity->second.cell.rowId;
-            one.hasRowId = one.idFromTwin = !model_->definition().withoutRowId;
+            one.hasRowId = !model_->definition().withoutRowId;
+            one.idSource = RowIdSource::LiveRow;
         }
     }
 }
@@ -193,7 +194,8 @@ void Folding::foldEqual() {
         FoundRow& kept = row(*same);
         if (!kept.hasRowId && one.hasRowId) {
             kept.rowId = one.rowId;
-            kept.hasRowId = kept.idFromTwin = true;
+            kept.hasRowId = true;
+            kept.idSource = RowIdSource::Copy;
         }
         one.fate = RowFate::Folded;
         one.nextCopy = kept.nextCopy;

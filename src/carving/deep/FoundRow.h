@@ -16,6 +16,15 @@ enum class RowFate : std::uint8_t {
     Dropped,   ///< damaged, and another row tells the same
 };
 
+/// What tells a row's id.
+enum class RowIdSource : std::uint8_t {
+    Cell,
+    Values,   ///< another column of the row
+    Copy,     ///< another copy of the row
+    LiveRow,  ///< the live row that it is an earlier version of
+    Index,    ///< an entry of an index
+};
+
 /// An accepted candidate, kept small: its values are read again from the page when they are asked
 /// for.
 struct FoundRow {
@@ -36,8 +45,7 @@ struct FoundRow {
     RowFate fate = RowFate::Deleted;
     std::uint8_t rowIdBytes = 0;
     bool hasRowId = false;
-    bool idFromTwin = false;   ///< another column told the row id
-    bool idFromIndex = false;  ///< an index entry did
+    RowIdSource idSource = RowIdSource::Cell;
 
     static FoundRow of(const Candidate& candidate, std::uint32_t image);
     /// The candidate again, from the bytes of its page.

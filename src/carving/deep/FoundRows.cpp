@@ -17,7 +17,8 @@ void FoundRows::add(const Candidate& candidate, const PageView& view) {
             const auto sum = static_cast<std::uint64_t>(*number) +
                              static_cast<std::uint64_t>(*table.columns()[*twin].rowIdOffset());
             row.rowId = static_cast<std::int64_t>(sum);
-            row.hasRowId = row.idFromTwin = row.rowId > 0 && varintLength(sum) == row.rowIdBytes;
+            row.hasRowId = row.rowId > 0 && varintLength(sum) == row.rowIdBytes;
+            row.idSource = RowIdSource::Values;
         });
     }
     rows_.push_back(row);

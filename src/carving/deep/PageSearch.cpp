@@ -15,6 +15,13 @@ PageSearch::PageSearch(const Survey& survey)
       headless_(survey.tables(), survey.store().layout()),
       weighing_(survey) {}
 
+bool PageSearch::isLesson(const Candidate& candidate) const {
+    constexpr double kSureEnough = 40;
+    if (!candidate.isIntact()) return false;
+    return candidate.isHeadless() ? Weighing::isTile(view_, ends_, candidate)
+                                  : candidate.score >= kSureEnough;
+}
+
 const std::vector<Candidate>& PageSearch::search(const PageImage& image, std::uint32_t number) {
     found_.clear();
     viewer_.look(image, number, view_);
@@ -23,6 +30,7 @@ const std::vector<Candidate>& PageSearch::search(const PageImage& image, std::ui
     ends_.begin(view_);
     ends_.add(found_);
     headless_.search(view_, ends_, found_);
+    ends_.addRows(found_);
     if (found_.size() > kMostCandidates) found_.resize(kMostCandidates);
     for (Candidate& candidate : found_) weighing_.weigh(view_, ends_, candidate);
     std::erase_if(found_, [this](const Candidate& candidate) {

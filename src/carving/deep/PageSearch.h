@@ -23,6 +23,8 @@ class PageSearch {
     const std::vector<Candidate>& search(const PageImage& image, std::uint32_t number);
     /// The page as it was searched last.
     const PageView& view() const { return view_; }
+    /// Whether other rows can be learned from this one of the last result.
+    bool isLesson(const Candidate& candidate) const;
 
   private:
     const Survey& survey_;

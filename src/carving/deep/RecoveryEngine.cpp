@@ -17,7 +17,6 @@ namespace {
 
 // So many images tell what the rows of a table without live ones look like.
 constexpr std::size_t kSampledImages = 1000;
-constexpr double kSureEnough = 40;
 
 /// The steps of one recovery, in their order.
 class Recovery {
@@ -44,7 +43,7 @@ class Recovery {
         for (std::size_t i = 0; i < images.size() && !stop_.stop_requested(); i += step)
             for (const Candidate& candidate :
                  search.search(images[i], static_cast<std::uint32_t>(i)))
-                visit(candidate, search.view());
+                visit(candidate, search);
     }
 
     /// Deleted rows of the schema table tell of tables that were dropped or had fewer columns.
@@ -58,7 +57,8 @@ class Recovery {
         }
         RowReader reader(survey_);
         std::vector<SchemaRow> rows;
-        searchImages(likely, 1, [&](const Candidate& candidate, const PageView& view) {
+        searchImages(likely, 1, [&](const Candidate& candidate, const PageSearch& search) {
+            const PageView& view = search.view();
             if (candidate.table != 0 || !candidate.isIntact()) return;
             const auto row = SchemaRow::read(reader.read(view.where, view.bytes, candidate),
                                              survey_.store().layout().encoding);
@@ -85,9 +85,10 @@ class Recovery {
         const std::size_t step = images.size() / kSampledImages + 1;
         constexpr std::size_t kMostLessons = 20'000;
         constexpr std::size_t kLongest = 4096;
-        searchImages(images, step, [&](const Candidate& candidate, const PageView& view) {
-            if (!learns[candidate.table] || candidate.isHeadless() || !candidate.isIntact() ||
-                candidate.score < kSureEnough || lessons.size() >= kMostLessons)
+        searchImages(images, step, [&](const Candidate& candidate, const PageSearch& search) {
+            const PageView& view = search.view();
+            if (!learns[candidate.table] || lessons.size() >= kMostLessons ||
+                !search.isLesson(candidate))
                 return;
             const Record& record = reader.read(view.where, view.bytes, candidate);
             if (record.payload.size() > kLongest || !known.insert(contentHash(record)).second)
@@ -109,9 +110,10 @@ class Recovery {
     }
 
     void searchAll() {
-        searchImages(found_->images(), 1, [&](const Candidate& candidate, const PageView& view) {
-            found_->add(candidate, view);
-        });
+        searchImages(found_->images(), 1,
+                     [&](const Candidate& candidate, const PageSearch& search) {
+                         found_->add(candidate, search.view());
+                     });
     }
 
     void fold() {

@@ -15,6 +15,10 @@ constexpr std::array<const char*, 5> kStates = {"live", "deleted", "earlier", "d
                                                 "fragment"};
 constexpr std::array<const char*, 3> kConfidences = {"certain", "likely", "possible"};
 
+constexpr std::array<const char*, 5> kIdSources = {
+    "", "the row id follows from its values", "another copy tells the row id",
+    "the live row tells the row id", "an index entry tells the row id"};
+
 /// From which scores on a reading is certain, and below which it is merely possible.
 struct ReadingRow {
     double certain;
@@ -42,6 +46,15 @@ RecoveredValue valueOf(std::uint64_t type, Bytes value, TextEncoding encoding) {
         if (auto text = toUtf8(value, encoding)) return *std::move(text);
     if (kind == kText || kind == kBlob) return RawBytes{{value.begin(), value.end()}};
     return serialInteger(type, value).value_or(0);
+}
+
+/// The text without a last character that is cut.
+Bytes wholeCharacters(Bytes text, TextEncoding encoding) {
+    constexpr std::size_t kLongest = 4;
+    for (std::size_t less = 0; less < kLongest && less < text.size(); ++less)
+        if (textTraits(text.first(text.size() - less), encoding).valid)
+            return text.first(text.size() - less);
+    return text;
 }
 
 RowState stateOf(const FoundRow& row, const TableModel& table) {
@@ -75,8 +88,14 @@ void RowListing::addColumns(const Record& record, std::uint64_t bodyOffset, std:
         const std::uint64_t from = at;
         at += value.size();
         if (value.size() != serialLength(type)) {
-            out.missing.push_back(column);
-            return;
+            if (!value.empty() && serialClass(type) == kText) {
+                const std::string& name = definition.columns[column].name;
+                out.reasons.push_back(fmt::format("of {} only the beginning is left", name));
+                value = wholeCharacters(value, encoding);
+            } else {
+                out.missing.push_back(column);
+                return;
+            }
         }
         RecoveredColumn told{
             column, valueOf(type, value, encoding), bodyOffset + from,
@@ -95,8 +114,8 @@ std::vector<std::string> RowListing::reasonsOf(const FoundRow& row) const {
     const TableModel& table = found_.tableOf(row);
     std::vector<std::string> reasons{readingRow(row).reason,
                                      fmt::format("structure and values weigh {} bits", row.score)};
-    if (row.idFromTwin) reasons.emplace_back("the row id follows from its values");
-    if (row.idFromIndex) reasons.emplace_back("an index entry tells the row id");
+    if (row.hasRowId && row.idSource != RowIdSource::Cell)
+        reasons.emplace_back(kIdSources.at(static_cast<std::size_t>(row.idSource)));
     if (!table.isLearned()) reasons.emplace_back("few rows of the table are known to compare with");
     return reasons;
 }
@@ -120,12 +139,12 @@ RecoveredRow RowListing::listed(const FoundRow& row) {
     out.state = stateOf(row, table);
     out.confidence = confidenceOf(row);
     if (row.hasRowId) out.rowId = row.rowId;
+    out.reasons = reasonsOf(row);
     const Candidate candidate = found_.candidateOf(row);
     const std::uint64_t page = found_.images()[row.image].offset;
     addColumns(found_.read(row), page + candidate.bodyAt,
                candidate.standsTo - std::min(candidate.standsTo, candidate.bodyAt),
                table.definition(), out);
-    out.reasons = reasonsOf(row);
     out.origins.push_back(placeOf(row));
     for (std::uint32_t next = row.nextCopy; next != FoundRow::kNone;) {
         const FoundRow& copy = found_.rows()[next];

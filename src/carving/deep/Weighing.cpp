@@ -9,6 +9,8 @@ namespace salvor::deep {
 namespace {
 
 constexpr double kThreshold = 22;
+// Cells side by side in a freed block bear each other out where no row is there to compare with.
+constexpr double kTile = 20;
 constexpr double kSureWithoutEnd = 80;
 constexpr std::uint32_t kFewBytes = 3;
 constexpr int kOddValues = 3;
@@ -64,7 +66,12 @@ double Weighing::wholeCell(const CellEnds& ends, const Candidate& candidate) con
         weight += candidate.rowId <= 0 ? -14 : candidate.rowId <= 2 * largest + 1000 ? 4 : -8;
     }
     if (candidate.ownPointer) return weight + 18;
-    return ends.isBoundary(candidate.start) ? weight + 12 : weight;
+    if (ends.isBoundary(candidate.start)) {
+        weight += 12;
+    } else if (ends.followsZeros(candidate.start)) {
+        weight += 6;
+    }
+    return ends.beginsCell(candidate.end) ? weight + 4 : weight;
 }
 
 double Weighing::headlessCell(const PageView& view, const CellEnds& ends,
@@ -81,7 +88,7 @@ double Weighing::headlessCell(const PageView& view, const CellEnds& ends,
     }
     const double end = blockHeader ? ends.endWeight(candidate.start, candidate.end) : 0;
     // A guessed type was chosen by the end; for the others it is a witness of its own.
-    weight += candidate.reading == Reading::TypeGuessed ? end : end >= 10 ? 10 : end > 0 ? 4 : 0;
+    weight += candidate.reading == Reading::TypeGuessed ? end : end >= 8 ? 10 : end > 0 ? 4 : 0;
     if (table.definition().withoutRowId) return weight;
     const std::int64_t known = table.knownRowId();
     const std::uint32_t largest = known == 0 ? 3 : varintLength(static_cast<std::uint64_t>(known));
@@ -119,9 +126,16 @@ double Weighing::content(Candidate& candidate, const Record& record) const {
     return types + values;
 }
 
+bool Weighing::isTile(const PageView& view, const CellEnds& ends, const Candidate& candidate) {
+    return candidate.isHeadless() && view.owner == candidate.table &&
+           (ends.isBoundary(candidate.start) || ends.beginsBlock(candidate.start)) &&
+           ends.endWeight(candidate.start, candidate.end) >= 8;
+}
+
 bool Weighing::isAccepted(const PageView& view, const CellEnds& ends,
                           const Candidate& candidate) const {
     const TableModel& table = tableOf(candidate);
+    if (!table.isLearned() && isTile(view, ends, candidate)) return candidate.score >= kTile;
     double threshold = kThreshold;
     if (!table.isLearned()) threshold += 6;
     if (candidate.isHeadless() && table.columns().size() < 6) threshold += 4;

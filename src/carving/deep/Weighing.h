@@ -20,6 +20,10 @@ class Weighing {
     /// Whether it weighs enough to be taken for a row, or for what is left of one.
     bool isAccepted(const PageView& view, const CellEnds& ends, const Candidate& candidate) const;
 
+    /// Whether a cell that lost its beginning fills its place on a page of its own table, from one
+    /// boundary to the next: what freeing a run of cells leaves.
+    static bool isTile(const PageView& view, const CellEnds& ends, const Candidate& candidate);
+
     static constexpr double kRefused = -1000;
 
   private:
