@@ -9,7 +9,7 @@ namespace salvor::deep {
 namespace {
 
 constexpr double kThreshold = 22;
-// Cells side by side in a freed block bear each other out where no row is there to compare with.
+// Cells side by side in a freed block bear each other out.
 constexpr double kTile = 20;
 constexpr double kSureWithoutEnd = 80;
 constexpr std::uint32_t kFewBytes = 3;
@@ -135,7 +135,7 @@ bool Weighing::isTile(const PageView& view, const CellEnds& ends, const Candidat
 bool Weighing::isAccepted(const PageView& view, const CellEnds& ends,
                           const Candidate& candidate) const {
     const TableModel& table = tableOf(candidate);
-    if (!table.isLearned() && isTile(view, ends, candidate)) return candidate.score >= kTile;
+    if (isTile(view, ends, candidate)) return candidate.score >= kTile;
     double threshold = kThreshold;
     if (!table.isLearned()) threshold += 6;
     if (candidate.isHeadless() && table.columns().size() < 6) threshold += 4;
