@@ -17,9 +17,9 @@ bool Candidate::place(std::uint64_t header, std::uint64_t body, std::uint32_t us
 }
 
 bool Candidate::types(Bytes page, std::vector<std::uint64_t>& into) const {
+    into.clear();
+    if (reading == Reading::AliasLost || reading == Reading::TypeGuessed) into.push_back(lostType);
     if (!readTypes(page, typesAt, bodyAt, into)) return false;
-    if (reading == Reading::AliasLost || reading == Reading::TypeGuessed)
-        into.insert(into.begin(), lostType);
     return into.size() == columns;
 }
 

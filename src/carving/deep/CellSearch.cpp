@@ -116,6 +116,7 @@ void CellSearch::readHeader(const PageView& view, const ByteRange& range, std::u
                             std::uint32_t lengthBytes, std::uint32_t length,
                             std::vector<Candidate>& found) {
     if (length <= lengthBytes || length > range.end - at) return;
+    types_.clear();
     if (!readTypes(view.bytes, at + lengthBytes, at + length, types_)) return;
     const std::uint64_t body = bodyLength(types_);
     for (const std::uint16_t number : plan_.tablesOf(types_.size())) {

@@ -5,7 +5,6 @@
 namespace salvor {
 
 bool readTypes(Bytes data, std::size_t at, std::size_t end, std::vector<std::uint64_t>& types) {
-    types.clear();
     if (end > data.size()) return false;
     while (at < end) {
         const Varint type = readVarint(data.first(end), at);
@@ -29,6 +28,7 @@ std::uint64_t bodyLength(const std::vector<std::uint64_t>& types) {
 
 bool Record::read(Bytes whole) {
     payload = whole;
+    types.clear();
     const Varint length = readVarint(whole, 0);
     if (length.length == 0 || length.value < length.length || length.value > whole.size())
         return false;

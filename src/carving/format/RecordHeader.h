@@ -21,7 +21,8 @@ struct Record {
     void eachValue(Show&& show) const;
 };
 
-/// The types that stand between `at` and `end`; false when they do not end there or are reserved.
+/// Appends the types that stand between `at` and `end`; false when they do not end there or are
+/// reserved.
 bool readTypes(Bytes data, std::size_t at, std::size_t end, std::vector<std::uint64_t>& types);
 
 /// Bytes that values of these types take.
