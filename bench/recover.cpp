@@ -1,6 +1,6 @@
 // How fast and how sparingly deleted rows are recovered by the schema, beside reading the file as
 // `cat FILE > /dev/null` does, a memchr pass over it and `sqlite3 FILE .dump`, all in one run.
-// `--mb N` sets the size of the databases (100 when not given).
+// `--mb N` sets the size of the databases (100 when not given), `--file FILE` measures another one.
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <cstring>
@@ -190,7 +190,13 @@ int main(int argc, char** argv) {
     CLI::App parser("Measures the recovery of deleted rows by the schema.");
     std::int64_t megabytes = 100;
     parser.add_option("--mb", megabytes, "size of the databases");
+    std::string file;
+    parser.add_option("--file", file, "measure this database alone");
     CLI11_PARSE(parser, argc, argv);
-    salvor::bench::run(megabytes);
+    if (file.empty()) {
+        salvor::bench::run(megabytes);
+    } else {
+        salvor::bench::measure("the file", file);
+    }
     return 0;
 }

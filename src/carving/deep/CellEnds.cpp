@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "carving/deep/CellSearch.h"
+#include "carving/format/BigEndian.h"
 
 namespace salvor::deep {
 namespace {
@@ -23,6 +24,10 @@ void CellEnds::begin(const PageView& view) {
         mark(range.end, kRangeEnd | kBoundary);
         const std::uint32_t first = std::max(range.start, view.firstOffset());
         for (std::uint32_t at = first; at + 4 <= range.end; ++at) {
+            if (bigEndian<8>(view.bytes, at) == 0 && at + 8 <= range.end) {
+                at += 4;
+                continue;
+            }
             if (!isFreeblockHeader(view.bytes, at)) continue;
             headers_.push_back(at);
             mark(at, kHeader);

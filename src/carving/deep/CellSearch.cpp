@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "carving/format/BigEndian.h"
 #include "carving/format/RecordHeader.h"
 #include "carving/format/Varint.h"
 
@@ -39,19 +38,6 @@ bool standsBefore(Bytes page, std::uint32_t least, std::uint32_t end, std::uint6
 }
 
 }  // namespace
-
-bool isFreeblockHeader(Bytes page, std::uint32_t offset) {
-    const auto usable = static_cast<std::uint32_t>(page.size());
-    if (usable < 4 || offset > usable - 4) return false;
-    const std::uint32_t next = bigEndian16(page, offset);
-    const std::uint32_t size = bigEndian16(page, offset + 2);
-    if (size < 4 || size > usable - offset) return false;
-    return next == 0 || (next >= offset + size && next <= usable - 4);
-}
-
-std::uint32_t freeblockEnd(Bytes page, std::uint32_t offset) {
-    return offset + bigEndian16(page, offset + 2);
-}
 
 bool endsVarint(Bytes page, std::uint32_t start, std::uint32_t end) {
     for (std::uint32_t at = start; at + 1 < end; ++at)

@@ -7,13 +7,24 @@
 #include "carving/deep/PageView.h"
 #include "carving/deep/SearchPlan.h"
 #include "carving/deep/TableModel.h"
+#include "carving/format/BigEndian.h"
 
 namespace salvor::deep {
 
-/// Whether four bytes at `offset` read as a freeblock header that once was true.
-bool isFreeblockHeader(Bytes page, std::uint32_t offset);
 /// Where the block ends that the header at `offset` tells of.
-std::uint32_t freeblockEnd(Bytes page, std::uint32_t offset);
+inline std::uint32_t freeblockEnd(Bytes page, std::uint32_t offset) {
+    return offset + bigEndian16(page, offset + 2);
+}
+/// Whether four bytes at `offset` read as a freeblock header that once was true.
+inline bool isFreeblockHeader(Bytes page, std::uint32_t offset) {
+    const auto usable = static_cast<std::uint32_t>(page.size());
+    if (usable < 4 || offset > usable - 4) return false;
+    const std::uint32_t word = bigEndian32(page, offset);
+    const std::uint32_t next = word >> 16;
+    const std::uint32_t size = word & 0xFFFFu;
+    if (size < 4 || size > usable - offset) return false;
+    return next == 0 || (next >= offset + size && next <= usable - 4);
+}
 /// Whether the bytes from `start` on are the end of a varint that ends before `end`; none are too.
 bool endsVarint(Bytes page, std::uint32_t start, std::uint32_t end);
 

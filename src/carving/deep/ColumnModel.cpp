@@ -243,7 +243,8 @@ double ColumnModel::floatWeight(Bytes bytes) const {
 }
 
 double ColumnModel::textWeight(Bytes text) const {
-    const TextTraits traits = textTraits(text, encoding_);
+    const bool shaped = judges() && !manyShapes_ && !shapes_.empty();
+    const TextTraits traits = textTraits(text, encoding_, shaped);
     if (!traits.valid) return invalid_ ? 0 : -60;
     if (traits.control && !control_) return -50;
     const auto characters = static_cast<double>(traits.characters);
@@ -253,7 +254,7 @@ double ColumnModel::textWeight(Bytes text) const {
     if (!manyValues_ && values_.size() <= kFewValues)
         return knows(hashOf(12 + 1 + 2 * std::uint64_t{text.size()}, text)) ? weight + 14
                                                                             : weight - 6;
-    if (manyShapes_ || shapes_.empty() || texts < static_cast<double>(kEnough)) return weight;
+    if (!shaped || texts < static_cast<double>(kEnough)) return weight;
     const bool kept = (traits.kinds & ~kinds_) == 0 &&
                       std::any_of(shapes_.begin(), shapes_.end(), [&](const Shape& shape) {
                           return shape.skeleton == traits.skeleton;

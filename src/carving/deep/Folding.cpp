@@ -172,8 +172,11 @@ void Folding::foldEqual() {
         return std::tuple(one.fate == RowFate::Fragment, one.hash, one.reading != Reading::Whole,
                           !current, -one.score, one.image, one.start);
     };
-    std::sort(rows_.begin(), rows_.end(),
-              [&](std::uint32_t a, std::uint32_t b) { return order(a) < order(b); });
+    std::sort(rows_.begin(), rows_.end(), [&](std::uint32_t a, std::uint32_t b) {
+        const bool told = row(a).hash != row(b).hash &&
+                          (row(a).fate == RowFate::Fragment) == (row(b).fate == RowFate::Fragment);
+        return told ? row(a).hash < row(b).hash : order(a) < order(b);
+    });
     std::vector<std::uint32_t> listed;
     std::size_t groupFrom = 0;  // in `listed`
     for (const std::uint32_t place : rows_) {
@@ -220,9 +223,11 @@ void Folding::foldVersions() {
         }
         keys.clear();
         if (pass != 0 || model_->identity().empty()) break;
-        for (const std::uint32_t place : rows_)
-            if (const auto key = keyHash(found_.read(row(place)), model_->identity()))
-                keys.push_back({*key, place});
+        for (const Keyed& one : byKey_) {
+            const RowFate fate = row(one.row).fate;
+            if (fate == RowFate::Deleted || fate == RowFate::Earlier || fate == RowFate::Fragment)
+                keys.push_back(one);
+        }
     }
 }
 

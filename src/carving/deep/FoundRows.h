@@ -27,6 +27,10 @@ class FoundRows {
     const Record& read(const FoundRow& row) { return read(row, reader_); }
     const Record& read(const FoundRow& row, RowReader& reader) const;
     Candidate candidateOf(const FoundRow& row) const;
+    /// What stands of the row that `candidate` is.
+    const Record& read(const FoundRow& row, const Candidate& candidate) {
+        return reader_.read(images_[row.image], pageOf(row), candidate);
+    }
     /// Where the row's cell begins in its file.
     std::uint64_t offsetOf(const FoundRow& row) const {
         return images_[row.image].offset + row.start;

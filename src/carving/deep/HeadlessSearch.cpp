@@ -33,7 +33,10 @@ struct TypesOfLength {
 
 HeadlessSearch::HeadlessSearch(const std::vector<TableModel>& tables, const DatabaseLayout& layout)
     : tables_(tables), usable_(layout.usable) {
-    for (const auto& table : tables) maxColumns_ = std::max(maxColumns_, table.columns().size());
+    for (const auto& table : tables) {
+        maxColumns_ = std::max(maxColumns_, table.columns().size());
+        twoRuns_ |= table.definition().alias != 0 || table.columns().size() >= 100;
+    }
 }
 
 void HeadlessSearch::search(const PageView& view, const CellEnds& ends,
@@ -65,7 +68,7 @@ void HeadlessSearch::readRun(Bytes page, std::uint32_t at, std::uint32_t end, Ty
 
 void HeadlessSearch::searchAt(const Place& place) {
     readRun(place.view.bytes, place.start + kLost, place.rangeEnd, run_);
-    readRun(place.view.bytes, place.start + kLost + 1, place.rangeEnd, nextRun_);
+    if (twoRuns_) readRun(place.view.bytes, place.start + kLost + 1, place.rangeEnd, nextRun_);
     for (std::size_t i = 0; i < tables_.size(); ++i) {
         const TableModel& table = tables_[i];
         if (table.definition().withoutRowId) continue;
@@ -78,9 +81,7 @@ void HeadlessSearch::searchAt(const Place& place) {
 
 void HeadlessSearch::searchTable(const Place& place, std::uint16_t number) {
     const TableModel& table = tables_[number];
-    const std::size_t all = table.columns().size();
-    for (std::size_t columns = 1; columns <= all; ++columns) {
-        if (!table.knowsCount(columns)) continue;
+    for (const std::size_t columns : table.knownCounts()) {
         if (fits(table, run_, 0, columns)) tryHeaderLost(place, number, columns, run_, false);
         if (columns >= 100 && fits(table, nextRun_, 0, columns))
             tryHeaderLost(place, number, columns, nextRun_, true);

@@ -50,6 +50,7 @@ class HeadlessSearch {
     const std::vector<TableModel>& tables_;
     std::uint32_t usable_;
     std::size_t maxColumns_ = 0;
+    bool twoRuns_ = false;
     TypeRun run_;      ///< from the fourth byte of the place on
     TypeRun nextRun_;  ///< from the fifth
     std::vector<CellEnds::End> cellEnds_;

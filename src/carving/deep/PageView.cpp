@@ -103,7 +103,6 @@ void PageViewer::readCells(PageView& view) {
         const auto cell = node.cellAt(node.cellPointer(i));
         if (!cell) continue;
         claimed_.push_back({cell->start, std::min(cell->end, size)});
-        view.cellStarts.push_back(cell->start);
         if (node.type() == BtreePage::LeafTable) {
             view.lowestRowId =
                 view.hasRowIds ? std::min(view.lowestRowId, cell->rowId) : cell->rowId;
@@ -113,7 +112,6 @@ void PageViewer::readCells(PageView& view) {
         }
         if (!seen && node.type() != BtreePage::InteriorTable) view.oldCells.push_back(*cell);
     }
-    std::sort(view.cellStarts.begin(), view.cellStarts.end());
 }
 
 void PageViewer::readChain(PageView& view) {
@@ -136,6 +134,7 @@ void PageViewer::collectRanges(PageView& view) {
     std::sort(claimed_.begin(), claimed_.end(), byStart);
     std::uint32_t at = std::max(view.node->pointersEnd(), view.firstOffset());
     for (const ByteRange& cell : claimed_) {
+        view.cellStarts.push_back(cell.start);
         if (cell.start >= at + kShortest) view.ranges.push_back({at, cell.start});
         at = std::max(at, cell.end);
     }

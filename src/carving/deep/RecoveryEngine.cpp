@@ -80,19 +80,21 @@ class Recovery {
             std::vector<std::uint64_t> types;
         };
         std::vector<Lesson> lessons;
+        std::vector<std::size_t> taught(tables.size());
         std::unordered_set<std::uint64_t> known;
         RowReader reader(survey_);
         const std::size_t step = images.size() / kSampledImages + 1;
-        constexpr std::size_t kMostLessons = 20'000;
+        constexpr std::size_t kMostLessons = 1000;
         constexpr std::size_t kLongest = 4096;
         searchImages(images, step, [&](const Candidate& candidate, const PageSearch& search) {
             const PageView& view = search.view();
-            if (!learns[candidate.table] || lessons.size() >= kMostLessons ||
+            if (!learns[candidate.table] || taught[candidate.table] >= kMostLessons ||
                 !search.isLesson(candidate))
                 return;
             const Record& record = reader.read(view.where, view.bytes, candidate);
             if (record.payload.size() > kLongest || !known.insert(contentHash(record)).second)
                 return;
+            ++taught[candidate.table];
             lessons.push_back({candidate.table,
                                candidate.rowId,
                                {record.payload.begin(), record.payload.end()},
@@ -110,10 +112,22 @@ class Recovery {
     }
 
     void searchAll() {
-        searchImages(found_->images(), 1,
-                     [&](const Candidate& candidate, const PageSearch& search) {
-                         found_->add(candidate, search.view());
-                     });
+        const auto& images = found_->images();
+        PageSearch search(survey_);
+        for (std::uint32_t i = 0; i < images.size() && !stop_.stop_requested(); ++i) {
+            for (const Candidate& candidate : search.search(images[i], i))
+                found_->add(candidate, search.view());
+            if (images[i].current) countFreeBytes(search.view());
+        }
+    }
+
+    void countFreeBytes(const PageView& view) {
+        for (const ByteRange& range : view.ranges) {
+            const Bytes bytes = view.bytes.subspan(range.start, range.end - range.start);
+            facts_.freeBytes += bytes.size();
+            facts_.zeroBytes +=
+                static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), std::uint8_t{0}));
+        }
     }
 
     void fold() {
@@ -134,7 +148,6 @@ class Recovery {
     }
 
     void fillFacts();
-    void fillFreeBytes();
     void list(const RowSink& sink);
     bool listLive(std::uint16_t table, const RowSink& sink);
 
@@ -188,23 +201,6 @@ void Recovery::fillFacts() {
            : confidence == Confidence::Likely ? table.likely
                                               : table.possible);
     }
-    fillFreeBytes();
-}
-
-void Recovery::fillFreeBytes() {
-    PageViewer viewer(survey_.store(), survey_.uses());
-    PageView view;
-    for (std::size_t i = 0; i < found_->images().size() && !stop_.stop_requested(); ++i) {
-        const PageImage& image = found_->images()[i];
-        if (!image.current) break;
-        viewer.look(image, static_cast<std::uint32_t>(i), view);
-        for (const ByteRange& range : view.ranges) {
-            const Bytes bytes = view.bytes.subspan(range.start, range.end - range.start);
-            facts_.freeBytes += bytes.size();
-            facts_.zeroBytes +=
-                static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), std::uint8_t{0}));
-        }
-    }
 }
 
 bool Recovery::listLive(std::uint16_t table, const RowSink& sink) {
@@ -227,6 +223,7 @@ bool Recovery::listLive(std::uint16_t table, const RowSink& sink) {
 }
 
 void Recovery::list(const RowSink& sink) {
+    if (!sink) return;
     std::vector<std::uint32_t> order;
     const auto& rows = found_->rows();
     for (std::uint32_t i = 0; i < rows.size(); ++i) {

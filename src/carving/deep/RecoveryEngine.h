@@ -17,7 +17,7 @@ struct RecoveryOptions {
     bool fragments = false;           ///< and what is left of rows that cannot be rebuilt
 };
 
-/// Takes one row; false ends the listing.
+/// Takes one row; false ends the listing. Without one rows are counted and not listed.
 using RowSink = std::function<bool(const Facts&, const RecoveredRow&)>;
 
 /// Finds the deleted rows of a SQLite database in its unallocated bytes, its log and its journal,

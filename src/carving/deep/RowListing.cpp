@@ -84,6 +84,7 @@ void RowListing::addColumns(const Record& record, std::uint64_t bodyOffset, std:
                             const TableDefinition& definition, RecoveredRow& out) const {
     const TextEncoding encoding = found_.survey().store().layout().encoding;
     std::uint64_t at = 0;
+    out.columns.reserve(definition.columns.size());
     record.eachValue([&](std::size_t column, std::uint64_t type, Bytes value) {
         const std::uint64_t from = at;
         at += value.size();
@@ -142,7 +143,7 @@ RecoveredRow RowListing::listed(const FoundRow& row) {
     out.reasons = reasonsOf(row);
     const Candidate candidate = found_.candidateOf(row);
     const std::uint64_t page = found_.images()[row.image].offset;
-    addColumns(found_.read(row), page + candidate.bodyAt,
+    addColumns(found_.read(row, candidate), page + candidate.bodyAt,
                candidate.standsTo - std::min(candidate.standsTo, candidate.bodyAt),
                table.definition(), out);
     out.origins.push_back(placeOf(row));

@@ -37,7 +37,9 @@ void TableModel::finishLearning() {
 }
 
 void TableModel::addColumnCount(std::size_t count) {
-    if (count < counts_.size()) counts_[count] = true;
+    if (count == 0 || count >= counts_.size() || counts_[count]) return;
+    counts_[count] = true;
+    knownCounts_.insert(std::lower_bound(knownCounts_.begin(), knownCounts_.end(), count), count);
 }
 
 bool TableModel::admitsCount(std::size_t count) const {
@@ -64,17 +66,19 @@ std::optional<std::uint64_t> keyHash(const Record& record,
                                      const std::vector<std::size_t>& columns) {
     if (columns.empty()) return std::nullopt;
     std::uint64_t sum = 0;
-    std::size_t met = 0;
-    record.eachValue([&](std::size_t column, std::uint64_t type, Bytes value) {
-        if (std::find(columns.begin(), columns.end(), column) == columns.end() || type == kNull)
-            return;
+    for (const std::size_t column : columns) {
+        if (column >= record.types.size() || record.types[column] == kNull) return std::nullopt;
+        const std::uint64_t type = record.types[column];
+        std::uint64_t at = record.body;
+        for (std::size_t i = 0; i < column; ++i) at += serialLength(record.types[i]);
+        const auto length = static_cast<std::size_t>(serialLength(type));
+        const Bytes value = slice(record.payload, static_cast<std::size_t>(at), length);
+        if (value.size() != length) return std::nullopt;
         ContentHash hash;
         hash.add(std::uint64_t{column} << 48 | type);
         hash.add(value);
         sum += hash.value();
-        ++met;
-    });
-    if (met != columns.size()) return std::nullopt;
+    }
     return sum;
 }
 

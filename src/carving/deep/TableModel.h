@@ -36,6 +36,8 @@ class TableModel {
     bool admitsCount(std::size_t count) const;
     /// Whether rows or definitions are known that have so many.
     bool knowsCount(std::size_t count) const;
+    /// All such numbers, rising.
+    const std::vector<std::size_t>& knownCounts() const { return knownCounts_; }
     /// Whether a column may have a value of this class.
     bool admits(std::size_t column, SerialClass kind) const {
         return (unsigned{columns_[column].admissible()} >> kind & 1u) != 0;
@@ -60,6 +62,7 @@ class TableModel {
     std::uint32_t root_;
     std::vector<ColumnModel> columns_;
     std::vector<bool> counts_;  ///< by number of columns
+    std::vector<std::size_t> knownCounts_;
     std::uint64_t learned_ = 0;
     std::vector<std::size_t> identity_;
     bool identityDeclared_ = false;

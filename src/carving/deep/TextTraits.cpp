@@ -1,5 +1,9 @@
 #include "carving/deep/TextTraits.h"
 
+#include <cstring>
+
+#include "util/Utf8.h"
+
 namespace salvor::deep {
 namespace {
 
@@ -63,39 +67,83 @@ void append(std::string& out, std::uint32_t point) {
     for (int i = more; i-- > 0;) out += static_cast<char>(0x80 | (point >> (6 * i) & 0x3F));
 }
 
+/// Whether the text is of printable ASCII throughout, told eight bytes at a time: what most are.
+bool isPlain(Bytes text) {
+    constexpr std::uint64_t kHighs = 0x8080808080808080;
+    constexpr std::uint64_t kBlanks = 0x2020202020202020;
+    std::size_t at = 0;
+    for (std::uint64_t word = 0; text.size() - at >= 8; at += 8) {
+        std::memcpy(&word, &text[at], 8);
+        // Below 0x80, subtracting a blank sets the high bit of what is less than one.
+        if ((word & kHighs) != 0 || (((word | kHighs) - kBlanks) & kHighs) != kHighs) return false;
+    }
+    for (; at < text.size(); ++at)
+        if (text[at] < 0x20 || text[at] >= 0x80) return false;
+    return true;
+}
+
+/// Takes the characters of a text for its shape, one after another.
+class Shape {
+  public:
+    explicit Shape(TextTraits& traits) : traits_(traits) {}
+
+    void add(std::uint32_t point) {
+        if (point < 0x20 && point != '\t' && point != '\n' && point != '\r') traits_.control = true;
+        if (traits_.characters++ >= kLongestShape) return;
+        const std::uint8_t kind = kindOf(point);
+        traits_.kinds |= kind;
+        if (kind != 0) {
+            ++run_;
+        } else {
+            mix(run_ << 32 | point);
+            run_ = 0;
+        }
+    }
+    void finish() {
+        mix(run_ << 32);
+        const bool shaped = traits_.characters != 0 && traits_.characters <= kLongestShape;
+        traits_.skeleton = shaped ? skeleton_ : 0;
+    }
+
+  private:
+    void mix(std::uint64_t what) {
+        skeleton_ = (skeleton_ ^ what) * 0xFF51AFD7ED558CCD;
+        skeleton_ ^= skeleton_ >> 32;
+    }
+
+    TextTraits& traits_;
+    std::uint64_t skeleton_ = 0x9E3779B97F4A7C15;
+    std::uint64_t run_ = 0;
+};
+
 }  // namespace
 
-TextTraits textTraits(Bytes text, TextEncoding encoding) {
+TextTraits textTraits(Bytes text, TextEncoding encoding, bool shaped) {
     TextTraits traits;
-    std::uint64_t skeleton = 0x9E3779B97F4A7C15;
-    std::uint64_t run = 0;
-    const auto mix = [&](std::uint64_t what) {
-        skeleton = (skeleton ^ what) * 0xFF51AFD7ED558CCD;
-        skeleton ^= skeleton >> 32;
-    };
-    for (std::size_t at = 0; at < text.size(); ++traits.characters) {
+    const bool quick = !shaped || text.size() > kLongestShape;
+    if (quick && encoding == TextEncoding::Utf8 && isPlain(text)) {
+        traits.characters = static_cast<std::uint32_t>(text.size());
+        traits.kinds = kDigit | kCapitalHex | kCapital | kSmallHex | kSmall;
+        return traits;
+    }
+    Shape shape(traits);
+    for (std::size_t at = 0; at < text.size();) {
         const std::uint32_t point = nextPoint(text, at, encoding);
         if (point == kBad) {
             traits.valid = false;
             return traits;
         }
-        if (point < 0x20 && point != '\t' && point != '\n' && point != '\r') traits.control = true;
-        if (traits.characters >= kLongestShape) continue;
-        const std::uint8_t kind = kindOf(point);
-        traits.kinds |= kind;
-        if (kind != 0) {
-            ++run;
-            continue;
-        }
-        mix(run << 32 | point);
-        run = 0;
+        shape.add(point);
     }
-    mix(run << 32);
-    if (traits.characters != 0 && traits.characters <= kLongestShape) traits.skeleton = skeleton;
+    shape.finish();
     return traits;
 }
 
 std::optional<std::string> toUtf8(Bytes text, TextEncoding encoding) {
+    if (encoding == TextEncoding::Utf8) {
+        if (!isValidUtf8(text)) return std::nullopt;
+        return std::string(text.begin(), text.end());
+    }
     std::string out;
     out.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {

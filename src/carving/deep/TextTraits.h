@@ -29,7 +29,8 @@ enum CharacterKind : std::uint8_t {
     kWide = 32,
 };
 
-TextTraits textTraits(Bytes text, TextEncoding encoding);
+/// Without `shaped` skeleton and kinds may be left out, which is faster.
+TextTraits textTraits(Bytes text, TextEncoding encoding, bool shaped = true);
 
 /// The text as UTF-8; absent when it does not decode.
 std::optional<std::string> toUtf8(Bytes text, TextEncoding encoding);
