@@ -1,4 +1,3 @@
-#include <cmath>
 #include <fmt/format.h>
 #include <memory>
 #include <stop_token>
@@ -10,82 +9,10 @@
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/Interrupts.h"
-#include "cli/JsonText.h"
-#include "util/StringUtils.h"
+#include "cli/RecoverOutput.h"
 
 namespace salvor::cli {
 namespace {
-
-Json jsonOf(const deep::RecoveredValue& value) {
-    if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
-    if (const auto* real = std::get_if<double>(&value))
-        return std::isfinite(*real) ? Json(*real) : Json(nullptr);
-    if (const auto* text = std::get_if<std::string>(&value)) return *text;
-    if (const auto* raw = std::get_if<deep::RawBytes>(&value))
-        return {{"hex", StringUtils::ByteArrayToString(raw->bytes)}};
-    return nullptr;
-}
-
-Json jsonOf(const deep::RowPlace& place) {
-    Json object = {{"file", fileName(place.file)},
-                   {"page", place.page},
-                   {"offset", place.offset},
-                   {"length", place.length}};
-    if (place.frame != 0) object["frame"] = place.frame;
-    object["space"] = deep::toString(place.space);
-    return object;
-}
-
-std::string lineOf(const deep::Facts& facts, const deep::RecoveredRow& row) {
-    const deep::TableFacts& table = facts.tables[row.table];
-    Json columns = Json::object();
-    for (const auto& column : row.columns)
-        columns[table.columns[column.column]] = jsonOf(column.value);
-    Json missing = Json::array();
-    for (const std::size_t column : row.missing) missing.push_back(table.columns[column]);
-    Json origins = Json::array();
-    for (const auto& place : row.origins) origins.push_back(jsonOf(place));
-    Json object = {{"table", table.name},
-                   {"rowId", row.rowId ? Json(*row.rowId) : Json(nullptr)},
-                   {"columns", std::move(columns)},
-                   {"state", deep::toString(row.state)},
-                   {"confidence", deep::toString(row.confidence)},
-                   {"reasons", row.reasons},
-                   {"missing", std::move(missing)},
-                   {"origins", std::move(origins)}};
-    return jsonLine(object);
-}
-
-Json jsonOf(const deep::TableFacts& table) {
-    return {{"table", table.name},      {"dropped", table.dropped}, {"live", table.live},
-            {"deleted", table.deleted}, {"earlier", table.earlier}, {"fragments", table.fragments},
-            {"certain", table.certain}, {"likely", table.likely},   {"possible", table.possible},
-            {"rowsGone", table.gone}};
-}
-
-std::string summaryOf(const deep::Facts& facts) {
-    constexpr const char* kEncodings[] = {"", "UTF-8", "UTF-16LE", "UTF-16BE"};
-    Json tables = Json::array();
-    for (const auto& table : facts.tables)
-        if (!table.internal) tables.push_back(jsonOf(table));
-    const Json object = {{"pageSize", facts.pageSize},
-                         {"pages", facts.pages},
-                         {"freePages", facts.freePages},
-                         {"encoding", kEncodings[static_cast<std::size_t>(facts.encoding)]},
-                         {"autoVacuum", facts.incrementalVacuum ? "incremental"
-                                        : facts.autoVacuum      ? "full"
-                                                                : "none"},
-                         {"logFrames", facts.logFrames},
-                         {"logFramesInUse", facts.logFramesInUse},
-                         {"journalPages", facts.journalPages},
-                         {"freeBytes", facts.freeBytes},
-                         {"zeroBytes", facts.zeroBytes},
-                         {"secureDelete", facts.secureDeleteSeen()},
-                         {"cut", facts.cut},
-                         {"tables", std::move(tables)},
-                         {"facts", facts.sentences()}};
-    return jsonLine(object);
-}
 
 RecoverySource sourceFrom(const Arguments& given) {
     RecoverySource source;
@@ -102,17 +29,20 @@ RecoverySource sourceFrom(const Arguments& given) {
 class RowOutput {
   public:
     RowOutput(const Arguments& given, Console& console)
-        : console_(console), prints_(!given.has("--summary")) {
+        : stream_(console.out), prints_(!given.has("--summary")) {
         if (const auto path = given.value("--sqlite"))
             guarded([&] { database_ = std::make_unique<RecoveredDatabase>(*path); });
     }
 
+    /// Whether rows are wanted at all.
+    bool wanted() const { return prints_ || database_; }
     bool write(const deep::Facts& facts, const deep::RecoveredRow& row) {
-        if (prints_) console_.out << lineOf(facts, row);
+        if (prints_) writeRow(facts, row, stream_);
         if (database_) guarded([&] { database_->add(facts, row); });
-        return static_cast<bool>(console_.out);
+        return !stream_.ended();
     }
     void close() {
+        stream_.flush();
         if (database_) guarded([&] { database_->close(); });
     }
 
@@ -126,7 +56,7 @@ class RowOutput {
         }
     }
 
-    Console& console_;
+    json::JsonStream stream_;
     bool prints_;
     std::unique_ptr<RecoveredDatabase> database_;
 };
@@ -168,12 +98,12 @@ class RecoverCommand : public Command {
         RowOutput output(given, console);
         std::stop_source cancel;
         const Interrupts interrupts([&cancel] { cancel.request_stop(); });
-        const RecoveryOutcome outcome = recoverFile(
-            source, options,
-            [&](const deep::Facts& facts, const deep::RecoveredRow& row) {
+        deep::RowSink sink;
+        if (output.wanted())
+            sink = [&](const deep::Facts& facts, const deep::RecoveredRow& row) {
                 return output.write(facts, row);
-            },
-            cancel.get_token());
+            };
+        const RecoveryOutcome outcome = recoverFile(source, options, sink, cancel.get_token());
         if (!outcome.fault.empty()) throw Failure(ExitStatus::SourceUnusable, outcome.fault);
         output.close();
         for (const auto& warning : outcome.warnings) console.warning(warning);
