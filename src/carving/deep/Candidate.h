@@ -26,6 +26,7 @@ struct Candidate {
     std::uint8_t rowIdBytes = 0;
     bool ownPointer = false;  ///< the page's own pointer array names it
     bool damaged = false;     ///< a value in it cannot be the row's
+    bool openFirst = false;   ///< of its guessed first column only that it takes no byte is known
     std::uint32_t start = 0;
     std::uint32_t typesAt = 0;  ///< first type that stands
     std::uint32_t bodyAt = 0;

@@ -186,6 +186,7 @@ void ColumnModel::finish() {
         double seen = static_cast<double>(counts_[i]) + std::max(prior(kind), 0.002);
         if ((kIntegers >> i & 1u) != 0 && spread > 0) seen += others * prior(kind) / spread;
         const double share = seen / (static_cast<double>(rows_) + 1 + others);
+        shares_[i] = share;
         typeWeights_[i] = std::log2(share / kRandom[i]);
     }
     if (alias_) typeWeights_[kNull] = -std::log2(kRandom[kNull]);

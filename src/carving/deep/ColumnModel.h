@@ -35,6 +35,8 @@ class ColumnModel {
 
     ClassSet admissible() const { return admissible_; }
     double typeWeight(SerialClass kind) const { return typeWeights_[kind]; }
+    /// How often a value is expected to be of this class, 0 to 1.
+    double typeShare(SerialClass kind) const { return shares_[kind]; }
     /// The weight of a whole value of this type.
     double valueWeight(std::uint64_t type, Bytes value) const;
     /// The value in other rows differs.
@@ -70,6 +72,7 @@ class ColumnModel {
     ClassSet admissible_ = 0;
     std::uint64_t rows_ = 0;
     std::array<std::uint64_t, kSerialClasses> counts_{};
+    std::array<double, kSerialClasses + 1> shares_{};
     std::array<double, kSerialClasses + 1> typeWeights_{};
     std::int64_t lowest_ = INT64_MAX;
     std::int64_t highest_ = INT64_MIN;

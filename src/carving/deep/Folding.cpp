@@ -31,6 +31,7 @@ void Folding::fold(std::uint16_t table, std::vector<std::uint32_t> rows) {
     collectKeys();
     if (!model_->dropped) passLiveRows();
     judgeByLiveRows();
+    settleOpenRows();
     foldEqual();
     foldVersions();
 }
@@ -42,6 +43,7 @@ void Folding::collectKeys() {
     textColumns_.clear();
     for (const std::uint32_t place : rows_) {
         byHash_.push_back({row(place).hash, place});
+        if (row(place).openFirst) addOpenHashes(place);
         const bool fragment = row(place).fate == RowFate::Fragment;
         if (model_->identity().empty() && !fragment) continue;
         const Record& record = found_.read(row(place));
@@ -59,6 +61,27 @@ void Folding::collectKeys() {
     for (auto* keys : {&byHash_, &byKey_, &byText_}) {
         std::sort(keys->begin(), keys->end());
         for (const Keyed& one : *keys) filter_[one.key & (filter_.size() - 1)] = true;
+    }
+}
+
+void Folding::addOpenHashes(std::uint32_t place) {
+    Record record = found_.read(row(place));
+    for (const std::uint64_t type : {kNull, kZero, kOne}) {
+        record.types[0] = type;
+        const std::uint64_t hash = contentHash(record);
+        if (hash != row(place).hash) byHash_.push_back({hash, place});
+    }
+}
+
+void Folding::settleOpenRows() {
+    // Another copy, whose first column stands, says what it is.
+    for (const Keyed& one : byHash_) {
+        FoundRow& open = row(one.row);
+        if (!open.openFirst || open.hash == one.key) continue;
+        const auto [from, to] = std::equal_range(byHash_.begin(), byHash_.end(), one);
+        for (auto other = from; other != to; ++other)
+            if (!row(other->row).openFirst && row(other->row).fate == RowFate::Deleted)
+                open.hash = one.key;
     }
 }
 

@@ -36,6 +36,9 @@ class Folding {
 
     FoundRow& row(std::uint32_t place) { return found_.rows()[place]; }
     void collectKeys();
+    /// A row whose first column may be one of several has as many hashes.
+    void addOpenHashes(std::uint32_t place);
+    void settleOpenRows();
     void passLiveRows();
     void meetLiveRow(const Record& record, std::int64_t rowId, std::uint32_t page,
                      const Cell& cell);

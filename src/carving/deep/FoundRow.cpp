@@ -20,6 +20,7 @@ FoundRow FoundRow::of(const Candidate& from, std::uint32_t image) {
     row.reading = from.reading;
     row.fate = from.isIntact() ? RowFate::Deleted : RowFate::Fragment;
     row.rowIdBytes = from.rowIdBytes;
+    row.openFirst = from.openFirst;
     row.rowId = from.rowId;
     row.hasRowId = from.reading == Reading::Whole && from.rowIdBytes != 0;
     return row;

@@ -45,6 +45,7 @@ struct FoundRow {
     RowFate fate = RowFate::Deleted;
     std::uint8_t rowIdBytes = 0;
     bool hasRowId = false;
+    bool openFirst = false;  ///< of its first column only that it takes no byte is known
     RowIdSource idSource = RowIdSource::Cell;
 
     static FoundRow of(const Candidate& candidate, std::uint32_t image);

@@ -13,15 +13,15 @@ namespace {
 constexpr std::uint32_t kLost = 4;
 constexpr std::uint64_t kOneByte = 128;
 
-/// The serial types of values that take `length` bytes, at most six.
+/// The serial types of values that take `length` bytes, one or more.
 struct TypesOfLength {
-    std::array<std::uint64_t, 6> types{};
+    std::array<std::uint64_t, 4> types{};
     std::size_t count = 0;
 
     explicit TypesOfLength(std::uint64_t length) {
-        for (std::uint64_t type = kNull; type <= kOne; ++type)
+        for (std::uint64_t type = kInt8; type <= kFloat; ++type)
             if (serialLength(type) == length) add(type);
-        if (length != 0) add(12 + 2 * length);
+        add(12 + 2 * length);
         add(13 + 2 * length);
     }
     void add(std::uint64_t type) {
@@ -168,6 +168,10 @@ void HeadlessSearch::tryTypeGuessed(const Place& place, std::uint16_t number, st
     for (const CellEnds::End& end : cellEnds_) {
         const std::uint64_t length = end.at - candidate.bodyAt - known;
         if (header + known + length >= kOneByte) break;
+        if (length == 0) {
+            if (!longType) keepEmptyFirst(place, candidate, header, known);
+            continue;
+        }
         const TypesOfLength choices(length);
         for (std::size_t i = 0; i < choices.count; ++i) {
             const std::uint64_t type = choices.types.at(i);
@@ -178,6 +182,27 @@ void HeadlessSearch::tryTypeGuessed(const Place& place, std::uint16_t number, st
             keep(place, candidate, header, known + length);
         }
     }
+}
+
+void HeadlessSearch::keepEmptyFirst(const Place& place, Candidate candidate, std::uint64_t header,
+                                    std::uint64_t known) const {
+    // Of the values that take no byte the likeliest is taken; others may be as likely.
+    constexpr double kNegligible = 0.01;
+    constexpr std::array<std::uint64_t, 3> kEmpty{kNull, kZero, kOne};
+    const ColumnModel& column = tables_[candidate.table].columns()[0];
+    double best = 0;
+    double sum = 0;
+    for (const std::uint64_t type : kEmpty) {
+        if (!tables_[candidate.table].admits(0, serialClass(type))) continue;
+        const double share = column.typeShare(serialClass(type));
+        sum += share;
+        if (share <= best) continue;
+        best = share;
+        candidate.lostType = type;
+    }
+    if (best == 0) return;
+    candidate.openFirst = best < (1 - kNegligible) * sum;
+    keep(place, candidate, header, known);
 }
 
 }  // namespace salvor::deep

@@ -44,6 +44,8 @@ class HeadlessSearch {
     void tryAliasLost(const Place& place, std::uint16_t number, std::size_t columns) const;
     void tryTypeGuessed(const Place& place, std::uint16_t number, std::size_t columns,
                         const TypeRun& run, bool longType);
+    void keepEmptyFirst(const Place& place, Candidate candidate, std::uint64_t header,
+                        std::uint64_t known) const;
     void keep(const Place& place, Candidate candidate, std::uint64_t header,
               std::uint64_t body) const;
 

@@ -81,7 +81,8 @@ Confidence RowListing::confidenceOf(const FoundRow& row) const {
 }
 
 void RowListing::addColumns(const Record& record, std::uint64_t bodyOffset, std::uint64_t onPage,
-                            const TableDefinition& definition, RecoveredRow& out) const {
+                            const TableDefinition& definition, bool openFirst,
+                            RecoveredRow& out) const {
     const TextEncoding encoding = found_.survey().store().layout().encoding;
     std::uint64_t at = 0;
     out.columns.reserve(definition.columns.size());
@@ -97,6 +98,10 @@ void RowListing::addColumns(const Record& record, std::uint64_t bodyOffset, std:
                 out.missing.push_back(column);
                 return;
             }
+        }
+        if (column == 0 && openFirst) {
+            out.missing.push_back(column);
+            return;
         }
         RecoveredColumn told{
             column, valueOf(type, value, encoding), bodyOffset + from,
@@ -145,7 +150,7 @@ RecoveredRow RowListing::listed(const FoundRow& row) {
     const std::uint64_t page = found_.images()[row.image].offset;
     addColumns(found_.read(row, candidate), page + candidate.bodyAt,
                candidate.standsTo - std::min(candidate.standsTo, candidate.bodyAt),
-               table.definition(), out);
+               table.definition(), row.openFirst, out);
     out.origins.push_back(placeOf(row));
     for (std::uint32_t next = row.nextCopy; next != FoundRow::kNone;) {
         const FoundRow& copy = found_.rows()[next];
@@ -163,7 +168,8 @@ RecoveredRow RowListing::live(std::uint16_t table, const PageImage& image, const
     out.state = RowState::Live;
     if (!definition.withoutRowId) out.rowId = cell.rowId;
     addColumns(record, image.offset + cell.payloadAt + record.body,
-               cell.local - std::min<std::uint64_t>(cell.local, record.body), definition, out);
+               cell.local - std::min<std::uint64_t>(cell.local, record.body), definition, false,
+               out);
     out.origins.push_back({image.file, image.page, image.frame, image.offset + cell.start,
                            cell.end - cell.start, Space::OldCell});
     return out;

@@ -22,7 +22,7 @@ class RowListing {
 
   private:
     void addColumns(const Record& record, std::uint64_t bodyOffset, std::uint64_t onPage,
-                    const TableDefinition& definition, RecoveredRow& out) const;
+                    const TableDefinition& definition, bool openFirst, RecoveredRow& out) const;
     RowPlace placeOf(const FoundRow& row);
     std::vector<std::string> reasonsOf(const FoundRow& row) const;
 

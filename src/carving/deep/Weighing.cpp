@@ -39,7 +39,10 @@ void Weighing::weigh(const PageView& view, const CellEnds& ends, Candidate& cand
     candidate.damaged = false;
     candidate.score = kRefused;
     const bool noBody = candidate.bodyOnPage() == 0;
-    if (record.types.empty() || (noBody && candidate.isHeadless())) return;
+    // Nothing but types is too little where nothing else says that a cell begins there.
+    const bool placed =
+        candidate.ownPointer || (!candidate.isHeadless() && ends.isBoundary(candidate.start));
+    if (record.types.empty() || (noBody && !placed)) return;
     if (!noBody && allZero(record.payload)) return;
     candidate.score =
         structure(view, ends, candidate) + place(view, candidate) + content(candidate, record);
