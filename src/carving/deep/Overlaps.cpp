@@ -11,6 +11,16 @@ constexpr std::uint32_t kNear = 24;
 constexpr double kSmall = 60;
 constexpr double kMuchMore = 40;
 
+/// Whether a cell that begins inside an intact one is the one to believe. A reading that nothing on
+/// the page bears out has to outweigh it.
+bool outweighs(const CellEnds& ends, const Candidate& inner, const Candidate& outer) {
+    constexpr double kFirmEnd = 8;
+    const bool firm =
+        ends.beginsBlock(inner.start) || ends.endWeight(inner.start, inner.end) >= kFirmEnd;
+    if (inner.isHeadless() && !firm) return inner.score >= outer.score;
+    return inner.score >= kSmall || outer.score < inner.score + kMuchMore;
+}
+
 }  // namespace
 
 bool Overlaps::claim(const Candidate& candidate) {
@@ -45,9 +55,7 @@ void Overlaps::cutOverwritten(const CellEnds& ends, std::vector<Candidate>& foun
         if (!kept.empty()) {
             Candidate& last = kept.back();
             const bool inside = next.start < last.end;
-            if (inside && last.isIntact() && next.score < kSmall &&
-                last.score >= next.score + kMuchMore)
-                continue;
+            if (inside && last.isIntact() && !outweighs(ends, next, last)) continue;
             if (inside) last.standsTo = std::min(last.standsTo, next.start);
         }
         kept.push_back(next);

@@ -38,13 +38,15 @@ std::optional<std::uint32_t> randomOf(Bytes file, std::size_t at, std::uint32_t 
 }
 
 /// Takes the pages of one segment from `at` on. The random number is the header's, or what the
-/// first page's checksum makes it; where it changes, two pages that agree are what an older
-/// transaction left behind the end of this one. Returns where the segment ends.
+/// first page's checksum makes it; where it changes, two pages that agree, or the
+/// last one, are what an older transaction left behind the end of this one. Returns where the
+/// segment ends.
 std::size_t readSegment(Bytes file, std::size_t at, std::uint32_t pageSize,
                         std::optional<std::uint32_t> random, JournalFile& journal) {
     const std::size_t step = std::size_t{pageSize} + 8;
     for (auto own = randomOf(file, at, pageSize); own; own = randomOf(file, at, pageSize)) {
-        if (random && *own != *random && randomOf(file, at + step, pageSize) != own) break;
+        const auto following = randomOf(file, at + step, pageSize);
+        if (random && *own != *random && following && following != own) break;
         random = own;
         journal.pages.push_back({at + 4, bigEndian32(file, at)});
         at += step;
