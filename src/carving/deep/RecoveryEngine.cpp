@@ -7,6 +7,7 @@
 
 #include "carving/deep/Folding.h"
 #include "carving/deep/FoundRows.h"
+#include "carving/deep/IndexWitness.h"
 #include "carving/deep/PageSearch.h"
 #include "carving/deep/RowListing.h"
 #include "carving/deep/SqlTokens.h"
@@ -138,6 +139,7 @@ class Recovery {
         for (std::size_t i = 0; i < byTable.size(); ++i)
             if (!byTable[i].empty())
                 folding.fold(static_cast<std::uint16_t>(i), std::move(byTable[i]));
+        IndexWitness(*found_, stop_).tellRowIds();
     }
 
     bool isListed(std::size_t table) const {
