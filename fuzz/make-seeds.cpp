@@ -14,6 +14,7 @@
 #include "tests/support/TempFolder.h"
 #include "tools/sample/MbdbWriter.h"
 #include "tools/sample/PropertyList.h"
+#include "tools/sample/RecoverySample.h"
 #include "tools/sample/SampleBackup.h"
 #include "util/MappedFile.h"
 
@@ -362,6 +363,23 @@ void addTexts(SeedWriter& seeds) {
     seeds.add("csv_writer", ",\0,,\0\"\"\0\"\1plain\0fields"s);
 }
 
+/// Small databases with deleted rows, each with its log and journal behind it.
+void addRecoverySamples(SeedWriter& seeds) {
+    const TempFolder folder;
+    const fs::path path = folder / "sample.db";
+    constexpr std::uint64_t kSamples = 60;
+    constexpr std::size_t kLargest = 40'000;
+    for (std::uint64_t seed = 1; seed <= kSamples; ++seed) {
+        const RecoverySample sample(path, seed);
+        const std::string log = read(path.string() + "-wal");
+        const std::string journal = read(path.string() + "-journal");
+        std::string input = read(path) + log + journal + std::string(8, '\0');
+        store(input, input.size() - 8, static_cast<std::uint32_t>(journal.size()));
+        store(input, input.size() - 4, static_cast<std::uint32_t>(log.size()));
+        if (input.size() <= kLargest) seeds.add("recover_database", input);
+    }
+}
+
 int makeSeeds(const fs::path& folder) {
     SqLiteTableSignatures signatures;
     const std::string fault = signatures.loadSignatures(kSignatures);
@@ -382,6 +400,7 @@ int makeSeeds(const fs::path& folder) {
     addSignatures(seeds);
     addNotes(seeds);
     addTexts(seeds);
+    addRecoverySamples(seeds);
     seeds.tell();
     return 0;
 }

@@ -89,6 +89,8 @@ void RowListing::addColumns(const Record& record, std::uint64_t bodyOffset, std:
     record.eachValue([&](std::size_t column, std::uint64_t type, Bytes value) {
         const std::uint64_t from = at;
         at += value.size();
+        // A live row of a damaged file may have more columns than its table.
+        if (column >= definition.columns.size()) return;
         if (value.size() != serialLength(type)) {
             if (!value.empty() && serialClass(type) == kText) {
                 const std::string& name = definition.columns[column].name;
