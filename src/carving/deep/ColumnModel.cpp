@@ -194,8 +194,15 @@ void ColumnModel::finish() {
 }
 
 bool ColumnModel::identifies() const {
-    return rows_ >= kEnough && !repeated_ && manyValues_ && counts_[kText] == rows_ &&
-           minCharacters_ >= 12;
+    constexpr std::uint64_t kTellingText = 5;
+    constexpr std::int64_t kTellingNumber = 1000;
+    if (rows_ < kEnough || repeated_ || alias_ || (!manyValues_ && values_.size() < rows_))
+        return false;
+    if (counts_[kText] == rows_) return minCharacters_ >= kTellingText;
+    std::uint64_t integers = 0;
+    for (std::size_t i = 0; i < counts_.size(); ++i)
+        if ((kIntegers >> i & 1u) != 0) integers += counts_[i];
+    return integers == rows_ && highest_ > kTellingNumber;
 }
 
 std::optional<std::int64_t> ColumnModel::rowIdOffset() const {

@@ -41,7 +41,7 @@ class ColumnModel {
     double valueWeight(std::uint64_t type, Bytes value) const;
     /// The value in other rows differs.
     bool varies() const { return manyValues_ || values_.size() > 1; }
-    /// Texts of 12 or more characters, or numbers of more than two bytes, that never repeated.
+    /// Texts or numbers of some length that never repeated.
     bool identifies() const;
     /// What to add to the column's integer to get the row id, where that held for every row.
     std::optional<std::int64_t> rowIdOffset() const;

@@ -39,15 +39,18 @@ void Folding::fold(std::uint16_t table, std::vector<std::uint32_t> rows) {
 void Folding::collectKeys() {
     byHash_.clear();
     byKey_.clear();
+    byDeclared_.clear();
     byText_.clear();
     textColumns_.clear();
     for (const std::uint32_t place : rows_) {
         byHash_.push_back({row(place).hash, place});
         if (row(place).openFirst) addOpenHashes(place);
         const bool fragment = row(place).fate == RowFate::Fragment;
-        if (model_->identity().empty() && !fragment) continue;
+        if (model_->identities().empty() && !fragment) continue;
         const Record& record = found_.read(row(place));
-        if (const auto key = keyHash(record, model_->identity())) byKey_.push_back({*key, place});
+        for (std::size_t i = 0; i < model_->identities().size(); ++i)
+            if (const auto key = keyHash(record, model_->identities()[i]))
+                (i < model_->declaredIdentities() ? byDeclared_ : byKey_).push_back({*key, place});
         const auto text = fragment ? tellingText(record) : std::nullopt;
         if (!text) continue;
         const std::vector<std::size_t> column{*text};
@@ -58,7 +61,7 @@ void Folding::collectKeys() {
         byText_.push_back({*keyHash(record, column), place});
     }
     filter_.assign(std::bit_ceil(rows_.size() * 16 + 64), false);
-    for (auto* keys : {&byHash_, &byKey_, &byText_}) {
+    for (auto* keys : {&byHash_, &byDeclared_, &byKey_, &byText_}) {
         std::sort(keys->begin(), keys->end());
         for (const Keyed& one : *keys) filter_[one.key & (filter_.size() - 1)] = true;
     }
@@ -114,9 +117,15 @@ void Folding::meetLiveRow(const Record& record, std::int64_t rowId, std::uint32_
         if (model_->definition().alias && met.hasRowId && met.rowId != rowId) return;
         if (met.fate != RowFate::Fragment) met.fate = RowFate::Copy;
     });
-    const auto remember = [&](std::uint32_t place) { live_.try_emplace(place, page, cell); };
-    if (!byKey_.empty())
-        if (const auto key = keyHash(record, model_->identity())) each(byKey_, *key, remember);
+    for (std::size_t i = 0; i < model_->identities().size(); ++i) {
+        const bool declared = i < model_->declaredIdentities();
+        const auto& keys = declared ? byDeclared_ : byKey_;
+        if (const auto key = keys.empty() ? std::nullopt : keyHash(record, model_->identities()[i]))
+            each(keys, *key, [&](std::uint32_t place) {
+                LivePlace& known = live_.try_emplace(place, page, cell, false).first->second;
+                if (declared && !known.declared) known = {page, cell, true};
+            });
+    }
     for (const auto& column : textColumns_)
         if (const auto key = keyHash(record, column))
             each(byText_, *key, [&](std::uint32_t place) { row(place).fate = RowFate::Dropped; });
@@ -138,8 +147,10 @@ void Folding::judgeByLiveRows() {
         FoundRow& one = row(place);
         if (one.fate == RowFate::Copy || one.fate == RowFate::Dropped) continue;
         const auto byIdentity = live_.find(place);
-        bool version = byIdentity != live_.end() && model_->identityDeclared();
-        if (byIdentity != live_.end() && !version &&
+        bool version = byIdentity != live_.end() && byIdentity->second.declared;
+        const bool otherId =
+            byIdentity != live_.end() && one.hasRowId && one.rowId != byIdentity->second.cell.rowId;
+        if (byIdentity != live_.end() && !version && !otherId &&
             liveRecord(byIdentity->second.page, byIdentity->second.cell, record))
             version = alike(one, valuesOf(record));
         if (!version && one.hasRowId && !model_->definition().withoutRowId) {
@@ -245,7 +256,8 @@ void Folding::foldVersions() {
             if (group.size() > 1) foldGroup(group);
         }
         keys.clear();
-        if (pass != 0 || model_->identity().empty()) break;
+        if (pass != 0) break;
+        byKey_.insert(byKey_.end(), byDeclared_.begin(), byDeclared_.end());
         for (const Keyed& one : byKey_) {
             const RowFate fate = row(one.row).fate;
             if (fate == RowFate::Deleted || fate == RowFate::Earlier || fate == RowFate::Fragment)

@@ -56,13 +56,15 @@ class Folding {
     const TableModel* model_ = nullptr;
     std::vector<std::uint32_t> rows_;
     std::vector<Keyed> byHash_;
-    std::vector<Keyed> byKey_;   ///< of the identity
-    std::vector<Keyed> byText_;  ///< of one text of each fragment
+    std::vector<Keyed> byDeclared_;  ///< of declared keys
+    std::vector<Keyed> byKey_;       ///< of identities by experience
+    std::vector<Keyed> byText_;      ///< of one text of each fragment
     std::vector<std::vector<std::size_t>> textColumns_;
     std::vector<bool> filter_;  ///< of the keys, by their lower bits
     struct LivePlace {
         std::uint32_t page;
         Cell cell;
+        bool declared;  ///< by a declared key
     };
     std::unordered_map<std::uint32_t, LivePlace> live_;  ///< the live row that a found one is of
     Payload payload_;

@@ -38,6 +38,11 @@ class PageUses {
         entries_[page] = {use, table};
         return true;
     }
+    /// Says which table a page that is free now once belonged to; the first word counts.
+    void setFormerOwner(std::uint32_t page, std::uint16_t table) {
+        if (page < entries_.size() && entries_[page].table == kNoTable)
+            entries_[page].table = table;
+    }
     /// Where the content of a chain's last page ends; of a trunk, its list of leaves. 0 elsewhere.
     std::uint32_t contentEnd(std::uint32_t page) const {
         const auto found = ends_.find(page);

@@ -11,9 +11,9 @@ namespace {
 // A freeblock, a cell: nothing of use is shorter.
 constexpr std::uint32_t kShortest = 4;
 
-constexpr std::array<const char*, 10> kSpaces = {"gap",      "freeblock", "unclaimed", "free-list",
-                                                 "trunk",    "overflow",  "orphan",    "reserved",
-                                                 "old-cell", "old-page"};
+constexpr std::array<const char*, 9> kSpaces = {"gap",       "freeblock", "unclaimed",
+                                                "free-list", "trunk",     "overflow",
+                                                "orphan",    "old-cell",  "old-page"};
 
 bool isTree(PageUse use) {
     return use == PageUse::TableTree || use == PageUse::IndexTree;
@@ -26,7 +26,6 @@ const char* toString(Space space) {
 }
 
 Space PageView::spaceAt(std::uint32_t offset) const {
-    if (offset >= bytes.size()) return Space::Reserved;
     if (!where.current && where.file == ImageFile::Main && use == PageUse::None)
         return Space::Orphan;
     if (!current) {

@@ -19,7 +19,6 @@ enum class Space : std::uint8_t {
     Trunk,      ///< behind the page numbers of a free-list trunk page
     Overflow,   ///< behind the end of a text or blob on its last overflow page
     Orphan,     ///< on a page that nothing leads to
-    Reserved,   ///< in the reserved bytes at a page's end
     OldCell,    ///< a cell of an older state of a page
     OldPage,    ///< elsewhere on an older state of a page
 };

@@ -117,6 +117,20 @@ void Survey::addEarlier(const SchemaRow& row) {
     }
     tables_.emplace_back(*std::move(definition), row.root, store_.layout());
     tables_.back().dropped = true;
+    claimDropped(static_cast<std::uint16_t>(tables_.size() - 1));
+}
+
+void Survey::claimDropped(std::uint16_t table) {
+    // Free pages keep their content: what its old root still leads to was the table's.
+    walkTree(store_, tables_[table].root(), visited_, [&](std::uint32_t page, const BtreePage&) {
+        const PageUse use = uses_.of(page).use;
+        const bool free = use == PageUse::None || use == PageUse::FreeLeaf || use == PageUse::Trunk;
+        if (free) uses_.setFormerOwner(page, table);
+        return free && !stop_.stop_requested();
+    });
+    // The root itself may have become a trunk page.
+    if (uses_.of(tables_[table].root()).use == PageUse::Trunk)
+        uses_.setFormerOwner(tables_[table].root(), table);
 }
 
 void Survey::surveyTree(std::uint32_t root, PageUse use, std::uint16_t table) {

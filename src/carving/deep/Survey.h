@@ -47,6 +47,7 @@ class Survey {
     void learnRow(const BtreePage& node, const Cell& cell, std::uint16_t table);
     void surveyFreeList();
     void readSequence();
+    void claimDropped(std::uint16_t table);
 
     const PageStore& store_;
     std::stop_token stop_;

@@ -26,12 +26,13 @@ void TableModel::learn(const Record& record, std::int64_t rowId) {
 
 void TableModel::finishLearning() {
     for (auto& column : columns_) column.finish();
-    identity_.clear();
     twin_.reset();
-    identityDeclared_ = !definition_.uniqueKeys.empty();
-    if (identityDeclared_) identity_ = definition_.uniqueKeys.front();
+    identities_ = definition_.uniqueKeys;
+    constexpr std::size_t kEnoughIdentities = 4;
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-        if (identity_.empty() && columns_[i].identifies()) identity_ = {i};
+        const bool wanted =
+            definition_.uniqueKeys.empty() && identities_.size() < kEnoughIdentities;
+        if (wanted && columns_[i].identifies()) identities_.push_back({i});
         if (!twin_ && columns_[i].rowIdOffset()) twin_ = i;
     }
 }

@@ -42,10 +42,11 @@ class TableModel {
     bool admits(std::size_t column, SerialClass kind) const {
         return (unsigned{columns_[column].admissible()} >> kind & 1u) != 0;
     }
-    /// The columns whose equal values make two rows versions of one: a declared key, else a column
-    /// that identifies by experience; empty without.
-    const std::vector<std::size_t>& identity() const { return identity_; }
-    bool identityDeclared() const { return identityDeclared_; }
+    /// Columns whose equal values make two rows versions of one: declared keys, or without any
+    /// columns that identify a row by experience.
+    const std::vector<std::vector<std::size_t>>& identities() const { return identities_; }
+    /// How many of them are declared.
+    std::size_t declaredIdentities() const { return definition_.uniqueKeys.size(); }
     /// A column that tells the row id, and what to add to it.
     std::optional<std::size_t> twin() const { return twin_; }
 
@@ -64,8 +65,7 @@ class TableModel {
     std::vector<bool> counts_;  ///< by number of columns
     std::vector<std::size_t> knownCounts_;
     std::uint64_t learned_ = 0;
-    std::vector<std::size_t> identity_;
-    bool identityDeclared_ = false;
+    std::vector<std::vector<std::size_t>> identities_;
     std::optional<std::size_t> twin_;
 };
 

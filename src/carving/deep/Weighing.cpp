@@ -103,8 +103,10 @@ double Weighing::headlessCell(const PageView& view, const CellEnds& ends,
 
 double Weighing::place(const PageView& view, const Candidate& candidate) const {
     const TableModel& table = tableOf(candidate);
-    if (table.dropped && table.root() == view.where.page) return 6;
-    if (view.owner == kNoTable) return 0;
+    if (view.owner == kNoTable) return table.dropped && table.root() == view.where.page ? 6 : 0;
+    // Tables alike in all their columns are told apart by nothing else, and rows of one that
+    // lives fit its own values better than those of one that nothing is left of.
+    if (survey_.tables()[view.owner].dropped) return view.owner == candidate.table ? 20 : -60;
     return view.owner == candidate.table ? 4 : -4;
 }
 
