@@ -6,7 +6,7 @@ namespace salvor::deep {
 namespace {
 
 // Less free space than this says nothing about how it came to be zero.
-constexpr std::uint64_t kTelling = 4096;
+constexpr std::uint64_t kTelling = 64;
 
 void addTable(const TableFacts& table, std::vector<std::string>& out) {
     if (table.internal) return;
@@ -24,7 +24,7 @@ void addTable(const TableFacts& table, std::vector<std::string>& out) {
 }  // namespace
 
 bool Facts::secureDeleteSeen() const {
-    return freeBytes >= kTelling && zeroBytes == freeBytes;
+    return freedBytes >= kTelling && freedZeroBytes == freedBytes;
 }
 
 std::vector<std::string> Facts::sentences() const {
@@ -32,7 +32,7 @@ std::vector<std::string> Facts::sentences() const {
     for (const TableFacts& table : tables) addTable(table, out);
     if (cut) out.emplace_back("The file is shorter than its header says: pages are missing.");
     if (secureDeleteSeen()) {
-        out.emplace_back("All free space is zero: deleted rows are overwritten at once.");
+        out.emplace_back("All freed space is zero: deleted rows are overwritten at once.");
     } else if (freeBytes != 0) {
         out.push_back(fmt::format("{} of {} free bytes are zero.", zeroBytes, freeBytes));
     }

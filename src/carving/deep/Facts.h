@@ -39,12 +39,15 @@ struct Facts {
     std::uint64_t logFramesInUse = 0;
     std::uint64_t journalPages = 0;
     bool journalWiped = false;
-    std::uint64_t freeBytes = 0;  ///< unallocated ones of the database as a reader sees it
-    std::uint64_t zeroBytes = 0;  ///< those of them that are zero
-    bool cut = false;             ///< the file is shorter than its header says
+    std::uint64_t freeBytes = 0;   ///< unallocated ones of the database as a reader sees it
+    std::uint64_t zeroBytes = 0;   ///< those of them that are zero
+    std::uint64_t freedBytes = 0;  ///< of freeblocks, their headers aside, and of free pages
+    std::uint64_t freedZeroBytes = 0;
+    bool cut = false;  ///< the file is shorter than its header says
     std::vector<TableFacts> tables;
 
-    /// Freed bytes are zeroed when they are freed: nothing but zeros in all free space there is.
+    /// Freed bytes are zeroed when they are freed: nothing else stands in freeblocks and free
+    /// pages.
     bool secureDeleteSeen() const;
     /// The same in sentences for people.
     std::vector<std::string> sentences() const;

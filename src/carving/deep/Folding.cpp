@@ -180,13 +180,16 @@ bool Folding::alike(const FoundRow& one, const std::vector<Value>& other) {
     std::size_t compared = 0;
     std::size_t equal = 0;
     found_.read(one).eachValue([&](std::size_t column, std::uint64_t type, Bytes value) {
-        const bool told = column < other.size() && value.size() == serialLength(type) &&
-                          other[column].whole && model_->columns()[column].varies();
-        if (!told || model_->definition().alias == column) return;
+        const bool whole = value.size() == serialLength(type);
+        // Of a text that is cut its beginning has to do.
+        const bool told = whole || value.size() >= kTellingText;
+        if (!told || column >= other.size() || !other[column].whole ||
+            !model_->columns()[column].varies() || model_->definition().alias == column)
+            return;
         ++compared;
         const Value& own = other[column];
-        if (own.type == type &&
-            std::equal(value.begin(), value.end(), own.bytes.begin(), own.bytes.end()))
+        if (own.type == type && own.bytes.size() >= value.size() &&
+            std::equal(value.begin(), value.end(), own.bytes.begin()))
             ++equal;
     });
     return compared != 0 && equal * 2 >= compared;

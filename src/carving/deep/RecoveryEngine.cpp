@@ -123,12 +123,18 @@ class Recovery {
     }
 
     void countFreeBytes(const PageView& view) {
-        for (const ByteRange& range : view.ranges) {
-            const Bytes bytes = view.bytes.subspan(range.start, range.end - range.start);
-            facts_.freeBytes += bytes.size();
-            facts_.zeroBytes +=
-                static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), std::uint8_t{0}));
-        }
+        const auto count = [&](const ByteRange& range, std::uint64_t& bytes, std::uint64_t& zeros) {
+            const Bytes there = view.bytes.subspan(range.start, range.end - range.start);
+            bytes += there.size();
+            zeros +=
+                static_cast<std::uint64_t>(std::count(there.begin(), there.end(), std::uint8_t{0}));
+        };
+        for (const ByteRange& range : view.ranges) count(range, facts_.freeBytes, facts_.zeroBytes);
+        const ByteRange page{0, static_cast<std::uint32_t>(view.bytes.size())};
+        if (view.use == PageUse::FreeLeaf) count(page, facts_.freedBytes, facts_.freedZeroBytes);
+        constexpr std::uint32_t kHeader = 4;
+        for (const ByteRange& block : view.chain)
+            count({block.start + kHeader, block.end}, facts_.freedBytes, facts_.freedZeroBytes);
     }
 
     void fold() {
