@@ -363,6 +363,17 @@ void addTexts(SeedWriter& seeds) {
     seeds.add("csv_writer", ",\0,,\0\"\"\0\"\1plain\0fields"s);
 }
 
+void addSchemaTexts(SeedWriter& seeds) {
+    for (const char* text :
+         {"CREATE TABLE message (ROWID INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT UNIQUE NOT "
+          "NULL, "
+          "text TEXT, handle_id INTEGER DEFAULT 0, date REAL, UNIQUE (guid, date))",
+          "CREATE TABLE \"a b\" ([c d] VARCHAR(10) CHECK (1 > (0)), `e` BLOB, PRIMARY KEY (`e`, [c "
+          "d])) WITHOUT ROWID, STRICT",
+          "CREATE UNIQUE INDEX by_guid ON message (guid COLLATE NOCASE DESC, date) WHERE date > 0"})
+        seeds.add("schema_text", text);
+}
+
 /// Small databases with deleted rows, each with its log and journal behind it.
 void addRecoverySamples(SeedWriter& seeds) {
     const TempFolder folder;
@@ -400,6 +411,7 @@ int makeSeeds(const fs::path& folder) {
     addSignatures(seeds);
     addNotes(seeds);
     addTexts(seeds);
+    addSchemaTexts(seeds);
     addRecoverySamples(seeds);
     seeds.tell();
     return 0;
