@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <map>
 #include <unordered_map>
 
@@ -146,8 +147,8 @@ class ChatMessageStore : public MessageStore {
     void createTables() {
         database_.execute(
             "CREATE TABLE _SqliteDatabaseProperties (key TEXT, value TEXT, UNIQUE(key))");
-        database_.execute(std::string("CREATE TABLE message (") + kMessageColumns +
-                          (ios_ >= 8 ? kLaterColumns : "") + ")");
+        database_.execute(fmt::format("CREATE TABLE message ({}{})", kMessageColumns,
+                                      ios_ >= 8 ? kLaterColumns : ""));
         database_.execute(chatTable(ios_));
         database_.execute(attachmentTable(ios_));
         database_.execute(

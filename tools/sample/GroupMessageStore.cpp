@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "tools/sample/MessageStore.h"
 
 namespace salvor {
@@ -53,8 +55,8 @@ class GroupMessageStore : public MessageStore {
     void create(const std::vector<SampleChat>& chats) override {
         database_.execute(
             "CREATE TABLE _SqliteDatabaseProperties (key TEXT, value TEXT, UNIQUE(key))");
-        database_.execute(std::string("CREATE TABLE message (") + kMessageColumns +
-                          (ios_ >= 5 ? kMadridColumns : "") + ")");
+        database_.execute(fmt::format("CREATE TABLE message ({}{})", kMessageColumns,
+                                      ios_ >= 5 ? kMadridColumns : ""));
         database_.execute(kCompanions);
         if (ios_ >= 5) database_.execute(kMadridTables);
         database_.execute(kIndexes);
