@@ -122,7 +122,8 @@ void Folding::meetLiveRow(const Record& record, std::int64_t rowId, std::uint32_
         const auto& keys = declared ? byDeclared_ : byKey_;
         if (const auto key = keys.empty() ? std::nullopt : keyHash(record, model_->identities()[i]))
             each(keys, *key, [&](std::uint32_t place) {
-                LivePlace& known = live_.try_emplace(place, page, cell, false).first->second;
+                LivePlace& known =
+                    live_.try_emplace(place, LivePlace{page, cell, false}).first->second;
                 if (declared && !known.declared) known = {page, cell, true};
             });
     }

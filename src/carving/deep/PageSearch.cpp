@@ -9,8 +9,7 @@ constexpr std::size_t kMostCandidates = 20'000;
 }  // namespace
 
 PageSearch::PageSearch(const Survey& survey)
-    : survey_(survey),
-      viewer_(survey.store(), survey.uses()),
+    : viewer_(survey.store(), survey.uses()),
       cells_(survey.tables(), survey.store().layout()),
       headless_(survey.tables(), survey.store().layout()),
       weighing_(survey) {}

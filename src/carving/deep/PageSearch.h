@@ -27,7 +27,6 @@ class PageSearch {
     bool isLesson(const Candidate& candidate) const;
 
   private:
-    const Survey& survey_;
     PageViewer viewer_;
     CellSearch cells_;
     HeadlessSearch headless_;

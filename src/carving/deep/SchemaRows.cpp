@@ -16,13 +16,13 @@ std::optional<SchemaRow> SchemaRow::read(const Record& record, TextEncoding enco
     if (record.types.size() != 5) return std::nullopt;
     SchemaRow row;
     bool sound = true;
-    record.eachValue([&](std::size_t column, std::uint64_t type, Bytes value) {
+    record.eachValue([&](std::size_t column, std::uint64_t serialType, Bytes value) {
         if (column == 3) {
-            const auto root = serialInteger(type, value).value_or(0);
-            row.root = root > 0 && root <= UINT32_MAX ? static_cast<std::uint32_t>(root) : 0;
+            const auto number = serialInteger(serialType, value).value_or(0);
+            row.root = number > 0 && number <= UINT32_MAX ? static_cast<std::uint32_t>(number) : 0;
             return;
         }
-        if (serialClass(type) != kText || value.size() > kLongestText) {
+        if (serialClass(serialType) != kText || value.size() > kLongestText) {
             sound = sound && column == 4;
             return;
         }

@@ -31,8 +31,10 @@ class SearchPlan {
   private:
     void add(const TableModel& table, std::size_t count);
 
-    std::bitset<128 * 256> firsts_;
-    std::bitset<128 * 256> seconds_;
+    static constexpr std::size_t kPairs = std::size_t{128} << 8;
+
+    std::bitset<kPairs> firsts_;
+    std::bitset<kPairs> seconds_;
     std::vector<bool> longHeaders_;
     std::vector<std::vector<std::uint16_t>> byCount_;
     std::vector<std::uint16_t> none_;

@@ -16,7 +16,7 @@ constexpr std::size_t kMaxTables = 10'000;
 constexpr std::uint32_t kLearnedPages = 64;
 
 bool learnsFrom(std::uint32_t leaf) {
-    return leaf < kLearnedPages || leaf % std::bit_floor(leaf / kLearnedPages) == 0;
+    return leaf < kLearnedPages || leaf % std::max(std::bit_floor(leaf / kLearnedPages), 1u) == 0;
 }
 
 }  // namespace
