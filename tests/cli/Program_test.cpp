@@ -161,7 +161,7 @@ TEST_F(ProgramTest, HelpsEverywhere) {
     EXPECT_THAT(runSalvor({"--version"}).out, StartsWith("salvor "));
     const auto overview = runSalvor({"--help"});
     EXPECT_EQ(overview.status, 0);
-    for (const char* name : {"scan", "info", "list", "index", "carve", "signatures"}) {
+    for (const char* name : {"scan", "info", "list", "index", "recover", "carve", "signatures"}) {
         EXPECT_THAT(overview.out, HasSubstr(fmt::format("\n  {} ", name)));
         const auto help = runSalvor({name, "--help"});
         EXPECT_EQ(help.status, 0) << name;

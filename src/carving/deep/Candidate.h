@@ -18,6 +18,9 @@ enum class Reading : std::uint8_t {
     TypeGuessed,   ///< and the type of the first column, which the cell's end tells
 };
 
+/// What a page can hold of readings that are worth weighing; only a hostile one has more.
+inline constexpr std::size_t kMostCandidates = 20'000;
+
 /// A place on a page image that reads as a row of a table. Offsets are within the page.
 struct Candidate {
     std::uint16_t table = 0;

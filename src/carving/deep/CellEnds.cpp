@@ -61,9 +61,11 @@ bool CellEnds::followsZeros(std::uint32_t offset) const {
 }
 
 std::uint32_t CellEnds::blockInside(std::uint32_t start, std::uint32_t end) const {
-    for (const ByteRange& block : view_->chain)
-        if (block.start > start && block.start < end) return block.start;
-    return 0;
+    const auto& chain = view_->chain;
+    const auto next = std::upper_bound(
+        chain.begin(), chain.end(), start,
+        [](std::uint32_t offset, const ByteRange& block) { return offset < block.start; });
+    return next != chain.end() && next->start < end ? next->start : 0;
 }
 
 double CellEnds::endWeight(std::uint32_t start, std::uint32_t end) const {

@@ -78,8 +78,10 @@ void CellSearch::searchRange(const PageView& view, const ByteRange& range,
                              std::vector<Candidate>& found) {
     const Bytes page = view.bytes;
     const std::uint32_t end = std::min(range.end, static_cast<std::uint32_t>(page.size()));
-    for (std::uint32_t at = range.start + 1; end >= 3 && at < end - 2; ++at) {
+    const std::uint32_t last = end >= 3 ? end - 2 : 0;
+    for (std::uint32_t at = range.start + 1; at < last; ++at) {
         const std::uint8_t byte = page[at];
+        if (found.size() >= kMostCandidates) return;
         if (byte == 0) {
             at = skipZeros(page, at, end) - 1;
         } else if (byte < 0x80) {

@@ -44,7 +44,7 @@ void HeadlessSearch::search(const PageView& view, const CellEnds& ends,
     auto range = view.ranges.begin();
     for (const std::uint32_t start : ends.headers()) {
         while (range != view.ranges.end() && range->end <= start) ++range;
-        if (range == view.ranges.end()) break;
+        if (range == view.ranges.end() || found.size() >= 2 * kMostCandidates) break;
         if (start >= range->start) searchAt({view, ends, start, range->end, found});
     }
 }

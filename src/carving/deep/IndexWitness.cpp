@@ -11,7 +11,7 @@ namespace {
 
 // Shorter keys stand everywhere.
 constexpr std::size_t kShortestKey = 4;
-constexpr std::size_t kFilterBits = 20;
+constexpr std::size_t kFilterBits = 24;
 // Rows with one and the same key are told apart by no index.
 constexpr std::size_t kMostAlike = 16;
 

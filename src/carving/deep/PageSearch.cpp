@@ -1,13 +1,6 @@
 #include "carving/deep/PageSearch.h"
 
 namespace salvor::deep {
-namespace {
-
-// What a page can hold of readings that are worth weighing; only a hostile one has more.
-constexpr std::size_t kMostCandidates = 20'000;
-
-}  // namespace
-
 PageSearch::PageSearch(const Survey& survey)
     : viewer_(survey.store(), survey.uses()),
       cells_(survey.tables(), survey.store().layout()),
@@ -30,7 +23,6 @@ const std::vector<Candidate>& PageSearch::search(const PageImage& image, std::ui
     ends_.add(found_);
     headless_.search(view_, ends_, found_);
     ends_.addRows(found_);
-    if (found_.size() > kMostCandidates) found_.resize(kMostCandidates);
     for (Candidate& candidate : found_) weighing_.weigh(view_, ends_, candidate);
     std::erase_if(found_, [this](const Candidate& candidate) {
         return !weighing_.isAccepted(view_, ends_, candidate);
