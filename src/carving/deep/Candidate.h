@@ -21,6 +21,23 @@ enum class Reading : std::uint8_t {
 /// What a page can hold of readings that are worth weighing; only a hostile one has more.
 inline constexpr std::size_t kMostCandidates = 20'000;
 
+/// How much work a page may ask for, whatever its bytes and however many tables there are: some
+/// hundred times what a page full of deleted rows needs.
+class PageEffort {
+  public:
+    void begin(std::size_t pageBytes) { left_ = kStepsOfAByte * pageBytes; }
+    /// False once the page has had its share.
+    bool spend(std::size_t steps) {
+        left_ -= steps < left_ ? steps : left_;
+        return left_ != 0;
+    }
+    bool isSpent() const { return left_ == 0; }
+
+  private:
+    static constexpr std::size_t kStepsOfAByte = 64;
+    std::size_t left_ = 0;
+};
+
 /// A place on a page image that reads as a row of a table. Offsets are within the page.
 struct Candidate {
     std::uint16_t table = 0;

@@ -10,7 +10,8 @@ namespace {
 
 // Up to three bytes between two cells are too few for a block and merge into the one before.
 constexpr std::uint32_t kFragment = 3;
-constexpr std::uint32_t kReach = 200;
+// A cell whose length took one byte ends before that.
+constexpr std::uint32_t kReach = 132;
 
 }  // namespace
 

@@ -31,7 +31,7 @@ class CellEnds {
     std::uint32_t blockInside(std::uint32_t start, std::uint32_t end) const;
     /// What it says for a cell freed at `start` that it ends at `end`, in bits; 0 for nothing.
     double endWeight(std::uint32_t start, std::uint32_t end) const;
-    /// The ends that a cell freed at `start` may have behind `least`, at most 200 bytes on, with
+    /// The ends that a cell freed at `start` may have behind `least`, at most 132 bytes on, with
     /// their weights.
     struct End {
         std::uint32_t at = 0;

@@ -49,6 +49,7 @@ CellSearch::CellSearch(const std::vector<TableModel>& tables, const DatabaseLayo
     : tables_(tables), plan_(tables), usable_(layout.usable) {}
 
 void CellSearch::search(PageView& view, std::vector<Candidate>& found) {
+    effort_.begin(view.bytes.size());
     searchOldCells(view, found);
     std::sort(view.ranges.begin(), view.ranges.end(),
               [](const ByteRange& a, const ByteRange& b) { return a.start < b.start; });
@@ -81,7 +82,7 @@ void CellSearch::searchRange(const PageView& view, const ByteRange& range,
     const std::uint32_t last = end >= 3 ? end - 2 : 0;
     for (std::uint32_t at = range.start + 1; at < last; ++at) {
         const std::uint8_t byte = page[at];
-        if (found.size() >= kMostCandidates) return;
+        if (found.size() >= kMostCandidates || effort_.isSpent()) return;
         if (byte == 0) {
             at = skipZeros(page, at, end) - 1;
         } else if (byte < 0x80) {
@@ -106,8 +107,11 @@ void CellSearch::readHeader(const PageView& view, const ByteRange& range, std::u
     if (length <= lengthBytes || length > range.end - at) return;
     types_.clear();
     if (!readTypes(view.bytes, at + lengthBytes, at + length, types_)) return;
+    effort_.spend(types_.size());
     const std::uint64_t body = bodyLength(types_);
     for (const std::uint16_t number : plan_.tablesOf(types_.size())) {
+        constexpr std::size_t kStepsOfATable = 4;
+        if (!effort_.spend(kStepsOfATable)) return;
         const TableModel& table = tables_[number];
         const bool tableLeaf = !table.definition().withoutRowId;
         if (!fits(table) || (view.ofIndex && tableLeaf && !table.isWide())) continue;

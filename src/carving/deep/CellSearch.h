@@ -53,6 +53,7 @@ class CellSearch {
     const std::vector<TableModel>& tables_;
     SearchPlan plan_;
     std::uint32_t usable_;
+    PageEffort effort_;
     std::vector<std::uint64_t> types_;
 };
 

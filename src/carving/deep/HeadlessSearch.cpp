@@ -41,10 +41,12 @@ HeadlessSearch::HeadlessSearch(const std::vector<TableModel>& tables, const Data
 
 void HeadlessSearch::search(const PageView& view, const CellEnds& ends,
                             std::vector<Candidate>& found) {
+    effort_.begin(view.bytes.size());
     auto range = view.ranges.begin();
     for (const std::uint32_t start : ends.headers()) {
         while (range != view.ranges.end() && range->end <= start) ++range;
-        if (range == view.ranges.end() || found.size() >= 2 * kMostCandidates) break;
+        if (range == view.ranges.end() || found.size() >= 2 * kMostCandidates || effort_.isSpent())
+            break;
         if (start >= range->start) searchAt({view, ends, start, range->end, found});
     }
 }
@@ -69,7 +71,9 @@ void HeadlessSearch::readRun(Bytes page, std::uint32_t at, std::uint32_t end, Ty
 void HeadlessSearch::searchAt(const Place& place) {
     readRun(place.view.bytes, place.start + kLost, place.rangeEnd, run_);
     if (twoRuns_) readRun(place.view.bytes, place.start + kLost + 1, place.rangeEnd, nextRun_);
-    for (std::size_t i = 0; i < tables_.size(); ++i) {
+    effort_.spend(run_.types.size() + nextRun_.types.size());
+    endsKnown_ = false;
+    for (std::size_t i = 0; i < tables_.size() && effort_.spend(1); ++i) {
         const TableModel& table = tables_[i];
         if (table.definition().withoutRowId) continue;
         // Short rows are looked for on their own table's pages and where no table is known.
@@ -164,8 +168,12 @@ void HeadlessSearch::tryTypeGuessed(const Place& place, std::uint16_t number, st
     const std::uint64_t known = columns >= 2 ? run.bodies[columns - 2] : 0;
     const std::uint64_t header = candidate.bodyAt - candidate.typesAt + (longType ? 3 : 2);
     if (header + known >= kOneByte) return;
-    place.ends.endsOf(place.start, candidate.bodyAt + static_cast<std::uint32_t>(known), cellEnds_);
+    if (!endsKnown_) place.ends.endsOf(place.start, place.start + kLost, cellEnds_);
+    if (!endsKnown_) effort_.spend(kOneByte);
+    endsKnown_ = true;
+    effort_.spend(cellEnds_.size());
     for (const CellEnds::End& end : cellEnds_) {
+        if (end.at < candidate.bodyAt + known) continue;
         const std::uint64_t length = end.at - candidate.bodyAt - known;
         if (header + known + length >= kOneByte) break;
         if (length == 0) {

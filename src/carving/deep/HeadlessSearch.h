@@ -53,9 +53,11 @@ class HeadlessSearch {
     std::uint32_t usable_;
     std::size_t maxColumns_ = 0;
     bool twoRuns_ = false;
-    TypeRun run_;      ///< from the fourth byte of the place on
-    TypeRun nextRun_;  ///< from the fifth
-    std::vector<CellEnds::End> cellEnds_;
+    PageEffort effort_;
+    TypeRun run_;                          ///< from the fourth byte of the place on
+    TypeRun nextRun_;                      ///< from the fifth
+    std::vector<CellEnds::End> cellEnds_;  ///< of the place, once they were asked for
+    bool endsKnown_ = false;
 };
 
 }  // namespace salvor::deep

@@ -23,7 +23,13 @@ const std::vector<Candidate>& PageSearch::search(const PageImage& image, std::ui
     ends_.add(found_);
     headless_.search(view_, ends_, found_);
     ends_.addRows(found_);
-    for (Candidate& candidate : found_) weighing_.weigh(view_, ends_, candidate);
+    PageEffort effort;
+    effort.begin(view_.bytes.size());
+    for (Candidate& candidate : found_) {
+        candidate.score = Weighing::kRefused;
+        if (effort.spend(candidate.bodyOnPage() + std::size_t{1}))
+            weighing_.weigh(view_, ends_, candidate);
+    }
     std::erase_if(found_, [this](const Candidate& candidate) {
         return !weighing_.isAccepted(view_, ends_, candidate);
     });
