@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
         "said is as on real devices of the iOS version."};
     app.add_option("OUT", out, "folder to write; must be empty or not exist")->required();
     app.add_option("--ios", options.ios, "iOS version")
-        ->check(CLI::Range(4, 9))
+        ->check(CLI::Range(4, 18) | CLI::Range(26, 26))
         ->capture_default_str();
     app.add_option("--messages", options.messages, "number of messages before the deletions")
         ->check(CLI::Range(0, 10'000'000))
@@ -59,6 +59,11 @@ int main(int argc, char** argv) {
     app.add_flag("--lockdown-only", options.lockdownOnly,
                  "the manifest tells its version under \"Lockdown\" only");
     app.add_flag("--nested", options.nested, "stored files in two-digit sub-folders");
+    app.add_option("--password", options.password, "encrypt the backup with this password");
+    app.add_option("--rounds", options.firstRounds,
+                   "rounds of the slow part of the password's derivation, since iOS 10")
+        ->check(CLI::Range(1, 10'000'000))
+        ->capture_default_str();
     CLI11_PARSE(app, argc, argv);
 
     if (*vacuum) options.autoVacuum = autoVacuum;

@@ -18,6 +18,26 @@ constexpr std::array kDevices{
     SampleDevice{8, "8.4.1", "12H321", "iPhone7,2", 1420000000, AutoVacuum::Incremental, true,
                  false},
     SampleDevice{9, "9.3.5", "13G36", "iPhone8,1", 1455000000, AutoVacuum::Incremental, true, true},
+    SampleDevice{10, "10.3.4", "14G61", "iPhone9,3", 1480000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{11, "11.4.1", "15G77", "iPhone10,1", 1510000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{12, "12.5.7", "16H81", "iPhone11,8", 1540000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{13, "13.7", "17H35", "iPhone12,1", 1570000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{14, "14.8.1", "18H107", "iPhone13,2", 1605000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{15, "15.8.3", "19H386", "iPhone14,5", 1635000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{16, "16.7.10", "20H350", "iPhone15,2", 1665000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{17, "17.7.2", "21H221", "iPhone15,4", 1697000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{18, "18.6", "22G86", "iPhone17,3", 1728000000, AutoVacuum::Incremental, true,
+                 true},
+    SampleDevice{26, "26.1", "23B85", "iPhone18,3", 1758000000, AutoVacuum::Incremental, true,
+                 true},
 };
 
 // A further category is one more row and one more file.
@@ -30,7 +50,8 @@ const SampleDevice& deviceOf(int ios) {
     for (const auto& device : kDevices) {
         if (device.ios == ios) return device;
     }
-    throw std::runtime_error("samples exist for iOS 4 to 9, not for " + std::to_string(ios));
+    throw std::runtime_error("samples exist for iOS 4 to 18 and 26, not for " +
+                             std::to_string(ios));
 }
 
 void check(const SampleOptions& options) {

@@ -12,7 +12,7 @@ namespace salvor {
 /// What a sample backup shall look like. Whatever is left open is as on real devices of that
 /// iOS version.
 struct SampleOptions {
-    int ios = 7;  ///< 4 to 9
+    int ios = 7;  ///< 4 to 18, or 26
     std::uint32_t messages = 300;
     std::uint64_t seed = 1;
     std::uint32_t pageSize = 4096;
@@ -20,9 +20,12 @@ struct SampleOptions {
     std::optional<bool> secureDelete = std::nullopt;
     bool incrementalVacuum = false;  ///< give the free pages back after the deletions
     bool deletions = true;
-    bool lockdownOnly = false;   ///< the manifest tells its version under "Lockdown" only
-    bool nested = false;         ///< stored files in two-digit sub-folders, as newer systems do
-    bool encrypted = false;      ///< the manifest says so; the files stay readable
+    bool lockdownOnly = false;  ///< the manifest tells its version under "Lockdown" only
+    bool nested = false;        ///< stored files in two-digit sub-folders, as newer systems do
+    bool encrypted = false;  ///< the manifest says so; without a password the files stay readable
+    /// Encrypts the backup, as a phone of its generation would.
+    std::optional<std::string> password = std::nullopt;
+    std::uint32_t firstRounds = 10'000'000;  ///< of the derivation of a password since iOS 10.2
     bool zeroPageCount = false;  ///< header bytes 28 to 31 are 0, as old SQLite left them
 };
 

@@ -1,6 +1,7 @@
 #include "tools/sample/SampleFolder.h"
 
 #include "tools/sample/Digest.h"
+#include "tools/sample/ManifestWriter.h"
 #include "tools/sample/PropertyList.h"
 
 namespace salvor {
@@ -26,6 +27,9 @@ SampleFolder::SampleFolder(std::filesystem::path folder, const SampleOptions& op
     truth_.layout.autoVacuum = options.autoVacuum.value_or(device.messageVacuum);
     truth_.layout.writeAheadLog = device.writeAheadLog;
     truth_.layout.secureDelete = options.secureDelete.value_or(device.secureDelete);
+    if (!options.password) return;
+    const auto first = hasDatabaseIndex() ? std::optional(options.firstRounds) : std::nullopt;
+    keys_.emplace(options.seed, *options.password, first);
 }
 
 std::filesystem::path SampleFolder::add(const std::string& domain, const std::string& path) {
@@ -37,16 +41,15 @@ std::filesystem::path SampleFolder::add(const std::string& domain, const std::st
 }
 
 std::filesystem::path SampleFolder::addUnlisted(const std::string& storedName) const {
-    auto stored = folder_ / storedPath(storedName, options_.nested);
+    auto stored = folder_ / storedPath(storedName, isNested());
     std::filesystem::create_directories(stored.parent_path());
     return stored;
 }
 
 void SampleFolder::finish() {
     writeInfo();
-    writeManifest();
+    writeManifest(writeIndex());
     writeStatus();
-    writeIndex();
 }
 
 void SampleFolder::writeInfo() const {
@@ -70,7 +73,7 @@ void SampleFolder::writeInfo() const {
         .writeXml(folder_ / "Info.plist");
 }
 
-void SampleFolder::writeManifest() const {
+void SampleFolder::writeManifest(const std::string& manifestKey) const {
     PropertyListDictionary lockdown;
     lockdown.text("BuildVersion", device_.build)
         .text("DeviceName", truth_.deviceName)
@@ -79,14 +82,16 @@ void SampleFolder::writeManifest() const {
         .text("SerialNumber", "SAMPLE000001")
         .text("UniqueDeviceID", truth_.uniqueDeviceID);
     PropertyListDictionary manifest;
-    if (!options_.lockdownOnly) manifest.text("ProductVersion", device_.version);
+    if (!manifestKey.empty()) manifest.data("ManifestKey", manifestKey);
+    if (!options_.lockdownOnly && !hasDatabaseIndex())
+        manifest.text("ProductVersion", device_.version);
     manifest.dictionary("Applications", {})
-        .data("BackupKeyBag", "VERS")
+        .data("BackupKeyBag", keys_ ? keys_->bag() : "VERS")
         .date("Date", device_.startOfUse + kBackupAge)
-        .boolean("IsEncrypted", options_.encrypted)
+        .boolean("IsEncrypted", options_.encrypted || keys_)
         .dictionary("Lockdown", std::move(lockdown))
         .text("SystemDomainsVersion", "20.0")
-        .text("Version", "9.1")
+        .text("Version", hasDatabaseIndex() ? "10.0" : "9.1")
         .boolean("WasPasscodeSet", false)
         .writeBinary(folder_ / "Manifest.plist");
 }
@@ -98,11 +103,11 @@ void SampleFolder::writeStatus() const {
         .boolean("IsFullBackup", true)
         .text("SnapshotState", "finished")
         .text("UUID", SampleRandom(options_.seed + 1).uuid())
-        .text("Version", "2.4")
+        .text("Version", hasDatabaseIndex() ? "3.3" : "2.4")
         .writeBinary(folder_ / "Status.plist");
 }
 
-void SampleFolder::writeIndex() const {
+std::vector<MbdbRecord> SampleFolder::describeFiles() {
     const auto time = static_cast<std::uint32_t>(device_.startOfUse + kBackupAge);
     std::vector<MbdbRecord> records(2);
     records[0].domain = records[1].domain = "HomeDomain";
@@ -113,10 +118,16 @@ void SampleFolder::writeIndex() const {
     records[1].linkTarget = "com.apple.preferences";
     for (MbdbRecord record : index_) {
         const auto name = sampleStoredName(record.domain, record.path);
-        const auto bytes = readWholeFile(folder_ / storedPath(name, options_.nested));
+        const auto stored = folder_ / storedPath(name, isNested());
+        const auto bytes = readWholeFile(stored);
         record.size = bytes.size();
         record.digest = sampleDigestBytes(bytes);
-        record.protectionClass = 3;
+        record.protectionClass = hasDatabaseIndex() ? 4 : 3;
+        if (keys_) {
+            const auto key = keys_->makeKey(record.protectionClass);
+            record.encryptionKey = key.wrapped;
+            writeWholeFile(stored, SampleKeys::encrypt(key, bytes));
+        }
         records.push_back(std::move(record));
     }
     records.back().properties = {{"com.apple.sample", "yes"}};
@@ -125,7 +136,21 @@ void SampleFolder::writeIndex() const {
         record.inode = ++inode;
         record.modified = record.statusChanged = record.born = time;
     }
-    writeWholeFile(folder_ / "Manifest.mbdb", mbdbBytes(records));
+    return records;
+}
+
+std::string SampleFolder::writeIndex() {
+    const auto records = describeFiles();
+    if (!hasDatabaseIndex()) {
+        writeWholeFile(folder_ / "Manifest.mbdb", mbdbBytes(records));
+        return {};
+    }
+    const auto index = folder_ / "Manifest.db";
+    writeManifestDatabase(index, records);
+    if (!keys_) return {};
+    const auto key = keys_->makeKey(4);
+    writeWholeFile(index, SampleKeys::encrypt(key, readWholeFile(index)));
+    return key.wrapped;
 }
 
 }  // namespace salvor

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/sample/MbdbWriter.h"
 #include "tools/sample/SampleBackup.h"
+#include "tools/sample/SampleKeys.h"
 #include "tools/sample/SampleRandom.h"
 
 namespace salvor {
@@ -42,10 +44,16 @@ class SampleFolder {
     void finish();
 
   private:
+    bool hasDatabaseIndex() const { return device_.ios >= kDatabaseIndex; }
+    bool isNested() const { return options_.nested || hasDatabaseIndex(); }
     void writeInfo() const;
-    void writeManifest() const;
+    void writeManifest(const std::string& manifestKey) const;
     void writeStatus() const;
-    void writeIndex() const;
+    std::vector<MbdbRecord> describeFiles();
+    /// Returns the wrapped key of the index, "" for one that is readable.
+    std::string writeIndex();
+
+    static constexpr int kDatabaseIndex = 10;
 
     std::filesystem::path folder_;
     SampleOptions options_;
@@ -53,6 +61,7 @@ class SampleFolder {
     SampleRandom random_;
     SampleTruth truth_;
     std::vector<MbdbRecord> index_;
+    std::optional<SampleKeys> keys_;
 };
 
 /// Writes one category's databases.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 
 #include "tools/sample/Digest.h"
@@ -137,8 +138,10 @@ class PictureWriter {
 }  // namespace
 
 void writeSamplePictures(SampleFolder& folder) {
+    const int newest = std::end(kGenerations)[-1].ios;
     for (const auto& generation : kGenerations) {
-        if (generation.ios == folder.device().ios) PictureWriter(folder, generation).writeAll();
+        if (generation.ios == std::min(folder.device().ios, newest))
+            PictureWriter(folder, generation).writeAll();
     }
 }
 
