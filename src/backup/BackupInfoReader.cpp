@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "backup/BackupSource.h"
+#include "backup/BackupStore.h"
 #include "util/FileUtils.h"
 #include "util/PropertyList.h"
 #include "util/StringUtils.h"
@@ -85,9 +86,33 @@ void readPropertyLists(DeviceInfo& device, const BackupFiles& files) {
     }
 }
 
+bool namesVersion(const Text& version) {
+    DeviceInfo device;
+    device.ProductVersion = version;
+    splitProductVersion(device);
+    return device.iOSMajorVersion != 0 || device.iOSMinorVersion != 0;
+}
+
+VersionFacts versionFactsOf(const BackupFiles& files) {
+    VersionFacts facts;
+    const auto manifest = OwnList(files, kManifest).list;
+    facts.infoPlist = OwnList(files, kInfo).list.text("Product Version");
+    facts.manifestTop = manifest.text("ProductVersion");
+    facts.lockdown = manifest.dictionary("Lockdown").text("ProductVersion");
+    facts.manifestSaysEncrypted = manifest.boolean("IsEncrypted").value_or(false);
+    return facts;
+}
+
+/// The manifest of a backup whose index is a database never tells its version at the top.
+void useKnownVersion(DeviceInfo& device, const BackupFiles& files) {
+    if (namesVersion(device.ProductVersion) || !BackupStore::databaseIndex(files)) return;
+    if (const Text known = versionFactsOf(files).best()) device.ProductVersion = known;
+}
+
 DeviceInfo describe(const BackupFiles& files, std::uint64_t bytes) {
     DeviceInfo device = resetDescription(FileUtils::sizeText(bytes));
     readPropertyLists(device, files);
+    useKnownVersion(device, files);
     return device;
 }
 
@@ -128,13 +153,6 @@ std::optional<std::int64_t> ownDate(const BackupFiles& files) {
         if (date && *date > 0) latest = std::max(latest.value_or(0), *date);
     }
     return latest;
-}
-
-bool namesVersion(const Text& version) {
-    DeviceInfo device;
-    device.ProductVersion = version;
-    splitProductVersion(device);
-    return device.iOSMajorVersion != 0 || device.iOSMinorVersion != 0;
 }
 
 }  // namespace
@@ -209,14 +227,7 @@ Text VersionFacts::best() const {
 }
 
 VersionFacts readVersionFacts(const std::filesystem::path& folder) {
-    VersionFacts facts;
-    const auto files = openBackup(folder);
-    const auto manifest = OwnList(*files, kManifest).list;
-    facts.infoPlist = OwnList(*files, kInfo).list.text("Product Version");
-    facts.manifestTop = manifest.text("ProductVersion");
-    facts.lockdown = manifest.dictionary("Lockdown").text("ProductVersion");
-    facts.manifestSaysEncrypted = manifest.boolean("IsEncrypted").value_or(false);
-    return facts;
+    return versionFactsOf(*openBackup(folder));
 }
 
 }  // namespace salvor

@@ -1,7 +1,5 @@
 #include "backup/IndexCursor.h"
 
-#include <algorithm>
-
 #include "util/Utf8.h"
 
 namespace salvor {
@@ -22,11 +20,19 @@ std::uint32_t IndexCursor::getint(std::size_t count) {
     return value;
 }
 
-std::string IndexCursor::getstring() {
+std::string IndexCursor::getbytes() {
     const std::uint32_t length = getint(2);
     if (cutShort_ || length == 0xFFFF) return {};
     const Bytes raw = take(length);
-    std::string text(raw.begin(), std::find(raw.begin(), raw.end(), std::uint8_t{0}));
+    return {raw.begin(), raw.end()};
+}
+
+std::string IndexCursor::getstring() {
+    return textOf(getbytes());
+}
+
+std::string IndexCursor::textOf(const std::string& bytes) {
+    std::string text = bytes.substr(0, bytes.find('\0'));
     return isValidUtf8(text) ? text : "<null>";
 }
 

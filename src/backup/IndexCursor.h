@@ -23,6 +23,10 @@ class IndexCursor {
     /// A text with a 2-byte length; the length 0xFFFF is the empty text. The text ends at its
     /// first zero byte; one that is not valid UTF-8 reads "<null>".
     std::string getstring();
+    /// The bytes of such a text as they are: a key.
+    std::string getbytes();
+    /// What `getstring` makes of the bytes of a text.
+    static std::string textOf(const std::string& bytes);
 
   private:
     Bytes take(std::size_t count);

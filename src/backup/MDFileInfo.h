@@ -27,6 +27,7 @@ struct MDFileInfo : FileProperty {
     std::string strlinkTarget;
     std::string strDataHash;
     std::string strUnknown1;        ///< per-file key data
+    std::string wrappedKey;         ///< the same, as it is: class and wrapped key
     std::uint32_t intMode = 0;      ///< Unix mode; the file type stands in the bits 0xE000
     std::uint32_t intUnknown2 = 0;  ///< first half of the inode number
     std::uint32_t intUnknown3 = 0;  ///< second half of the inode number

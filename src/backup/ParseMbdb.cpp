@@ -32,7 +32,8 @@ MDFileInfo readRecord(IndexCursor& cursor) {
     info.FileName = cursor.getstring();
     info.strlinkTarget = cursor.getstring();
     info.strDataHash = cursor.getstring();
-    info.strUnknown1 = cursor.getstring();
+    info.wrappedKey = cursor.getbytes();
+    info.strUnknown1 = IndexCursor::textOf(info.wrappedKey);
     info.intMode = cursor.getint(2);
     for (auto* field : {&info.intUnknown2, &info.intUnknown3, &info.intUserID, &info.intGroupID,
                         &info.intmTime, &info.intaTime, &info.intcTime}) {

@@ -1,13 +1,19 @@
 #include "backup/PrivateFolder.h"
 
+#include <cstdlib>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <string>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 #include <vector>
+
+#include "backup/BackupStore.h"
 
 namespace salvor {
 namespace {
@@ -28,6 +34,16 @@ int lockFolder(const fs::path& folder, int how) {
 bool isOurs(int folder) {
     struct stat info {};
     return ::fstat(folder, &info) == 0 && info.st_uid == ::geteuid();
+}
+
+bool isInMemory(const fs::path& folder) {
+    struct statfs system {};
+    return folder.is_absolute() && ::statfs(folder.c_str(), &system) == 0 &&
+           (system.f_type == TMPFS_MAGIC || system.f_type == RAMFS_MAGIC);
+}
+
+std::string ownName() {
+    return "salvor-" + std::to_string(::getuid());
 }
 
 void removeWhatNobodyOwns(const fs::path& parent) {
@@ -63,6 +79,38 @@ std::unique_ptr<PrivateFolder> PrivateFolder::make(const fs::path& parent) {
     ::close(gate);
     if (!made) return nullptr;
     return std::unique_ptr<PrivateFolder>(new PrivateFolder(name, lock));
+}
+
+std::vector<fs::path> PrivateFolder::usualParents() {
+    std::vector<fs::path> parents;
+    const char* cache = std::getenv("XDG_CACHE_HOME");
+    // A relative path there is to be ignored.
+    const bool named = cache != nullptr && *cache == '/';
+    parents.push_back(named ? fs::path(cache) / "salvor"
+                            : BackupStore::homeFolder() / ".cache/salvor");
+    std::error_code failed;
+    const auto system = fs::temp_directory_path(failed);
+    if (!failed) parents.push_back(system / ownName());
+    return parents;
+}
+
+std::vector<fs::path> PrivateFolder::memoryParents() {
+    std::vector<fs::path> parents;
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && isInMemory(runtime)) parents.push_back(fs::path(runtime) / "salvor");
+    if (isInMemory("/dev/shm")) parents.push_back(fs::path("/dev/shm") / ownName());
+    return parents;
+}
+
+void PrivateFolder::removeLeftovers() {
+    auto parents = usualParents();
+    for (auto& parent : memoryParents()) parents.push_back(std::move(parent));
+    for (const auto& parent : parents) {
+        const int gate = lockFolder(parent, LOCK_EX | LOCK_NB);
+        if (gate < 0) continue;
+        if (isOurs(gate)) removeWhatNobodyOwns(parent);
+        ::close(gate);
+    }
 }
 
 PrivateFolder::~PrivateFolder() {

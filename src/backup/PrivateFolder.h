@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace salvor {
 
@@ -11,6 +12,13 @@ class PrivateFolder {
   public:
     /// A new folder below `parent`, which is made if need be; null when that fails.
     static std::unique_ptr<PrivateFolder> make(const std::filesystem::path& parent);
+    /// Where such folders are made: below the user's cache, else below the system's folder for
+    /// passing files.
+    static std::vector<std::filesystem::path> usualParents();
+    /// The same on file systems that keep files in memory alone.
+    static std::vector<std::filesystem::path> memoryParents();
+    /// Removes what killed runs left in all these places.
+    static void removeLeftovers();
     PrivateFolder(const PrivateFolder&) = delete;
     PrivateFolder& operator=(const PrivateFolder&) = delete;
     ~PrivateFolder();

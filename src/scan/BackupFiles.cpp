@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <utility>
 
+#include "util/ReadableFile.h"
 #include "util/StoredName.h"
 
 namespace salvor {
@@ -42,11 +43,23 @@ class NoBackupFiles : public BackupFiles {
 }  // namespace
 
 FileFacts BackupFiles::find(const std::string& domain, const std::string& path) const {
-    return find(storedName(domain, path));
+    return find(nameFor(domain, path));
 }
 
 BackupFile BackupFiles::open(const std::string& domain, const std::string& path) const {
-    return open(storedName(domain, path));
+    return open(nameFor(domain, path));
+}
+
+std::string BackupFiles::nameFor(const std::string& domain, const std::string& path) const {
+    return storedName(domain, path);
+}
+
+FileCopy BackupFiles::copyTo(const std::string& storedName, const std::filesystem::path& target,
+                             const FileCopyOptions& options) const {
+    const auto file = open(storedName);
+    const auto readable = file ? ReadableFile::open(file.path) : std::nullopt;
+    if (!readable) return {FileCopy::End::Unreadable, "cannot be read"};
+    return readable->copyTo(target, options);
 }
 
 FileFacts BackupFiles::factsOf(std::filesystem::path path) {

@@ -11,12 +11,15 @@
 
 namespace salvor {
 
+class BackupIndex;
+
 /// Whether a file can be had, else why not.
 enum class FileState : std::uint8_t {
     Present,
     Absent,
     NotAFile,    ///< a folder, a pipe or a device lies in its place
     Unreadable,  ///< it is there but cannot be reached
+    Locked,      ///< it is encrypted, and its key is not to be had
 };
 
 /// What a backup knows of a file without reading it.
@@ -95,6 +98,13 @@ class BackupFiles {
     }
     /// What the whole backup takes.
     virtual std::uint64_t totalBytes() const = 0;
+    /// The stored name of the file at `path` of `domain`: as the index tells it, else by the rule.
+    virtual std::string nameFor(const std::string& domain, const std::string& path) const;
+    /// Copies a file to `target`, which must not be there yet and which its owner alone may read.
+    virtual FileCopy copyTo(const std::string& storedName, const std::filesystem::path& target,
+                            const FileCopyOptions& options) const;
+    /// The index by which files are found; null where their names alone lead to them.
+    virtual const BackupIndex* index() const { return nullptr; }
 
     /// What the host tells of the file at `path`, which is its place.
     static FileFacts factsOf(std::filesystem::path path);

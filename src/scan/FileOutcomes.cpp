@@ -35,6 +35,8 @@ std::string visibleFault(const FileFacts& facts) {
             return whatLiesThere(facts.place);
         case FileState::Unreadable:
             return "it is there but cannot be reached";
+        case FileState::Locked:
+            return "it is encrypted, and the password does not open its key";
         case FileState::Present:
             break;
     }
@@ -94,7 +96,8 @@ std::vector<FileOutcome> FileOutcomes::begin(const ScanState& state, std::int32_
             } else if (facts.state == FileState::Absent) {
                 told.outcome = ReadOutcome::Absent;
             } else if (!told.reason.empty()) {
-                told.outcome = ReadOutcome::Unreadable;
+                told.outcome = facts.state == FileState::Locked ? ReadOutcome::Locked
+                                                                : ReadOutcome::Unreadable;
                 faults.push_back(told);
             }
             entry.fault = isFault(told.outcome);
@@ -165,7 +168,10 @@ std::optional<ReadOutcome> FileOutcomes::faultOf(Category category) const {
         if (entry.told.category != category || entry.told.outcome == ReadOutcome::Absent) continue;
         ++there;
         faults += entry.fault ? 1 : 0;
-        nothingRead += entry.told.outcome == ReadOutcome::Unreadable ? 1 : 0;
+        nothingRead += entry.told.outcome == ReadOutcome::Unreadable ||
+                               entry.told.outcome == ReadOutcome::Locked
+                           ? 1
+                           : 0;
     }
     if (faults == 0 && !ofItself) return std::nullopt;
     return there > 0 && nothingRead == there ? ReadOutcome::Unreadable : ReadOutcome::Partly;

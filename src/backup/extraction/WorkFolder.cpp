@@ -1,13 +1,10 @@
 #include "backup/extraction/WorkFolder.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 #include <system_error>
-#include <unistd.h>
 
 #include "backup/BackupPaths.h"
-#include "backup/BackupStore.h"
 #include "util/FileUtils.h"
 #include "util/MappedFile.h"
 
@@ -28,13 +25,6 @@ bool carriesMarker(const fs::path& folder) {
 
 std::error_code madePrivately(const fs::path& folder) {
     return {FileUtils::makePrivateFolders(folder), std::generic_category()};
-}
-
-fs::path cacheFolder() {
-    const char* cache = std::getenv("XDG_CACHE_HOME");
-    // A relative path there is to be ignored.
-    if (cache != nullptr && *cache == '/') return fs::path(cache) / "salvor";
-    return BackupStore::homeFolder() / ".cache/salvor";
 }
 
 }  // namespace
@@ -64,17 +54,16 @@ std::string WorkFolder::refusal(const fs::path& backup) const {
 }
 
 std::string WorkFolder::makePrivateParent(const fs::path& backup) {
-    std::error_code failed;
-    fs::path system = fs::temp_directory_path(failed);
-    if (!system.empty()) system /= "salvor-" + std::to_string(::getuid());
-    for (const auto& candidate : {cacheFolder(), system}) {
-        if (candidate.empty() || liesInside(candidate, backup)) continue;
+    std::string tried;
+    for (const auto& candidate : PrivateFolder::usualParents()) {
+        tried += (tried.empty() ? "" : " or ") + candidate.string();
+        if (liesInside(candidate, backup)) continue;
         privateFolder_ = PrivateFolder::make(candidate);
         if (privateFolder_ == nullptr) continue;
         parent_ = privateFolder_->path();
         return {};
     }
-    return "cannot make a work folder in " + cacheFolder().string() + " or " + system.string();
+    return "cannot make a work folder in " + tried;
 }
 
 std::string WorkFolder::recreate(const fs::path& backup) {
