@@ -8,6 +8,7 @@
 #include "cli/DisplayText.h"
 #include "cli/Failure.h"
 #include "cli/Interrupts.h"
+#include "cli/Password.h"
 #include "cli/ScanOptions.h"
 #include "cli/ScanRun.h"
 #include "device/BackupFolderBridge.h"
@@ -74,7 +75,7 @@ class Questions : public FreshBackupQuestions {
 class BackupRun {
   public:
     BackupRun(const Arguments& given, Console& console)
-        : console_(console), udid_(given["UDID"]), scans_(given.has("--scan")) {
+        : given_(given), console_(console), udid_(given["UDID"]), scans_(given.has("--scan")) {
         if (const auto root = given.value("--root")) settings_.root = *root;
         if (const auto helper = given.value("--helper")) readHelper(*helper);
         for (const auto& option : kScanTable.options)
@@ -112,6 +113,8 @@ class BackupRun {
         settle(backup);
         if (!scans_) return ExitStatus::Done;
         options_.request.source = backup.folder;
+        options_.request.keys =
+            keysFor(backup.folder, given_, console_, Ask::Yes, application.stopToken());
         options_.request.freshBackup = backup.end == FreshBackupEnd::Complete;
         return runAndShow(job, display, options_, console_);
     }
@@ -174,6 +177,7 @@ class BackupRun {
         console_.err << printable("Scan it with: salvor scan " + quoted(folder)) << '\n';
     }
 
+    const Arguments& given_;
     Console& console_;
     const std::string udid_;
     const bool scans_;

@@ -27,6 +27,7 @@ std::unique_ptr<Command> makeInfoCommand();
 std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeIndexCommand();
 std::unique_ptr<Command> makeRecoverCommand();
+std::unique_ptr<Command> makeExtractCommand();
 std::unique_ptr<Command> makeCarveCommand();
 std::unique_ptr<Command> makeSignaturesCommand();
 std::unique_ptr<Command> makeDevicesCommand();

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace salvor::cli {
@@ -20,6 +22,9 @@ struct Console {
     std::function<bool()> enterPressed = [] { return false; };
     /// Ends what waits for the reader of `out`, now and later; from any thread.
     std::function<void()> giveUpOut = [] {};
+    /// A line that they type, such as a password, of which the terminal shows nothing; nothing when
+    /// there is none.
+    std::function<std::optional<std::string>()> hiddenLine = [] { return std::nullopt; };
     /// Why writing to `out` failed (errno), 0 when that is not known.
     std::function<int()> outError = [] { return 0; };
 

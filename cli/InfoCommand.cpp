@@ -3,6 +3,7 @@
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/JsonText.h"
+#include "cli/Password.h"
 #include "cli/TextTable.h"
 #include "cli/VersionText.h"
 #include "report/ScanReport.h"
@@ -34,10 +35,11 @@ void writeText(const std::filesystem::path& folder, const DeviceInfo& device, st
 class InfoCommand : public Command {
   public:
     const CommandTable& table() const override {
-        static const CommandTable kTable{"info",
-                                         "Tells which device a backup is of.",
-                                         {{"BACKUP", kBackupHelp}},
-                                         {{"--json", nullptr, "print one JSON object"}}};
+        static const CommandTable kTable{
+            "info",
+            "Tells which device a backup is of.",
+            {{"BACKUP", kBackupHelp}},
+            {{"--json", nullptr, "print one JSON object"}, kPasswordOption}};
         return kTable;
     }
 
@@ -51,6 +53,10 @@ class InfoCommand : public Command {
         } else if (isBackup) {
             writeText(folder, info.device, console.out);
         }
+        // A wrong password ends this with the status for it.
+        const auto keys = keysFor(folder, given, console, Ask::No);
+        if (keys != nullptr && !given.has("--json"))
+            console.out << "The password opens this backup.\n";
         if (!fault.empty()) throw Failure(ExitStatus::SourceUnusable, fault);
         return ExitStatus::Done;
     }

@@ -12,9 +12,11 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "backup/PrivateFolder.h"
 #include "cli/Command.h"
 #include "cli/Failure.h"
 #include "cli/Interrupts.h"
+#include "cli/Password.h"
 #include "util/FdStream.h"
 
 namespace salvor::cli {
@@ -118,9 +120,9 @@ int terminalWidth(int fd) {
 
 std::span<const std::unique_ptr<Command>> commands() {
     static const std::array all = {
-        makeScanCommand(),       makeInfoCommand(),    makeListCommand(),
-        makeIndexCommand(),      makeRecoverCommand(), makeCarveCommand(),
-        makeSignaturesCommand(), makeDevicesCommand(), makeBackupCommand()};
+        makeScanCommand(),    makeInfoCommand(),    makeListCommand(),  makeIndexCommand(),
+        makeExtractCommand(), makeRecoverCommand(), makeCarveCommand(), makeSignaturesCommand(),
+        makeDevicesCommand(), makeBackupCommand()};
     return all;
 }
 
@@ -153,6 +155,8 @@ int runProgram(int argc, char** argv) {
     console.outShown = isatty(STDOUT_FILENO) != 0;
     console.asks = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
     console.enterPressed = [] { return waitForEnter(STDIN_FILENO); };
+    console.hiddenLine = [] { return lineWithoutEcho(STDIN_FILENO); };
+    PrivateFolder::removeLeftovers();
     return run(std::vector<std::string>(argv + std::min(argc, 1), argv + argc), console);
 }
 

@@ -1,6 +1,9 @@
+#include "app/SalvorAppDelegate.h"
 #include "app/ScanJob.h"
 #include "cli/Command.h"
+#include "cli/Inputs.h"
 #include "cli/Interrupts.h"
+#include "cli/Password.h"
 #include "cli/ScanOptions.h"
 #include "cli/ScanRun.h"
 
@@ -12,10 +15,12 @@ class ScanCommand : public Command {
     const CommandTable& table() const override { return kScanTable; }
 
     ExitStatus execute(const Arguments& given, Console& console) const override {
-        const auto options = scanOptionsFrom(given);
+        auto options = scanOptionsFrom(given);
         RunDisplay display(console, options);
         ScanJob job(display);
         const Interrupts interrupts([&job] { job.cancel(); });
+        options.request.keys = keysFor(require(findBackupFolder(given["BACKUP"])), given, console,
+                                       Ask::Yes, job.application().stopToken());
         return runAndShow(job, display, options, console);
     }
 };

@@ -6,6 +6,7 @@
 #include "cli/Failure.h"
 #include "cli/Inputs.h"
 #include "cli/Log.h"
+#include "cli/Password.h"
 #include "cli/TickedFile.h"
 #include "scan/Categories.h"
 
@@ -27,6 +28,7 @@ const CommandTable kScanTable{
      {"--continue-anyway", nullptr, "scan although property lists are missing"},
      {"--ios", "X.Y|auto", "scan as this version of iOS"},
      {"--ticked", "FILE", "export only the rows that this JSON file lists"},
+     kPasswordOption,
      {"--no-progress", nullptr, "no progress line"},
      {"--quiet", nullptr, "no output but errors"},
      {"--log-level", "L", "trace, debug, info, warning (default), error, critical or off"}},

@@ -80,11 +80,9 @@ SourceChoice SalvorAppDelegate::chooseBackup(const std::filesystem::path& chosen
     return getInfoFromBackup() ? SourceChoice::Ready : SourceChoice::MissingPropertyLists;
 }
 
-void SalvorAppDelegate::warnOfDatabaseIndex() {
-    if (const auto index = BackupStore::databaseIndex(*state_.backupFiles()))
-        state_.warn(index->string() +
-                    ": this index is a database, which is not read yet; files are found by their "
-                    "stored names all the same");
+void SalvorAppDelegate::warnOfIndex() {
+    if (const auto notice = indexNotice(*state_.backupFiles()); !notice.empty())
+        state_.warn(notice);
 }
 
 bool SalvorAppDelegate::getInfoFromBackup() {
@@ -150,7 +148,7 @@ ScanEnd SalvorAppDelegate::explore(const dataTypeHolder& holder) {
     state_.IsCancelFlag = false;
     // A cancel that came first stays; see `cancel` for the other half.
     if (cancelRequested()) state_.IsCancelFlag = true;
-    warnOfDatabaseIndex();
+    warnOfIndex();
     extraction.prepare(holder.dataType);
     state_.progress.bytesTotal = bytesToSearch(state_, holder.dataType);
     state_.showScreen(Screen::Progress);

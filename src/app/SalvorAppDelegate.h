@@ -110,7 +110,7 @@ class SalvorAppDelegate {
   private:
     ScanEnd explore(const dataTypeHolder& holder);
     void recoverDeleted(std::int32_t dataType);
-    void warnOfDatabaseIndex();
+    void warnOfIndex();
     void forgetCancel();
 
     ScanState state_;

@@ -7,6 +7,7 @@
 #include "app/Outputs.h"
 #include "app/SalvorAppDelegate.h"
 #include "app/Sources.h"
+#include "backup/BackupSource.h"
 #include "scan/Categories.h"
 
 namespace salvor {
@@ -98,7 +99,7 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
 
     outcome.backup = backup;
     outcome.versions = readVersionFacts(backup);
-    outcome.encrypted = outcome.versions.manifestSaysEncrypted;
+    outcome.encrypted = outcome.versions.manifestSaysEncrypted && request.keys == nullptr;
     const SourceChoice choice =
         request.freshBackup ? SourceChoice::Ready : application_->chooseBackup(backup);
     if (choice == SourceChoice::Unusable) {
@@ -111,6 +112,7 @@ ScanOutcome ScanJob::runScan(const ScanRequest& request) {
         outcome.message = kMissingPropertyLists;
         return outcome;
     }
+    if (request.keys != nullptr) useBackup(state(), backup, request.keys);
     applyRequestedVersion(state().deviceInfo, request, outcome.versions);
     const bool versionGiven = request.ios && *request.ios != kAuto;
     outcome.versionUnknown = !versionGiven && isUnknown(state().deviceInfo);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "backup/BackupInfoReader.h"
+#include "backup/keys/BackupKeys.h"
 #include "scan/ScanObserver.h"
 #include "scan/ScanState.h"
 
@@ -27,6 +28,8 @@ struct ScanRequest {
     std::optional<std::filesystem::path> signatures;
     /// The source is what a fresh backup of this job wrote: chosen and described already.
     bool freshBackup = false;
+    /// Of an encrypted backup; null when it is none or stays locked.
+    std::shared_ptr<const BackupKeys> keys;
     bool continueAnyway = false;  ///< answers "Yes" to the missing-property-list question
 };
 
@@ -43,7 +46,7 @@ enum class ScanResult {
 struct ScanOutcome {
     ScanResult result = ScanResult::Done;
     std::string message;     ///< what went wrong, naming the file and the cause; else empty
-    bool encrypted = false;  ///< the manifest marks the backup as encrypted
+    bool encrypted = false;  ///< the manifest says so, and no keys were given
     /// Neither the reading nor the request gave a version: the scan ran as 0.0.
     bool versionUnknown = false;
     VersionFacts versions;  ///< what the property lists name

@@ -42,10 +42,7 @@ NamedSource findIndexFile(const fs::path& named) {
         if (auto fault = whyNoFolder(named); !fault.empty()) return {named, std::move(fault)};
     const auto index = BackupStore::resolveIndex(BackupStore::resolve(named).value_or(named));
     if (index) return {*index, whyNoFile(*index)};
-    return {named, faultOf(named, BackupStore::databaseIndex(named)
-                                      ? "its index, Manifest.db, is a database, which is not "
-                                        "read yet"
-                                      : "holds no Manifest.mbdb")};
+    return {named, faultOf(named, "holds no Manifest.mbdb and no Manifest.db")};
 }
 
 std::string whyNoFolder(const fs::path& path) {

@@ -56,7 +56,7 @@ const char* encryptionText(Encryption encryption);
 
 /// What a person does about an encrypted backup.
 inline constexpr const char* kEncryptedAdvice =
-    "the manifest says that the backup is encrypted, so its databases cannot be read; switch the "
-    "encryption of backups off where it was made, back up again into another folder and scan that";
+    "the manifest says that the backup is encrypted, so its databases cannot be read without its "
+    "password; give it with --password-file, or type it when you are asked at a terminal";
 
 }  // namespace salvor

@@ -286,7 +286,7 @@ TEST_F(DeviceCommands, ScanTheFreshBackupAsTheDeviceDescribesItself) {
     EXPECT_GT(result["live"]["SMSContent"].size(), 0U);
     EXPECT_GT(result["deleted"]["DeletedPhotos"].size(), 0U);
     EXPECT_EQ(hashTree(root / kUdid).size(), hashTree(folder / "sample").size());
-    const std::string notice = "Manifest.db: this index is a database";
+    const std::string notice = "Manifest.db: file is not a database";
     EXPECT_THAT(run.err, HasSubstr(notice));
     EXPECT_EQ(run.err.find(notice), run.err.rfind(notice)) << "once is enough";
     // Inside what is about to be written nothing else may be.

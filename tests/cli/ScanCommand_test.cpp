@@ -197,10 +197,10 @@ TEST_F(ScanCommandTest, ABackupWhoseIndexIsADatabaseIsScannedAndSaidToHaveOne) {
     EXPECT_EQ(ran.status, 0);
     EXPECT_THAT(ran.out, Not(HasSubstr("Messages      0")));
     EXPECT_THAT(ran.err,
-                HasSubstr("/Manifest.db: this index is a database, which is not read yet"));
+                HasSubstr("/Manifest.db: file is not a database; files are found by their"));
     const auto index = runSalvor({"index", backup()});
     EXPECT_EQ(index.status, 3);
-    EXPECT_THAT(index.err, HasSubstr("its index, Manifest.db, is a database"));
+    EXPECT_THAT(index.err, HasSubstr("its Manifest.db: file is not a database"));
 }
 
 /// Standard error that presses Ctrl-C when a text has been written.
