@@ -12,10 +12,12 @@
 #include "carving/TableCarver.h"
 #include "scan/Category.h"
 #include "tests/support/TempFolder.h"
+#include "tools/sample/ManifestWriter.h"
 #include "tools/sample/MbdbWriter.h"
 #include "tools/sample/PropertyList.h"
 #include "tools/sample/RecoverySample.h"
 #include "tools/sample/SampleBackup.h"
+#include "tools/sample/SampleKeys.h"
 #include "util/MappedFile.h"
 
 namespace {
@@ -231,6 +233,11 @@ void addIndexes(SeedWriter& seeds) {
     link.mode = 0120755;
     seeds.add("mbdb", mbdbBytes({record, folder, link}));
     seeds.add("mbdb", mbdbBytes({}));
+    seeds.add("key_bag", SampleKeys(1, "password", 10).bag());
+    seeds.add("key_bag", SampleKeys(2, "password", std::nullopt).bag());
+    for (const bool inPlace : {false, true})
+        for (const auto& each : {record, folder, link})
+            seeds.add("keyed_archive", fileArchive(each, inPlace));
 }
 
 void addPropertyLists(SeedWriter& seeds) {
