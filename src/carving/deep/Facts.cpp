@@ -14,8 +14,10 @@ void addTable(const TableFacts& table, std::vector<std::string>& out) {
         out.push_back(fmt::format("Table {} was dropped; {} of its rows are left.", table.name,
                                   table.deleted));
     } else if (table.gone > table.deleted) {
-        out.push_back(fmt::format("About {} rows of {} were deleted; the bytes of {} are left.",
-                                  table.gone, table.name, table.deleted));
+        const bool one = table.gone == 1;
+        out.push_back(fmt::format("About {} {} of {} {} deleted; the bytes of {} are left.",
+                                  table.gone, one ? "row" : "rows", table.name,
+                                  one ? "was" : "were", table.deleted));
     } else if (table.deleted != 0) {
         out.push_back(fmt::format("{} deleted rows of {} are left.", table.deleted, table.name));
     }

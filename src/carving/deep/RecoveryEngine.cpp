@@ -191,8 +191,10 @@ void Recovery::fillFacts() {
         }
         const auto highest = static_cast<std::uint64_t>(
             std::max({table.largestRowId, table.handedOut, std::int64_t{0}}));
-        // Row ids that were chosen, and not counted, tell nothing.
-        const bool counted = highest < 100 * (table.rows + 1000);
+        // Row ids that were chosen, and not counted, tell nothing: without AUTOINCREMENT those that
+        // lie far apart.
+        const bool counted = table.handedOut > 0 ? highest < 100 * (table.rows + 1000)
+                                                 : highest < 20 * table.rows + 1000;
         if (!table.definition().withoutRowId && counted && highest > one.live)
             one.gone = highest - one.live;
         facts_.tables.push_back(std::move(one));
